@@ -1,0 +1,44 @@
+# Corvella — the two commands a new user needs: `make run` and `make test`.
+BUILD_DIR ?= build
+JOBS ?= $(shell nproc)
+
+# Debian 12 packages the build and the tests need (README, "Dependencies").
+PACKAGES := cmake g++ make pkg-config clang-format \
+	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
+	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
+	dbus dbus-x11 xvfb xauth
+
+.PHONY: all deps configure build test run format clean
+
+all: build
+
+deps:
+	@missing=$$(for p in $(PACKAGES); do \
+		dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || echo $$p; done); \
+	if [ -n "$$missing" ]; then \
+		if [ "$$(id -u)" = 0 ]; then \
+			echo "Installing missing packages:" $$missing; \
+			apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing >/dev/null; \
+		else \
+			echo "Missing Debian packages:" $$missing; \
+			echo "Install them with: sudo apt-get install" $$missing; exit 1; \
+		fi; \
+	fi
+
+configure: deps
+	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+build: configure
+	@cmake --build $(BUILD_DIR) -j $(JOBS)
+
+test: build
+	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
+
+run: build
+	@$(BUILD_DIR)/bin/corvella
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	@rm -rf $(BUILD_DIR)

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// The keys of the agent's settings in the user defaults.
+namespace SettingsKeys {
+
+inline const QString isRunning = QStringLiteral("isRunning");
+inline const QString enabledBrowsers = QStringLiteral("enabledBrowsers");
+inline const QString settings = QStringLiteral("settings");
+inline const QString showInMenu = QStringLiteral("showInMenu");
+inline const QString hideDock = QStringLiteral("hideDock");
+inline const QString loginStart = QStringLiteral("loginStart");
+inline const QString hideOnLaunch = QStringLiteral("hideOnLaunch");
+inline const QString iCloudSync = QStringLiteral("iCloudSync");
+inline const QString displayNotifications = QStringLiteral("displayNotifications");
+inline const QString firstRun = QStringLiteral("firstRun");
+inline const QString userFolder = QStringLiteral("userFolder");
+inline const QString hideiCloudAlert = QStringLiteral("hideiCloudAlert");
+inline const QString secureDeleteData = QStringLiteral("secureDeleteData");
+// Which path layout maps the browsers' reference paths: "macOS" or "Linux"; absent: the platform's.
+inline const QString browserLayout = QStringLiteral("browserLayout");
+// Also remove each category where today's browsers keep it.
+inline const QString cleanCurrentLayouts = QStringLiteral("cleanCurrentLayouts");
+
+// The data categories, in the order a removal run takes them.
+inline const QStringList categories{
+    QStringLiteral("cookies"),   QStringLiteral("databases"), QStringLiteral("flash"),
+    QStringLiteral("silverlight"), QStringLiteral("cache"),   QStringLiteral("history"),
+    QStringLiteral("favicons"),  QStringLiteral("webpage"),   QStringLiteral("forms"),
+    QStringLiteral("downloads"), QStringLiteral("websitePrefs"), QStringLiteral("searchEngines")};
+
+// "Safari:cookies": the entry of the "settings" dictionary for one browser and category.
+inline QString settingsKey(const QString& browser, const QString& category)
+{
+    return browser + QLatin1Char(':') + category;
+}
+
+} // namespace SettingsKeys

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QByteArray>
+#include <QVariant>
+
+#include <optional>
+
+// Conversion between property lists (binary or XML) and Qt values.
+// Dictionaries become QVariantMap, arrays QVariantList, integers qint64, reals double,
+// booleans bool, strings QString, data QByteArray, dates QDateTime (UTC).
+namespace PropertyList {
+
+// The top-level value of a binary or XML property list; no value when the bytes are not one.
+std::optional<QVariant> parse(const QByteArray& bytes);
+
+// The value as an XML property list; no value when it holds something a property list cannot.
+std::optional<QByteArray> toXml(const QVariant& value);
+
+// The value as it reads back from a property list (qint64 for every integer, QVariantList for
+// string lists, ...), so stored and reloaded values compare equal; no value when it cannot be stored.
+std::optional<QVariant> normalized(const QVariant& value);
+
+} // namespace PropertyList

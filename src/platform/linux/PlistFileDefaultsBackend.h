@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/UserDefaultsBackend.h"
+
+#include <QFileSystemWatcher>
+#include <QTimer>
+
+// The defaults domain as an XML property list on disk, replaced atomically on every write and
+// watched for changes made by other processes. Writers of the same file serialise on an
+// advisory lock (flock) on a companion ".lock" file.
+class PlistFileDefaultsBackend final : public UserDefaultsBackend
+{
+    Q_OBJECT
+public:
+    explicit PlistFileDefaultsBackend(const QString& filePath, QObject* parent = nullptr);
+    ~PlistFileDefaultsBackend() override;
+
+    std::optional<QVariantMap> read() override;
+    bool write(const QVariantMap& domain) override;
+    QString quarantine() override;
+    void lock() override;
+    void unlock() override;
+
+    QString filePath() const { return m_filePath; }
+
+private:
+    void watch();
+
+    QString m_filePath;
+    int m_lockFd = -1;
+    int m_lockDepth = 0;
+    QFileSystemWatcher m_watcher;
+    QTimer m_settle;
+};

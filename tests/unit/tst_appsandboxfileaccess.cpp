@@ -1,0 +1,226 @@
+#include "platform/fake/ScriptedOpenPanel.h"
+#include "platform/linux/InodeBookmarks.h"
+#include "sandbox/AppSandboxFileAccess.h"
+#include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
+#include "support/TestDefaults.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+class TestAppSandboxFileAccess : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void recordKeysAreFileUrls();
+    void aFolderGrantServesEveryPathBelowIt();
+    void theNearestRecordedAncestorWins();
+    void theRootFolderIsNeverLookedUp();
+    void aGrantFromThePanelIsRemembered();
+    void aCancelledPanelRunsNothing();
+    void thePanelStartsAtTheNearestExistingFolder();
+    void thePanelOffersOnlyThePathAndItsAncestors_data();
+    void thePanelOffersOnlyThePathAndItsAncestors();
+    void aStaleRecordIsReplaced();
+    void aRecordOfAVanishedFolderAsksAgain();
+    void thePanelRunsOnTheMainThreadForAWorker();
+    void missingArgumentsAreProgrammingErrors();
+
+private:
+    AppSandboxFileAccess access() { return AppSandboxFileAccess::fileAccess({m_t->defaults, m_bookmarks, m_panel}); }
+    QString home() const { return m_home->path(); }
+    QUrl folderUrl(const QString& path) const { return QUrl::fromLocalFile(path + QLatin1Char('/')); }
+    // Runs a request for the path and says which URL the action was given (empty when it did not run).
+    QUrl request(const QString& path, bool* granted = nullptr)
+    {
+        QUrl permitted;
+        const bool ok = access().requestAccessPermissionsForFilePath(
+            path, true, [&](const QUrl& url, const std::optional<QByteArray>&) { permitted = url; });
+        if (granted)
+            *granted = ok;
+        return permitted;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<TestDefaults> m_t;
+    InodeBookmarks m_bookmarks;
+    ScriptedOpenPanel m_panel;
+};
+
+void TestAppSandboxFileAccess::init()
+{
+    m_home = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_home->isValid());
+    m_t = std::make_unique<TestDefaults>();
+    m_panel = ScriptedOpenPanel();
+}
+
+void TestAppSandboxFileAccess::recordKeysAreFileUrls()
+{
+    QVERIFY(QDir(home()).mkpath(QStringLiteral("Application Support")));
+    const QString folder = home() + QStringLiteral("/Application Support");
+    QVERIFY(access().persistPermissionPath(folder));
+    QVERIFY(m_t->defaults.dataForKey(QStringLiteral("bd_file://") + home() + QStringLiteral("/Application%20Support/")));
+    // Nothing exists: nothing to prove, nothing stored.
+    QVERIFY(!access().persistPermissionPath(home() + QStringLiteral("/missing")));
+}
+
+void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
+{
+    QVERIFY(access().persistPermissionPath(home()));
+    bool granted = false;
+    QCOMPARE(request(home() + QStringLiteral("/Library/Cookies/Cookies.binarycookies"), &granted), folderUrl(home()));
+    QVERIFY(granted);
+    QVERIFY(m_panel.requests.isEmpty());
+}
+
+void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()
+{
+    QVERIFY(QDir(home()).mkpath(QStringLiteral("a/b")));
+    AppSandboxFileAccessPersist persist(m_t->defaults);
+    persist.setBookmarkData("home", folderUrl(home()));
+    persist.setBookmarkData("a", folderUrl(home() + QStringLiteral("/a")));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b/c"))), QByteArray("a"));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/x"))), QByteArray("home"));
+    persist.clearBookmarkDataForURL(folderUrl(home() + QStringLiteral("/a")));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b"))), QByteArray("home"));
+}
+
+void TestAppSandboxFileAccess::theRootFolderIsNeverLookedUp()
+{
+    AppSandboxFileAccessPersist persist(m_t->defaults);
+    persist.setBookmarkData(*m_bookmarks.create(QStringLiteral("/")), QUrl::fromLocalFile(QStringLiteral("/")));
+    QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(QStringLiteral("/"))));
+    QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(home())));
+    request(QStringLiteral("/"));
+    QCOMPARE(m_panel.requests.size(), 1);
+}
+
+void TestAppSandboxFileAccess::aGrantFromThePanelIsRemembered()
+{
+    m_panel.answer(home());
+    QCOMPARE(request(home()), QUrl::fromLocalFile(home()));
+    QCOMPARE(m_panel.requests.size(), 1);
+    const OpenPanelRequest& shown = m_panel.requests.first();
+    QCOMPARE(shown.title, QStringLiteral("Allow Access"));
+    QCOMPARE(shown.prompt, QStringLiteral("Allow"));
+    QVERIFY(shown.message.endsWith(QStringLiteral(" needs to access this path to continue. Click Allow to continue.")));
+    QVERIFY(!shown.canCreateDirectories && shown.canChooseFiles && shown.canChooseDirectories);
+    QVERIFY(!shown.allowsMultipleSelection && !shown.showsHiddenFiles);
+
+    QVERIFY(m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(home()))));
+    bool granted = false;
+    request(home() + QStringLiteral("/.mozilla/firefox"), &granted);
+    QVERIFY(granted);
+    QCOMPARE(m_panel.requests.size(), 1);
+}
+
+void TestAppSandboxFileAccess::aCancelledPanelRunsNothing()
+{
+    m_panel.answer(std::nullopt);
+    bool ran = false;
+    QVERIFY(!access().accessFilePath(home(), true, [&] { ran = true; }));
+    QVERIFY(!ran);
+    QVERIFY(!AppSandboxFileAccessPersist(m_t->defaults).bookmarkDataForURL(QUrl::fromLocalFile(home())));
+    // Asked again at the next request.
+    QVERIFY(!access().accessFilePath(home(), true, [&] { ran = true; }));
+    QCOMPARE(m_panel.requests.size(), 2);
+}
+
+void TestAppSandboxFileAccess::thePanelStartsAtTheNearestExistingFolder()
+{
+    QVERIFY(QDir(home()).mkpath(QStringLiteral("Library")));
+    request(home() + QStringLiteral("/Library/Caches/Firefox/Profiles"));
+    request(home() + QStringLiteral("/Library"));
+    QCOMPARE(m_panel.requests.size(), 2);
+    QCOMPARE(m_panel.requests[0].directory, home() + QStringLiteral("/Library"));
+    QCOMPARE(m_panel.requests[1].directory, home() + QStringLiteral("/Library"));
+}
+
+void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("the root") << "/" << true;
+    QTest::newRow("the grandparent") << "/home" << true;
+    QTest::newRow("the parent") << "/home/ann" << true;
+    QTest::newRow("the folder itself") << "/home/ann/Library/" << true;
+    QTest::newRow("a subfolder") << "/home/ann/Library/Cookies" << false;
+    QTest::newRow("a sibling") << "/home/ann/Music" << false;
+    QTest::newRow("a longer name") << "/home/annie" << false;
+    QTest::newRow("elsewhere") << "/etc" << false;
+}
+
+void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors()
+{
+    QFETCH(QString, item);
+    QFETCH(bool, enabled);
+    const AppSandboxFileAccessOpenSavePanelDelegate delegate(QUrl::fromLocalFile(QStringLiteral("/home/ann/Library/")));
+    QCOMPARE(delegate.pathComponents(), QStringList({QStringLiteral("/"), QStringLiteral("home"), QStringLiteral("ann"), QStringLiteral("Library")}));
+    QCOMPARE(delegate.panelShouldEnableURL(QUrl::fromLocalFile(item)), enabled);
+}
+
+void TestAppSandboxFileAccess::aStaleRecordIsReplaced()
+{
+    QDir dir(home());
+    QVERIFY(dir.mkpath(QStringLiteral("profile")));
+    const QString folder = home() + QStringLiteral("/profile");
+    const QByteArray old = *access().persistPermissionPath(folder);
+    // The folder is replaced by another one of the same name (made first, so its inode differs).
+    QVERIFY(dir.mkpath(QStringLiteral("elsewhere/profile")));
+    QVERIFY(dir.rmdir(QStringLiteral("profile")));
+    QVERIFY(dir.rename(QStringLiteral("elsewhere/profile"), QStringLiteral("profile")));
+
+    QCOMPARE(request(folder + QStringLiteral("/cookies.sqlite")), folderUrl(folder));
+    QVERIFY(m_panel.requests.isEmpty());
+    const auto fresh = m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(folder)));
+    QVERIFY(fresh);
+    QVERIFY(*fresh != old);
+    QVERIFY(!m_bookmarks.resolve(*fresh).stale);
+}
+
+void TestAppSandboxFileAccess::aRecordOfAVanishedFolderAsksAgain()
+{
+    QVERIFY(QDir(home()).mkpath(QStringLiteral("gone")));
+    QVERIFY(access().persistPermissionPath(home() + QStringLiteral("/gone")));
+    QVERIFY(QDir(home()).rmdir(QStringLiteral("gone")));
+    bool granted = true;
+    request(home() + QStringLiteral("/gone/cookies.sqlite"), &granted);
+    QVERIFY(!granted);
+    QCOMPARE(m_panel.requests.size(), 1);
+}
+
+void TestAppSandboxFileAccess::thePanelRunsOnTheMainThreadForAWorker()
+{
+    m_panel.answer(home());
+    bool granted = false;
+    std::unique_ptr<QThread> worker(QThread::create([&] { granted = access().accessFilePath(home(), true, [] {}); }));
+    worker->start();
+    QTRY_VERIFY_WITH_TIMEOUT(worker->isFinished(), 10000);
+    QVERIFY(granted);
+    QCOMPARE(m_panel.threads, QList<QThread*>{QThread::currentThread()});
+}
+
+void TestAppSandboxFileAccess::missingArgumentsAreProgrammingErrors()
+{
+    auto message = [](auto&& call) -> QString {
+        try {
+            call();
+        } catch (const std::invalid_argument& e) {
+            return QString::fromUtf8(e.what());
+        }
+        return {};
+    };
+    QCOMPARE(message([&] { access().accessFilePath(QString(), true, [] {}); }), QStringLiteral("Invalid parameter not satisfying: path"));
+    QCOMPARE(message([&] { access().accessFileURL(QUrl(), true, [] {}); }), QStringLiteral("Invalid parameter not satisfying: fileURL"));
+    QCOMPARE(message([&] { access().accessFileURL(QUrl::fromLocalFile(home()), true, {}); }), QStringLiteral("Invalid parameter not satisfying: block"));
+    QCOMPARE(message([&] { access().requestAccessPermissionsForFilePath(QString(), true, {}); }), QStringLiteral("Invalid parameter not satisfying: filePath"));
+    QCOMPARE(message([&] { access().askPermissionForURL(QUrl()); }), QStringLiteral("Invalid parameter not satisfying: url"));
+    QCOMPARE(message([&] { AppSandboxFileAccessOpenSavePanelDelegate delegate{QUrl()}; }), QStringLiteral("Invalid parameter not satisfying: fileURL"));
+}
+
+QTEST_GUILESS_MAIN(TestAppSandboxFileAccess)
+#include "tst_appsandboxfileaccess.moc"

@@ -1,0 +1,238 @@
+#include "core/AppDelegate.h"
+#include "core/SettingsKeys.h"
+#include "platform/RealHomeDirectory.h"
+#include "support/PlistFixtures.h"
+#include "support/TestDefaults.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <pwd.h>
+#include <unistd.h>
+
+class TestSettings : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initializeRegistersTheShippedDefaultsAndTheRealHome();
+    void aMissingDefaultsResourceRegistersNothing();
+    void theShippedSelectionKeepsSignInsAndHistory();
+    void homeExpansion_data();
+    void homeExpansion();
+    void theMirrorHoldsOnlySelectedEntries_data();
+    void theMirrorHoldsOnlySelectedEntries();
+    void theMirrorIsReplacedNotMerged();
+    void aCategoryChoiceReachesTheMirror();
+    void toggleRunStatusFlipsProtection();
+    void protectionCannotBeOnWithoutABrowser();
+    void settingChangesReachTheirHandlers();
+    void hidingTheStatusItemBringsTheWindowIconBack();
+};
+
+void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
+{
+    qputenv("HOME", "/nonexistent/not-the-home");
+    TestDefaults t;
+    AppDelegate::initialize(t.defaults);
+    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), QString::fromUtf8(getpwuid(getuid())->pw_dir));
+    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), RealHomeDirectory());
+    // Written to the store, not only registered.
+    QVERIFY(t.backend->read()->contains(SettingsKeys::userFolder));
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::showInMenu));
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::displayNotifications));
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts));
+    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
+    QVERIFY(t.defaults.arrayForKey(SettingsKeys::enabledBrowsers).isEmpty());
+    // The first launch is recognised by the absence of "firstRun": the shipped defaults never set it.
+    QVERIFY(!t.defaults.objectForKey(SettingsKeys::firstRun));
+}
+
+void TestSettings::aMissingDefaultsResourceRegistersNothing()
+{
+    QTemporaryDir dir;
+    const QString broken = dir.filePath(QStringLiteral("Defaults.plist"));
+    QVERIFY(PlistFixtures::writeFile(broken, "<plist><dict><key>showInMenu</key>"));
+    for (const QString& resource : {broken, dir.filePath(QStringLiteral("missing.plist"))}) {
+        TestDefaults t;
+        AppDelegate::initialize(t.defaults, resource);
+        QVERIFY(!t.defaults.boolForKey(SettingsKeys::showInMenu));
+        QVERIFY(t.defaults.dictionaryForKey(SettingsKeys::settings).isEmpty());
+        QVERIFY(t.defaults.stringForKey(SettingsKeys::userFolder));
+    }
+}
+
+void TestSettings::theShippedSelectionKeepsSignInsAndHistory()
+{
+    TestDefaults t;
+    AppDelegate::initialize(t.defaults);
+    const QVariantMap selection = t.defaults.dictionaryForKey(SettingsKeys::settings);
+    const QStringList browsers{QStringLiteral("Safari"), QStringLiteral("Google Chrome"), QStringLiteral("Chromium"),
+                               QStringLiteral("Opera"), QStringLiteral("Firefox")};
+    const QStringList kept{QStringLiteral("cookies"), QStringLiteral("databases"), QStringLiteral("history"),
+                           QStringLiteral("favicons"), QStringLiteral("websitePrefs"), QStringLiteral("searchEngines")};
+    for (const QString& browser : browsers) {
+        for (const QString& category : SettingsKeys::categories) {
+            const bool selected = SettingsController::isSelected(selection, browser, category);
+            QVERIFY2(selected != kept.contains(category), qPrintable(browser + QLatin1Char(':') + category));
+        }
+    }
+}
+
+void TestSettings::homeExpansion_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("expanded");
+    QTest::newRow("tilde alone") << "~" << "/home/ann";
+    QTest::newRow("tilde slash") << "~/" << "/home/ann/";
+    QTest::newRow("below the home") << "~/Library/Cookies" << "/home/ann/Library/Cookies";
+    QTest::newRow("user name is not looked up") << "~bob/x" << "/home/annbob/x";
+    QTest::newRow("absolute") << "/Applications" << "/Applications";
+    QTest::newRow("tilde later") << "/~x" << "/~x";
+    QTest::newRow("empty") << "" << "";
+}
+
+void TestSettings::homeExpansion()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, expanded);
+    TestDefaults t;
+    t.defaults.setObject(QStringLiteral("/home/ann"), SettingsKeys::userFolder);
+    AppDelegate app({t.defaults, t.log});
+    QCOMPARE(app.checkForUserDirectory(path), expanded);
+}
+
+void TestSettings::theMirrorHoldsOnlySelectedEntries_data()
+{
+    QTest::addColumn<QVariantMap>("settings");
+    QTest::addColumn<QStringList>("mirrored");
+    QTest::newRow("true and false") << QVariantMap{{QStringLiteral("Safari:cookies"), true}, {QStringLiteral("Safari:cache"), false}}
+                                    << QStringList{QStringLiteral("Safari:cookies")};
+    QTest::newRow("other kinds are not selections")
+        << QVariantMap{{QStringLiteral("Firefox:history"), 1}, {QStringLiteral("Firefox:cache"), QStringLiteral("true")},
+                       {QStringLiteral("Firefox:forms"), true}}
+        << QStringList{QStringLiteral("Firefox:forms")};
+    QTest::newRow("nothing selected") << QVariantMap{{QStringLiteral("Opera:cookies"), false}} << QStringList{};
+}
+
+void TestSettings::theMirrorHoldsOnlySelectedEntries()
+{
+    QFETCH(QVariantMap, settings);
+    QFETCH(QStringList, mirrored);
+    TestDefaults t;
+    t.defaults.setObject(settings, SettingsKeys::settings);
+    AppDelegate app({t.defaults, t.log});
+    app.startObservingSettings();
+    const QVariantMap content = app.settingsController().content();
+    QCOMPARE(content.keys(), mirrored);
+    for (const QString& key : mirrored)
+        QCOMPARE(content.value(key), QVariant(true));
+}
+
+void TestSettings::theMirrorIsReplacedNotMerged()
+{
+    TestDefaults t;
+    AppDelegate app({t.defaults, t.log});
+    app.startObservingSettings();
+    t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cookies"), true}}, SettingsKeys::settings);
+    t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cache"), true}}, SettingsKeys::settings);
+    QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Chromium:cache")});
+    // Another process (the command-line cleaner, a synced copy) changes the store.
+    t.backend->changeExternally(QVariantMap{{SettingsKeys::settings, QVariantMap{{QStringLiteral("Opera:history"), true}}}});
+    QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Opera:history")});
+    app.stopObservingSettings();
+    t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
+    QCOMPARE(app.settingsController().content().size(), 1);
+}
+
+void TestSettings::aCategoryChoiceReachesTheMirror()
+{
+    TestDefaults t;
+    AppDelegate::initialize(t.defaults);
+    AppDelegate app({t.defaults, t.log});
+    app.startObservingSettings();
+    app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("history"), true);
+    app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("cache"), false);
+    const QVariantMap content = app.settingsController().content();
+    QVERIFY(SettingsController::isSelected(content, QStringLiteral("Firefox"), QStringLiteral("history")));
+    QVERIFY(!SettingsController::isSelected(content, QStringLiteral("Firefox"), QStringLiteral("cache")));
+    QVERIFY(!content.contains(QStringLiteral("Firefox:cache")));
+    // The stored dictionary keeps the false entry and the shipped choices of other browsers.
+    const QVariantMap stored = t.backend->read()->value(SettingsKeys::settings).toMap();
+    QCOMPARE(stored.value(QStringLiteral("Firefox:cache")), QVariant(false));
+    QCOMPARE(stored.value(QStringLiteral("Safari:cache")), QVariant(true));
+}
+
+void TestSettings::toggleRunStatusFlipsProtection()
+{
+    TestDefaults t;
+    AppDelegate app({t.defaults, t.log});
+    app.toggleRunStatus();
+    QVERIFY(t.backend->read()->value(SettingsKeys::isRunning).toBool());
+    app.toggleRunStatus();
+    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
+}
+
+void TestSettings::protectionCannotBeOnWithoutABrowser()
+{
+    TestDefaults t;
+    AppDelegate app({t.defaults, t.log});
+    QSignalSpy enabled(&app, &AppDelegate::mainSwitchEnabledChanged);
+    t.defaults.setObject(QVariantList{QStringLiteral("org.mozilla.firefox")}, SettingsKeys::enabledBrowsers);
+    t.defaults.setBool(true, SettingsKeys::isRunning);
+    app.checkEnabledButton();
+    QVERIFY(app.isValid());
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::isRunning));
+
+    t.defaults.setObject(QVariantList{}, SettingsKeys::enabledBrowsers);
+    app.checkEnabledButton();
+    QVERIFY(!app.isValid());
+    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
+    QCOMPARE(enabled.size(), 2);
+    QCOMPARE(enabled.last().first(), QVariant(false));
+}
+
+void TestSettings::settingChangesReachTheirHandlers()
+{
+    TestDefaults t;
+    AppDelegate app({t.defaults, t.log});
+    app.startObservingSettings();
+    QSignalSpy info(&app, &AppDelegate::infoLabelNeedsUpdate);
+    QSignalSpy menu(&app, &AppDelegate::statusItemVisibilityChanged);
+    QSignalSpy dock(&app, &AppDelegate::dockPolicyChanged);
+
+    t.defaults.setBool(true, SettingsKeys::isRunning);
+    // The run-state display is always posted, never updated inside the settings write.
+    QCOMPARE(info.size(), 0);
+    QTRY_COMPARE(info.size(), 1);
+    QCOMPARE(menu.size(), 1);
+
+    t.defaults.setBool(true, SettingsKeys::hideDock);
+    QCOMPARE(dock.size(), 1);
+    QCOMPARE(dock.last().first(), QVariant(true));
+
+    t.defaults.setBool(true, SettingsKeys::showInMenu);
+    QCOMPARE(menu.size(), 2);
+    QCOMPARE(menu.last().first(), QVariant(true));
+
+    // Keys without a handler change nothing else.
+    t.defaults.setBool(true, SettingsKeys::secureDeleteData);
+    QCOMPARE(menu.size() + dock.size() + info.size(), 4);
+}
+
+void TestSettings::hidingTheStatusItemBringsTheWindowIconBack()
+{
+    TestDefaults t;
+    t.defaults.setBool(true, SettingsKeys::showInMenu);
+    t.defaults.setBool(true, SettingsKeys::hideDock);
+    AppDelegate app({t.defaults, t.log});
+    app.startObservingSettings();
+    QSignalSpy dock(&app, &AppDelegate::dockPolicyChanged);
+    t.defaults.setBool(false, SettingsKeys::showInMenu);
+    QVERIFY(!t.backend->read()->value(SettingsKeys::hideDock).toBool());
+    QCOMPARE(dock.size(), 1);
+    QCOMPARE(dock.last().first(), QVariant(false));
+}
+
+QTEST_GUILESS_MAIN(TestSettings)
+#include "tst_settings.moc"
