@@ -1,6 +1,6 @@
 #include "core/AppDelegate.h"
 
-#include "core/SettingsKeys.h"
+#include "platform/SettingsKeys.h"
 #include "platform/PropertyList.h"
 #include "platform/RealHomeDirectory.h"
 #include "platform/UserDefaults.h"

@@ -1,6 +1,6 @@
 #include "core/SettingsController.h"
 
-#include "core/SettingsKeys.h"
+#include "platform/SettingsKeys.h"
 
 QVariantMap SettingsController::content() const
 {

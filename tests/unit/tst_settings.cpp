@@ -1,5 +1,5 @@
 #include "core/AppDelegate.h"
-#include "core/SettingsKeys.h"
+#include "platform/SettingsKeys.h"
 #include "platform/RealHomeDirectory.h"
 #include "support/PlistFixtures.h"
 #include "support/TestDefaults.h"

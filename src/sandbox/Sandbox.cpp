@@ -1,0 +1,405 @@
+#include "sandbox/Sandbox.h"
+
+#include "platform/SettingsKeys.h"
+#include "platform/PathLayout.h"
+#include "platform/PropertyList.h"
+#include "platform/SystemLog.h"
+#include "platform/UserDefaults.h"
+#include "sandbox/SecureDelete.h"
+#include "sandbox/Sqlite.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringDecoder>
+
+#include <dirent.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+
+namespace {
+
+const QString kSandboxDenial = QStringLiteral("Corvella Sandbox has denied access to %1");
+const QString kWriteDenial = QStringLiteral("Cookie Sandbox has denied access to %1");
+const QString kSparedFolder = QStringLiteral("com.apple.SafariBookmarksSyncAgent");
+const char* const kDatabaseCompanions[] = {"-journal", "-wal", "-shm"};
+
+bool hasDotComponent(const QString& path)
+{
+    if (path.contains(QChar(0)))
+        return true;
+    const QStringList parts = path.split(QLatin1Char('/'));
+    return parts.contains(QStringLiteral(".")) || parts.contains(QStringLiteral(".."));
+}
+
+std::optional<struct stat> lstatOf(const QString& path)
+{
+    struct stat st {};
+    if (::lstat(QFile::encodeName(path).constData(), &st) != 0)
+        return std::nullopt;
+    return st;
+}
+
+bool existsFollowingLinks(const QString& path)
+{
+    struct stat st {};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+QDateTime fromTimespec(const timespec& ts)
+{
+    return QDateTime::fromMSecsSinceEpoch(qint64(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000, Qt::UTC);
+}
+
+QString fileType(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return QStringLiteral("NSFileTypeDirectory");
+    if (S_ISREG(mode))
+        return QStringLiteral("NSFileTypeRegular");
+    if (S_ISLNK(mode))
+        return QStringLiteral("NSFileTypeSymbolicLink");
+    if (S_ISSOCK(mode))
+        return QStringLiteral("NSFileTypeSocket");
+    if (S_ISCHR(mode))
+        return QStringLiteral("NSFileTypeCharacterSpecial");
+    if (S_ISBLK(mode))
+        return QStringLiteral("NSFileTypeBlockSpecial");
+    return QStringLiteral("NSFileTypeUnknown");
+}
+
+} // namespace
+
+Sandbox::Sandbox(const SandboxServices& services) : m_services(services) {}
+
+QString Sandbox::checkForUserDirectory(const QString& path) const
+{
+    if (!path.startsWith(QLatin1Char('~')))
+        return path;
+    return m_services.defaults.stringForKey(SettingsKeys::userFolder).value_or(QString()) + path.mid(1);
+}
+
+std::optional<QString> Sandbox::childPath(const QString& base, const QString& component) const
+{
+    if (component.isEmpty() || component == QLatin1String(".") || component == QLatin1String("..") ||
+        component.contains(QLatin1Char('/')) || component.contains(QChar(0))) {
+        m_services.log.log(QStringLiteral("Corvella skipped the unsafe name \"%1\" below %2").arg(component, base));
+        return std::nullopt;
+    }
+    return base.endsWith(QLatin1Char('/')) ? QString(base + component) : QString(base + QLatin1Char('/') + component);
+}
+
+bool Sandbox::insideHome(const QString& nativePath) const
+{
+    const QString home = QFileInfo(checkForUserDirectory(QStringLiteral("~"))).canonicalFilePath();
+    // "~/" names the home folder itself, whose parent is outside.
+    const QString parent = QFileInfo(QFileInfo(QDir::cleanPath(nativePath)).absolutePath()).canonicalFilePath();
+    if (home.isEmpty() || parent.isEmpty())
+        return false;
+    return parent == home || parent.startsWith(home + QLatin1Char('/'));
+}
+
+bool Sandbox::envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
+                       const QString& denial)
+{
+    AppSandboxFileAccess access = AppSandboxFileAccess::fileAccess(
+        {m_services.defaults, m_services.bookmarks, m_services.panel});
+    const QString expanded = checkForUserDirectory(path);
+    if (hasDotComponent(expanded)) {
+        m_services.log.log(QStringLiteral("Corvella skipped %1: a path with \".\" or \"..\" in it").arg(expanded));
+        return false;
+    }
+    const QString home = checkForUserDirectory(QStringLiteral("~"));
+    const QString layout = m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
+    const std::optional<QString> native = PathLayout::nativePath(layout, home, expanded);
+    if (!native)
+        return false; // no counterpart on this system: nothing to find, nothing to do
+
+    if (effect != Effect::Reads) {
+        // A link is removed as a link wherever it points; what is written through a link must
+        // land in the home folder too.
+        const bool outside = !insideHome(*native) ||
+                             (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
+                              !insideHome(QFileInfo(*native).canonicalFilePath()));
+        if (outside) {
+            if (QFileInfo(QFileInfo(*native).absolutePath()).exists())
+                m_services.log.log(QStringLiteral("Corvella refused to change %1: it lies outside the home folder").arg(*native));
+            return false;
+        }
+    }
+
+    if (!native->isEmpty())
+        access.persistPermissionPath(*native);
+    if (home.isEmpty()) {
+        m_services.log.log(denial.arg(expanded));
+        return false;
+    }
+    const bool granted = access.accessFilePath(home, true, [&] { action(*native); });
+    if (!granted)
+        m_services.log.log(denial.arg(expanded));
+    return granted;
+}
+
+bool Sandbox::enableAccess()
+{
+    const QString home = checkForUserDirectory(QStringLiteral("~"));
+    if (home.isEmpty())
+        return false;
+    AppSandboxFileAccess access = AppSandboxFileAccess::fileAccess(
+        {m_services.defaults, m_services.bookmarks, m_services.panel});
+    access.persistPermissionPath(home);
+    const bool granted = access.accessFilePath(home, true, [] {});
+    if (!granted)
+        m_services.log.log(kSandboxDenial.arg(home));
+    return granted;
+}
+
+FileTree::FileGate Sandbox::wipeGate() const
+{
+    if (!m_services.defaults.boolForKey(SettingsKeys::secureDeleteData))
+        return {};
+    return [](const QString& file) { return SecureDelete::wipe(file); };
+}
+
+void Sandbox::removeNative(const QString& nativePath)
+{
+    const auto st = lstatOf(nativePath);
+    if (!st)
+        return;
+    const FileTree::FileGate gate = wipeGate();
+    if (!FileTree::removeItem(nativePath, gate) || !S_ISREG(st->st_mode))
+        return;
+    // A database's journal, write-ahead log and shared memory would otherwise outlive it.
+    for (const char* suffix : kDatabaseCompanions)
+        FileTree::removeItem(nativePath + QLatin1String(suffix), gate);
+}
+
+void Sandbox::remove(const QString& path)
+{
+    if (path.isEmpty())
+        return;
+    envelope(
+        path, Effect::Removes,
+        [&](const QString& native) {
+            if (existsFollowingLinks(native))
+                removeNative(native);
+        },
+        kSandboxDenial);
+}
+
+void Sandbox::removeFiles(const QStringList& paths)
+{
+    for (const QString& path : paths)
+        remove(path);
+}
+
+void Sandbox::removeRecursiveSubFilesFor(const QString& path)
+{
+    if (path.isEmpty())
+        return;
+    envelope(
+        path, Effect::Removes,
+        [&](const QString& native) {
+            if (native.contains(kSparedFolder))
+                return;
+            FileTree::removeFilesBelow(native, kSparedFolder, wipeGate());
+        },
+        kSandboxDenial);
+}
+
+std::optional<QString> Sandbox::contentsOf(const QString& path)
+{
+    std::optional<QString> result = QString(QLatin1String(""));
+    if (path.isEmpty())
+        return result;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            result.reset();
+            QFile file(native);
+            if (!file.open(QIODevice::ReadOnly))
+                return;
+            auto decode = QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+            const QString text = decode(file.readAll());
+            if (!decode.hasError())
+                result = text;
+        },
+        kSandboxDenial);
+    return result;
+}
+
+QStringList Sandbox::folderContentsOf(const QString& path)
+{
+    QStringList names;
+    if (path.isEmpty())
+        return names;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            DIR* dir = ::opendir(QFile::encodeName(native).constData());
+            if (!dir)
+                return;
+            while (const dirent* entry = ::readdir(dir)) {
+                const char* name = entry->d_name;
+                if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+                    continue;
+                names.append(QFile::decodeName(name));
+            }
+            ::closedir(dir);
+        },
+        kSandboxDenial);
+    return names;
+}
+
+bool Sandbox::fileExists(const QString& path)
+{
+    bool exists = false;
+    if (path.isEmpty())
+        return exists;
+    envelope(
+        path, Effect::Reads, [&](const QString& native) { exists = existsFollowingLinks(native); }, kSandboxDenial);
+    return exists;
+}
+
+bool Sandbox::fileIsDirectory(const QString& path)
+{
+    bool directory = false;
+    // An empty path is not turned away up front; it names nothing.
+    if (path.isNull() || path.isEmpty())
+        return directory;
+    envelope(
+        path, Effect::Reads, [&](const QString& native) { directory = QFileInfo(native).isDir(); }, kSandboxDenial);
+    return directory;
+}
+
+QVariantMap Sandbox::fileAttributes(const QString& path)
+{
+    QVariantMap attributes;
+    if (path.isEmpty())
+        return attributes;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            const auto st = lstatOf(native);
+            if (!st)
+                return;
+            attributes.insert(QStringLiteral("NSFileType"), fileType(st->st_mode));
+            attributes.insert(QStringLiteral("NSFileSize"), qint64(st->st_size));
+            attributes.insert(QStringLiteral("NSFilePosixPermissions"), qint64(st->st_mode & 07777));
+            attributes.insert(QStringLiteral("NSFileOwnerAccountID"), qint64(st->st_uid));
+            attributes.insert(QStringLiteral("NSFileGroupOwnerAccountID"), qint64(st->st_gid));
+            attributes.insert(QStringLiteral("NSFileReferenceCount"), qint64(st->st_nlink));
+            attributes.insert(QStringLiteral("NSFileSystemNumber"), qint64(st->st_dev));
+            attributes.insert(QStringLiteral("NSFileSystemFileNumber"), qint64(st->st_ino));
+            attributes.insert(QStringLiteral("NSFileModificationDate"), fromTimespec(st->st_mtim));
+            attributes.insert(QStringLiteral("NSFileCreationDate"), QFileInfo(native).birthTime().isValid()
+                                                                        ? QFileInfo(native).birthTime().toUTC()
+                                                                        : fromTimespec(st->st_ctim));
+            if (const passwd* pw = ::getpwuid(st->st_uid))
+                attributes.insert(QStringLiteral("NSFileOwnerAccountName"), QString::fromUtf8(pw->pw_name));
+            if (const group* gr = ::getgrgid(st->st_gid))
+                attributes.insert(QStringLiteral("NSFileGroupOwnerAccountName"), QString::fromUtf8(gr->gr_name));
+        },
+        kSandboxDenial);
+    return attributes;
+}
+
+QVariantMap Sandbox::dictionaryWithContentsOfFile(const QString& path)
+{
+    QVariantMap dictionary;
+    if (path.isEmpty())
+        return dictionary;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            QFile file(native);
+            if (!file.open(QIODevice::ReadOnly))
+                return;
+            const auto value = PropertyList::parse(file.readAll());
+            if (value && value->typeId() == QMetaType::QVariantMap)
+                dictionary = value->toMap();
+        },
+        kSandboxDenial);
+    return dictionary;
+}
+
+std::optional<QByteArray> Sandbox::dataWithContentsOfFile(const QString& path)
+{
+    std::optional<QByteArray> data = QByteArray();
+    if (path.isEmpty())
+        return data;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            data.reset();
+            QFile file(native);
+            if (file.open(QIODevice::ReadOnly))
+                data = file.readAll();
+        },
+        kSandboxDenial);
+    return data;
+}
+
+void Sandbox::write(const QVariant& object, const QString& ToFile)
+{
+    if (ToFile.isEmpty())
+        return;
+    std::optional<QByteArray> bytes;
+    switch (object.typeId()) {
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList:
+        bytes = PropertyList::toXml(object);
+        break;
+    case QMetaType::QByteArray:
+        bytes = object.toByteArray();
+        break;
+    case QMetaType::QString:
+        bytes = object.toString().toUtf8();
+        break;
+    default:
+        break;
+    }
+    if (!bytes)
+        return;
+    envelope(
+        ToFile, Effect::Writes,
+        [&](const QString& native) {
+            const QFileDevice::Permissions kept = QFile::permissions(native);
+            QSaveFile file(native);
+            if (!file.open(QIODevice::WriteOnly))
+                return;
+            if (kept)
+                file.setPermissions(kept);
+            if (file.write(*bytes) == bytes->size())
+                file.commit();
+        },
+        kWriteDenial);
+}
+
+void Sandbox::runSql(const QString& sql, const QString& onfile)
+{
+    returnArrayFromSql(sql, onfile);
+}
+
+std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql, const QString& onfile)
+{
+    if (onfile.isEmpty())
+        return std::nullopt;
+    QList<QVariantMap> rows;
+    envelope(
+        onfile, Effect::Writes,
+        [&](const QString& native) {
+            if (!existsFollowingLinks(native))
+                return; // a database is never created
+            Sqlite db;
+            if (!db.open(native))
+                return;
+            rows = db.executeQuery(sql).value_or(QList<QVariantMap>());
+        },
+        kSandboxDenial);
+    return rows;
+}

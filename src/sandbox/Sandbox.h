@@ -1,0 +1,71 @@
+#pragma once
+
+#include "sandbox/AppSandboxFileAccess.h"
+#include "sandbox/FileTree.h"
+
+#include <QStringList>
+#include <QVariantMap>
+
+#include <optional>
+
+class SystemLog;
+
+// The platform services the file layer works with.
+struct SandboxServices
+{
+    UserDefaults& defaults;
+    SecurityScopedBookmarks& bookmarks;
+    OpenPanel& panel;
+    SystemLog& log;
+};
+
+// The one door to the disk. Every operation expands "~" to the real home folder, maps the path to
+// this system's layout, runs inside the user's grant of the home folder, and answers with a plain
+// value: a refusal, a missing file or a failed action gives the operation's empty result.
+// It never deletes or writes outside the home folder, and never acts on a path with a "." or ".."
+// component.
+class Sandbox
+{
+public:
+    explicit Sandbox(const SandboxServices& services);
+
+    QString checkForUserDirectory(const QString& path) const;
+    // The base path followed by one name that came from data (a profile, an origin, a listing);
+    // no value, and a log line, when the name could step out of the base ("", ".", "..", "/", NUL).
+    std::optional<QString> childPath(const QString& base, const QString& component) const;
+
+    bool enableAccess();
+    void remove(const QString& path);
+    void removeFiles(const QStringList& paths);
+    void removeRecursiveSubFilesFor(const QString& path);
+    // "" for an empty path or a refusal; no value for a missing file or one that is not UTF-8.
+    std::optional<QString> contentsOf(const QString& path);
+    QStringList folderContentsOf(const QString& path);
+    bool fileExists(const QString& path);
+    bool fileIsDirectory(const QString& path);
+    QVariantMap fileAttributes(const QString& path);
+    QVariantMap dictionaryWithContentsOfFile(const QString& path);
+    // Empty bytes for an empty path or a refusal; no value for a missing or unreadable file.
+    std::optional<QByteArray> dataWithContentsOfFile(const QString& path);
+    // Atomic: readers see the old or the new file. Maps and lists as XML property lists, bytes as
+    // they are, strings as UTF-8. An existing file keeps its permissions.
+    void write(const QVariant& object, const QString& ToFile);
+
+    // Runs the first statement of the text on the database, if it exists; never creates one.
+    void runSql(const QString& sql, const QString& onfile);
+    // The rows; empty when the database is missing, the statement fails or access is refused;
+    // no value for an empty path.
+    std::optional<QList<QVariantMap>> returnArrayFromSql(const QString& sql, const QString& onfile);
+
+private:
+    // What the action does to its target: removing a link never touches what it points to.
+    enum class Effect { Reads, Removes, Writes };
+    // Runs the action with the native path inside the grant of the home folder; false when it did not run.
+    bool envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
+                  const QString& denial);
+    bool insideHome(const QString& nativePath) const;
+    void removeNative(const QString& nativePath);
+    FileTree::FileGate wipeGate() const;
+
+    SandboxServices m_services;
+};

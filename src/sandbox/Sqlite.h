@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <optional>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+// One SQLite connection. Rows come back as maps from column name to value, by storage class:
+// INTEGER as its decimal text, FLOAT as a double, TEXT as a string, BLOB as bytes, NULL as
+// Sqlite::null() (a value of its own, never an absent entry).
+class Sqlite
+{
+public:
+    Sqlite();
+    explicit Sqlite(const QString& file);
+    ~Sqlite();
+    Sqlite(const Sqlite&) = delete;
+    Sqlite& operator=(const Sqlite&) = delete;
+
+    static QVariant null();
+    static bool isNull(const QVariant& value);
+    static QString version();
+    static QString createUuid();
+
+    // Busy answers are retried while busyRetryTimeout is below the retry count, so 0 or more
+    // means no retry (one 20 µs pause), and a negative value retries without end.
+    qint64 busyRetryTimeout() const { return m_busyRetryTimeout; }
+    void setBusyRetryTimeout(qint64 timeout) { m_busyRetryTimeout = timeout; }
+    QString filePath() const { return m_filePath; }
+    sqlite3* db() const { return m_db; }
+
+    bool open(const QString& path);
+    void close();
+
+    // Runs only the first statement of the text; no value when it does not prepare. Throws
+    // std::out_of_range when the statement has more parameters than arguments.
+    std::optional<QList<QVariantMap>> executeQuery(const QString& sql, const QVariantList& arguments = {});
+    bool executeNonQuery(const QString& sql, const QVariantList& arguments = {});
+    bool beginTransaction() { return executeNonQuery(QStringLiteral("BEGIN EXCLUSIVE TRANSACTION;")); }
+    bool beginDeferredTransaction() { return executeNonQuery(QStringLiteral("BEGIN DEFERRED TRANSACTION;")); }
+    bool commit() { return executeNonQuery(QStringLiteral("COMMIT TRANSACTION;")); }
+    bool rollback() { return executeNonQuery(QStringLiteral("ROLLBACK TRANSACTION;")); }
+    int errorCode() const;
+    QString errorMessage() const;
+
+    bool prepareSql(const QString& sql, sqlite3_stmt** inStatament);
+    bool executeStatament(sqlite3_stmt* statement);
+    void bindObject(const QVariant& object, int toColumn, sqlite3_stmt* inStatament);
+    bool hasData(sqlite3_stmt* statement);
+    std::optional<QVariant> columnData(sqlite3_stmt* statement, int columnIndex) const;
+    QString columnName(sqlite3_stmt* statement, int columnIndex) const;
+
+private:
+    void bindArguments(sqlite3_stmt* statement, const QVariantList& arguments);
+
+    qint64 m_busyRetryTimeout = 0;
+    QString m_filePath;
+    sqlite3* m_db = nullptr;
+};

@@ -1,0 +1,353 @@
+#include "platform/PathLayout.h"
+#include "platform/SettingsKeys.h"
+#include "support/PlistFixtures.h"
+#include "support/TestHome.h"
+#include "support/Unprivileged.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+// "a b c" as a list of relative paths.
+QStringList paths(const char* spaceSeparated)
+{
+    return QString::fromUtf8(spaceSeparated).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+} // namespace
+
+class TestSandbox : public QObject
+{
+    Q_OBJECT
+private slots:
+    void emptyPathsGiveEmptyResults();
+    void refusedAccessGivesEmptyResultsAndALogLine();
+    void theHomeGrantIsAskedForOnceOnTheMainThread();
+    void missingFilesGiveNoValue();
+    void remove_data();
+    void remove();
+    void removingADatabaseTakesItsCompanions();
+    void linksOutOfTheHomeAreRemovedNeverFollowed();
+    void nothingOutsideTheHomeIsChanged();
+    void unsafeNamesAreRefused_data();
+    void unsafeNamesAreRefused();
+    void removeRecursiveSubFilesKeepsFoldersAndSyncAgentData();
+    void secureDeleteKeepsAFileItCannotOverwrite();
+    void listingsAndReads();
+    void writeIsAtomicAndKeepsPermissions();
+    void linuxLayoutMapsReferencePaths_data();
+    void linuxLayoutMapsReferencePaths();
+};
+
+void TestSandbox::emptyPathsGiveEmptyResults()
+{
+    TestHome home;
+    Sandbox& s = home.sandbox;
+    QCOMPARE(s.contentsOf(QString()), QString(QLatin1String("")));
+    QVERIFY(s.contentsOf(QString()).has_value());
+    QVERIFY(s.folderContentsOf(QString()).isEmpty());
+    QVERIFY(!s.fileExists(QString()));
+    QVERIFY(!s.fileIsDirectory(QString()));
+    QVERIFY(s.fileAttributes(QString()).isEmpty());
+    QVERIFY(s.dictionaryWithContentsOfFile(QString()).isEmpty());
+    QCOMPARE(s.dataWithContentsOfFile(QString()), QByteArray());
+    QVERIFY(!s.returnArrayFromSql(QStringLiteral("SELECT 1"), QString()));
+    s.remove(QString());
+    s.removeFiles({});
+    s.removeRecursiveSubFilesFor(QString());
+    s.write(QVariantMap(), QString());
+    QVERIFY(home.t.log.lines().isEmpty());
+}
+
+void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
+{
+    TestHome home(false);
+    home.file(QStringLiteral("Library/Cookies/Cookies.binarycookies"));
+    Sandbox& s = home.sandbox;
+    const QString expanded = home.path(QStringLiteral("Library/Cookies/Cookies.binarycookies"));
+    const QString file = QStringLiteral("~/Library/Cookies/Cookies.binarycookies");
+
+    QCOMPARE(s.contentsOf(file), QString(QLatin1String("")));
+    QCOMPARE(s.dataWithContentsOfFile(file), QByteArray());
+    QVERIFY(!s.fileExists(file));
+    QVERIFY(s.folderContentsOf(QStringLiteral("~/Library/Cookies")).isEmpty());
+    s.remove(file);
+    QVERIFY(home.exists(QStringLiteral("Library/Cookies/Cookies.binarycookies")));
+    s.write(QStringLiteral("x"), file);
+    QCOMPARE(home.read(QStringLiteral("Library/Cookies/Cookies.binarycookies")), QByteArray("data"));
+
+    const QStringList lines = home.t.log.lines();
+    QCOMPARE(lines.size(), 6);
+    QCOMPARE(lines.first(), QStringLiteral("Corvella Sandbox has denied access to ") + expanded);
+    QCOMPARE(lines.last(), QStringLiteral("Cookie Sandbox has denied access to ") + expanded);
+    QCOMPARE(home.panel.requests.size(), 6); // asked each time, never remembered
+}
+
+void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
+{
+    TestHome home(false);
+    home.panel.answer(home.path());
+    home.file(QStringLiteral("a"));
+    QVERIFY(home.sandbox.fileExists(QStringLiteral("~/a")));
+    QVERIFY(home.sandbox.fileExists(QStringLiteral("~/a")));
+    QVERIFY(home.sandbox.enableAccess());
+    QCOMPARE(home.panel.requests.size(), 1);
+    QCOMPARE(home.panel.requests.first().directory, home.path());
+    QCOMPARE(home.panel.threads.first(), QThread::currentThread());
+}
+
+void TestSandbox::missingFilesGiveNoValue()
+{
+    TestHome home;
+    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/missing")));
+    QVERIFY(!home.sandbox.dataWithContentsOfFile(QStringLiteral("~/missing")));
+    home.file(QStringLiteral("latin1"), "caf\xe9");
+    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/latin1")));
+    QCOMPARE(home.sandbox.dataWithContentsOfFile(QStringLiteral("~/latin1")), QByteArray("caf\xe9"));
+    QCOMPARE(home.sandbox.contentsOf(QStringLiteral("~/utf8")), std::nullopt);
+    home.file(QStringLiteral("utf8"), "café");
+    QCOMPARE(home.sandbox.contentsOf(QStringLiteral("~/utf8")), QStringLiteral("café"));
+    QVERIFY(home.t.log.lines().isEmpty());
+}
+
+void TestSandbox::remove_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QStringList>("gone");
+    QTest::addColumn<QStringList>("kept");
+    QTest::newRow("a file") << "dir/file" << paths("dir/file") << paths("dir dir/other");
+    QTest::newRow("a whole tree") << "dir" << paths("dir dir/sub/deep/f dir/.hidden") << paths("target/t");
+    QTest::newRow("a link to a folder") << "link" << paths("link") << paths("target target/t");
+    QTest::newRow("a link to nothing") << "dangling" << paths("") << paths("dangling");
+    QTest::newRow("a missing path") << "nothing" << paths("") << paths("dir/file");
+}
+
+void TestSandbox::remove()
+{
+    QFETCH(QString, target);
+    QFETCH(QStringList, gone);
+    QFETCH(QStringList, kept);
+    TestHome home;
+    home.file(QStringLiteral("dir/file"));
+    home.file(QStringLiteral("dir/other"));
+    home.file(QStringLiteral("dir/.hidden"));
+    home.file(QStringLiteral("dir/sub/deep/f"));
+    home.file(QStringLiteral("target/t"));
+    QVERIFY(QFile::link(home.path(QStringLiteral("target")), home.path(QStringLiteral("link"))));
+    QVERIFY(QFile::link(home.path(QStringLiteral("nowhere")), home.path(QStringLiteral("dangling"))));
+
+    home.sandbox.remove(QStringLiteral("~/") + target);
+    for (const QString& path : gone)
+        QVERIFY2(!home.exists(path), qPrintable(path));
+    for (const QString& path : kept)
+        QVERIFY2(home.exists(path), qPrintable(path));
+    QVERIFY(home.t.log.lines().isEmpty());
+}
+
+void TestSandbox::removingADatabaseTakesItsCompanions()
+{
+    TestHome home;
+    for (const char* name : {"Cookies", "Cookies-journal", "Cookies-wal", "Cookies-shm", "Cookies-backup"})
+        home.file(QStringLiteral("Default/") + QLatin1String(name));
+    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
+    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files), QStringList{QStringLiteral("Cookies-backup")});
+}
+
+void TestSandbox::linksOutOfTheHomeAreRemovedNeverFollowed()
+{
+    TestHome home;
+    QTemporaryDir outside;
+    PlistFixtures::writeFile(outside.filePath(QStringLiteral("keep/precious")), "precious");
+    home.folder(QStringLiteral("Cache"));
+    QVERIFY(QFile::link(outside.filePath(QStringLiteral("keep")), home.path(QStringLiteral("Cache/escape"))));
+    home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
+    home.sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Cache"));
+    QVERIFY(!home.exists(QStringLiteral("Cache/escape")));
+    QVERIFY(QFile::exists(outside.filePath(QStringLiteral("keep/precious"))));
+
+    QVERIFY(QFile::link(outside.filePath(QStringLiteral("keep")), home.path(QStringLiteral("Cache/escape"))));
+    home.sandbox.remove(QStringLiteral("~/Cache"));
+    QVERIFY(!home.exists(QStringLiteral("Cache")));
+    QFile precious(outside.filePath(QStringLiteral("keep/precious")));
+    QVERIFY(precious.open(QIODevice::ReadOnly));
+    QCOMPARE(precious.readAll(), QByteArray("precious"));
+}
+
+void TestSandbox::nothingOutsideTheHomeIsChanged()
+{
+    TestHome home;
+    QTemporaryDir outside;
+    const QString victim = outside.filePath(QStringLiteral("victim"));
+    PlistFixtures::writeFile(victim, "keep");
+    QVERIFY(QFile::link(victim, home.path(QStringLiteral("Preferences"))));
+
+    home.sandbox.remove(victim);
+    home.sandbox.remove(QStringLiteral("~"));
+    home.sandbox.remove(QStringLiteral("~/"));
+    home.sandbox.removeRecursiveSubFilesFor(outside.path());
+    home.sandbox.write(QStringLiteral("changed"), victim);
+    home.sandbox.write(QStringLiteral("changed"), QStringLiteral("~/Preferences")); // through a link
+    QVERIFY(QFile::exists(victim));
+    QVERIFY(QFileInfo(home.path()).isDir());
+    QFile f(victim);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    QCOMPARE(f.readAll(), QByteArray("keep"));
+    QVERIFY(home.t.log.lines().size() >= 5);
+    QVERIFY(home.t.log.lines().first().contains(QStringLiteral("outside the home folder")));
+}
+
+void TestSandbox::unsafeNamesAreRefused_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("empty") << "";
+    QTest::newRow("dot") << ".";
+    QTest::newRow("dot dot") << "..";
+    QTest::newRow("slash") << "a/b";
+    QTest::newRow("NUL") << QString(QStringLiteral("a") + QChar(0) + QStringLiteral("b"));
+}
+
+void TestSandbox::unsafeNamesAreRefused()
+{
+    QFETCH(QString, name);
+    TestHome home;
+    home.file(QStringLiteral("Local Storage/keep"));
+    QVERIFY(!home.sandbox.childPath(QStringLiteral("~/Local Storage"), name));
+    QCOMPARE(home.t.log.lines().size(), 1);
+    QCOMPARE(home.sandbox.childPath(QStringLiteral("~/Profiles/"), QStringLiteral("abc.default")),
+             QStringLiteral("~/Profiles/abc.default"));
+
+    // A composed path that steps out is refused by the file layer itself.
+    home.sandbox.remove(QStringLiteral("~/Local Storage/../Local Storage"));
+    home.sandbox.remove(QStringLiteral("~/Local Storage/."));
+    QVERIFY(home.exists(QStringLiteral("Local Storage/keep")));
+    QCOMPARE(home.t.log.lines().size(), 3);
+}
+
+void TestSandbox::removeRecursiveSubFilesKeepsFoldersAndSyncAgentData()
+{
+    TestHome home;
+    home.file(QStringLiteral("Caches/a/b.txt"));
+    home.file(QStringLiteral("Caches/.hidden"));
+    home.file(QStringLiteral("Caches/com.apple.SafariBookmarksSyncAgent/c.txt"));
+    home.file(QStringLiteral("Caches/x/com.apple.SafariBookmarksSyncAgent.db"));
+    home.sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Caches"));
+    QVERIFY(!home.exists(QStringLiteral("Caches/a/b.txt")));
+    QVERIFY(!home.exists(QStringLiteral("Caches/.hidden")));
+    QVERIFY(QFileInfo(home.path(QStringLiteral("Caches/a"))).isDir());
+    QVERIFY(home.exists(QStringLiteral("Caches/com.apple.SafariBookmarksSyncAgent/c.txt")));
+    QVERIFY(home.exists(QStringLiteral("Caches/x/com.apple.SafariBookmarksSyncAgent.db")));
+}
+
+void TestSandbox::secureDeleteKeepsAFileItCannotOverwrite()
+{
+    TestHome home;
+    const QString locked = home.file(QStringLiteral("Default/locked"), "secret");
+    const QString plain = home.file(QStringLiteral("Default/plain"), "secret");
+    QVERIFY(QFile::setPermissions(plain, QFileDevice::Permissions(0x6666)));
+    QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::ReadOther));
+    for (const QString& folder : {home.path(), home.path(QStringLiteral("Default"))})
+        QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
+    home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
+    QVERIFY(asUnprivilegedUser([&] {
+        home.sandbox.remove(QStringLiteral("~/Default/locked"));
+        home.sandbox.remove(QStringLiteral("~/Default/plain"));
+        return true;
+    }));
+    QCOMPARE(home.read(QStringLiteral("Default/locked")), QByteArray("secret"));
+    QVERIFY(!home.exists(QStringLiteral("Default/plain")));
+
+    // Without secure deletion the same file goes.
+    home.t.defaults.setBool(false, SettingsKeys::secureDeleteData);
+    QVERIFY(asUnprivilegedUser([&] {
+        home.sandbox.remove(QStringLiteral("~/Default/locked"));
+        return true;
+    }));
+    QVERIFY(!home.exists(QStringLiteral("Default/locked")));
+}
+
+void TestSandbox::listingsAndReads()
+{
+    TestHome home;
+    home.file(QStringLiteral("Profiles/a.default/prefs.js"));
+    home.file(QStringLiteral("Profiles/.hidden"));
+    home.folder(QStringLiteral("Profiles/b.dev"));
+    QStringList names = home.sandbox.folderContentsOf(QStringLiteral("~/Profiles"));
+    names.sort();
+    QCOMPARE(names, (QStringList{QStringLiteral(".hidden"), QStringLiteral("a.default"), QStringLiteral("b.dev")}));
+    QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/Profiles/.hidden")).isEmpty());
+    QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/missing")).isEmpty());
+    QVERIFY(home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/b.dev")));
+    QVERIFY(!home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/.hidden")));
+
+    const QVariantMap attributes = home.sandbox.fileAttributes(QStringLiteral("~/Profiles/a.default/prefs.js"));
+    QCOMPARE(attributes.value(QStringLiteral("NSFileType")), QVariant(QStringLiteral("NSFileTypeRegular")));
+    QCOMPARE(attributes.value(QStringLiteral("NSFileSize")).toLongLong(), 4);
+    QVERIFY(attributes.value(QStringLiteral("NSFileModificationDate")).toDateTime().isValid());
+
+    const QVariantMap dict{{QStringLiteral("LastSession"), QVariantList{QStringLiteral("x")}}};
+    PlistFixtures::writeFile(home.path(QStringLiteral("binary.plist")), PlistFixtures::binary(dict));
+    PlistFixtures::writeFile(home.path(QStringLiteral("array.plist")), PlistFixtures::binary(QVariantList{1, 2}));
+    PlistFixtures::writeFile(home.path(QStringLiteral("broken.plist")), "<plist><dict>");
+    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/binary.plist")), dict);
+    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/array.plist")).isEmpty());
+    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/broken.plist")).isEmpty());
+}
+
+void TestSandbox::writeIsAtomicAndKeepsPermissions()
+{
+    TestHome home;
+    const QString prefs = home.file(QStringLiteral("Default/Preferences"), "{}");
+    QVERIFY(QFile::setPermissions(prefs, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
+    const QVariantMap dict{{QStringLiteral("TopSites"), QVariantList{QStringLiteral("https://example.org/")}}};
+    home.sandbox.write(dict, QStringLiteral("~/Default/Preferences"));
+    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/Default/Preferences")), dict);
+    QCOMPARE(QFile::permissions(prefs), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup |
+                                            QFileDevice::ReadUser | QFileDevice::WriteUser);
+    home.sandbox.write(QByteArray("{\"a\":1}"), QStringLiteral("~/Default/Preferences"));
+    QCOMPARE(home.read(QStringLiteral("Default/Preferences")), QByteArray("{\"a\":1}"));
+    // No temporary file is left beside it.
+    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("Preferences")});
+}
+
+void TestSandbox::linuxLayoutMapsReferencePaths_data()
+{
+    QTest::addColumn<QString>("reference");
+    QTest::addColumn<QString>("native"); // empty: no counterpart
+    QTest::newRow("Chrome") << "Library/Application Support/Google/Chrome/Default/Cookies" << ".config/google-chrome/Default/Cookies";
+    QTest::newRow("Chromium cache") << "Library/Caches/Chromium/Default/Cache" << ".cache/chromium/Default/Cache";
+    QTest::newRow("Opera root") << "Library/Application Support/com.operasoftware.Opera" << ".config/opera";
+    QTest::newRow("Firefox, second candidate exists") << "Library/Application Support/Firefox/Profiles/x.default/places.sqlite"
+                                                      << ".config/mozilla/firefox/x.default/places.sqlite";
+    QTest::newRow("Flash") << "Library/Preferences/Macromedia/Flash Player/#SharedObjects" << ".macromedia/Flash_Player/#SharedObjects";
+    QTest::newRow("scripts") << "Library/Application Scripts/com.tovanex.Corvella6/clearCookies.sh" << ".local/share/corvella/scripts/clearCookies.sh";
+    QTest::newRow("whole components only") << "Library/Application Support/Chromium2/x" << "";
+    QTest::newRow("Safari") << "Library/Safari/History.db" << "";
+    QTest::newRow("outside Library") << ".config/chromium/Local State" << ".config/chromium/Local State";
+}
+
+void TestSandbox::linuxLayoutMapsReferencePaths()
+{
+    QFETCH(QString, reference);
+    QFETCH(QString, native);
+    TestHome home;
+    home.folder(QStringLiteral(".config/mozilla/firefox"));
+    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    const auto mapped = PathLayout::nativePath(PathLayout::linux_, home.path(), home.path(reference));
+    QCOMPARE(mapped.value_or(QString()), native.isEmpty() ? QString() : home.path(native));
+    QCOMPARE(PathLayout::nativePath(PathLayout::macOS, home.path(), home.path(reference)), home.path(reference));
+
+    // The file layer acts on the native path, and on nothing when there is none.
+    home.file(reference);
+    if (!native.isEmpty())
+        home.file(native);
+    home.sandbox.remove(QStringLiteral("~/") + reference);
+    if (native.isEmpty()) {
+        QVERIFY(home.exists(reference));
+    } else {
+        QVERIFY(!home.exists(native));
+        QCOMPARE(home.exists(reference), reference != native); // the macOS-style copy is not this system's
+    }
+}
+
+QTEST_GUILESS_MAIN(TestSandbox)
+#include "tst_sandbox.moc"

@@ -1,0 +1,155 @@
+#include "sandbox/Sqlite.h"
+#include "support/TestHome.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <sqlite3.h>
+
+class TestSqlite : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void rowsCarryValuesByStorageClass();
+    void theLaterOfTwoSameNamedColumnsWins();
+    void argumentsBindByKind();
+    void tooFewArgumentsIsAProgrammingError();
+    void onlyTheFirstStatementRuns();
+    void aMissingDatabaseIsNeverCreated();
+    void failuresGiveEmptyResults_data();
+    void failuresGiveEmptyResults();
+    void aLockedDatabaseReturnsQuicklyUnchanged();
+
+private:
+    int count(const QString& table)
+    {
+        const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT COUNT(*) AS n FROM ") + table, m_db);
+        return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toInt() : -1;
+    }
+    std::unique_ptr<TestHome> m_home;
+    QString m_db;
+};
+
+void TestSqlite::init()
+{
+    m_home = std::make_unique<TestHome>();
+    m_db = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Default")) + QStringLiteral("/Cookies");
+    Sqlite db;
+    QVERIFY(db.open(m_db));
+    QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE cookies (id INTEGER, host TEXT, value BLOB, ratio REAL, note TEXT)")));
+    QVERIFY(db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (42, 'example.org', x'00ff10', 1.5, NULL)")));
+    QVERIFY(db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')")));
+    QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE empty (id INTEGER)")));
+}
+
+void TestSqlite::rowsCarryValuesByStorageClass()
+{
+    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT * FROM cookies ORDER BY id DESC"), m_db);
+    QVERIFY(rows);
+    QCOMPARE(rows->size(), 2);
+    const QVariantMap first = rows->first();
+    QCOMPARE(first.value(QStringLiteral("id")), QVariant(QStringLiteral("42")));
+    QCOMPARE(first.value(QStringLiteral("host")), QVariant(QStringLiteral("example.org")));
+    QCOMPARE(first.value(QStringLiteral("value")), QVariant(QByteArray("\x00\xff\x10", 3)));
+    QCOMPARE(first.value(QStringLiteral("ratio")), QVariant(1.5));
+    QVERIFY(first.contains(QStringLiteral("note")));
+    QVERIFY(Sqlite::isNull(first.value(QStringLiteral("note"))));
+    QCOMPARE(rows->at(1).value(QStringLiteral("id")), QVariant(QStringLiteral("2")));
+}
+
+void TestSqlite::theLaterOfTwoSameNamedColumnsWins()
+{
+    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT host AS x, id AS x FROM cookies WHERE id = 42"), m_db);
+    QCOMPARE(rows->size(), 1);
+    QCOMPARE(rows->first(), (QVariantMap{{QStringLiteral("x"), QStringLiteral("42")}}));
+}
+
+void TestSqlite::argumentsBindByKind()
+{
+    Sqlite db;
+    QCOMPARE(db.busyRetryTimeout(), 1);
+    QVERIFY(db.open(m_db));
+    const QDateTime when = QDateTime::fromSecsSinceEpoch(1000, Qt::UTC);
+    const auto rows = db.executeQuery(
+        QStringLiteral("SELECT typeof(?1) AS a, typeof(?2) AS b, ?3 AS c, ?4 AS d, ?5 AS e, ?6 AS f, ?7 AS g"),
+        {QVariant(), QByteArray("\x01\x02", 2), true, qint64(1) << 40, 0.5, QStringLiteral("text"), when});
+    QVERIFY(rows);
+    const QVariantMap row = rows->first();
+    QCOMPARE(row.value(QStringLiteral("a")).toString(), QStringLiteral("null"));
+    QCOMPARE(row.value(QStringLiteral("b")).toString(), QStringLiteral("blob"));
+    QCOMPARE(row.value(QStringLiteral("c")), QVariant(QStringLiteral("1")));
+    QCOMPARE(row.value(QStringLiteral("d")), QVariant(QStringLiteral("1099511627776")));
+    QCOMPARE(row.value(QStringLiteral("e")), QVariant(0.5));
+    QCOMPARE(row.value(QStringLiteral("f")), QVariant(QStringLiteral("text")));
+    QCOMPARE(row.value(QStringLiteral("g")), QVariant(1000.0));
+    QCOMPARE(Sqlite(m_db).busyRetryTimeout(), 0);
+}
+
+void TestSqlite::tooFewArgumentsIsAProgrammingError()
+{
+    Sqlite db;
+    QVERIFY(db.open(m_db));
+    QVERIFY_THROWS_EXCEPTION(std::out_of_range, db.executeQuery(QStringLiteral("SELECT ?1, ?2"), {1}));
+}
+
+void TestSqlite::onlyTheFirstStatementRuns()
+{
+    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies WHERE id = 42; DELETE FROM cookies WHERE id = 2"), m_db);
+    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT id FROM cookies"), m_db);
+    const QList<QVariantMap> expected{QVariantMap{{QStringLiteral("id"), QStringLiteral("2")}}};
+    QCOMPARE(*rows, expected);
+}
+
+void TestSqlite::aMissingDatabaseIsNeverCreated()
+{
+    const QString folder = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Profile 1"));
+    const QString missing = folder + QStringLiteral("/Cookies");
+    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies"), missing);
+    QCOMPARE(*m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT 1"), missing), QList<QVariantMap>());
+    QVERIFY(QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
+    QVERIFY(m_home->t.log.lines().isEmpty());
+}
+
+void TestSqlite::failuresGiveEmptyResults_data()
+{
+    QTest::addColumn<QString>("sql");
+    QTest::newRow("no rows") << "SELECT * FROM empty";
+    QTest::newRow("syntax error") << "SELEC * FRM cookies";
+    QTest::newRow("missing table") << "SELECT * FROM moz_places";
+    QTest::newRow("parameters without arguments") << "SELECT * FROM cookies WHERE id = ?";
+}
+
+void TestSqlite::failuresGiveEmptyResults()
+{
+    QFETCH(QString, sql);
+    if (sql.contains(QLatin1Char('?'))) {
+        QVERIFY_THROWS_EXCEPTION(std::out_of_range, m_home->sandbox.returnArrayFromSql(sql, m_db));
+        return;
+    }
+    const auto rows = m_home->sandbox.returnArrayFromSql(sql, m_db);
+    QVERIFY(rows);
+    QVERIFY(rows->isEmpty());
+    QVERIFY(!m_home->sandbox.returnArrayFromSql(sql, QString()));
+}
+
+void TestSqlite::aLockedDatabaseReturnsQuicklyUnchanged()
+{
+    Sqlite browser;
+    QVERIFY(browser.open(m_db));
+    QVERIFY(browser.beginTransaction());
+    QVERIFY(browser.executeNonQuery(QStringLiteral("UPDATE cookies SET host = host")));
+
+    QElapsedTimer timer;
+    timer.start();
+    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies"), m_db);
+    QVERIFY2(timer.elapsed() < 5000, "a locked database must not hold the removal run");
+
+    QVERIFY(browser.rollback());
+    QCOMPARE(count(QStringLiteral("cookies")), 2);
+}
+
+QTEST_GUILESS_MAIN(TestSqlite)
+#include "tst_sqlite.moc"
