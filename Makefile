@@ -8,7 +8,7 @@ PACKAGES := cmake g++ make pkg-config clang-format \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
 	dbus dbus-x11 xvfb xauth
 
-.PHONY: all deps configure build test run format clean
+.PHONY: all deps configure build test run bench format clean
 
 all: build
 
@@ -36,6 +36,9 @@ test: build
 
 run: build
 	@$(BUILD_DIR)/bin/corvella
+
+bench: build
+	@$(BUILD_DIR)/bin/bench-remove-tree
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

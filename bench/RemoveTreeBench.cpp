@@ -1,0 +1,122 @@
+// Times the file layer's removal of a large tree against the system's own tools on an identical
+// tree in the same run, and prints the median ratios (lower is better; 1.0 = as fast as the tool).
+//
+//   build/bin/bench-remove-tree [rounds]
+#include "platform/SettingsKeys.h"
+#include "platform/UserDefaults.h"
+#include "platform/fake/MemoryDefaultsBackend.h"
+#include "platform/fake/MemoryLog.h"
+#include "platform/fake/ScriptedOpenPanel.h"
+#include "platform/linux/InodeBookmarks.h"
+#include "sandbox/Sandbox.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+const int kTopFolders = 50;
+const int kFoldersEach = 100; // 5,000 folders
+const int kFilesEach = 20;    // 100,000 files
+
+void buildTree(const std::string& root)
+{
+    ::mkdir(root.c_str(), 0700);
+    for (int t = 0; t < kTopFolders; ++t) {
+        const std::string top = root + "/t" + std::to_string(t);
+        ::mkdir(top.c_str(), 0700);
+        for (int f = 0; f < kFoldersEach; ++f) {
+            const std::string folder = top + "/f" + std::to_string(f);
+            ::mkdir(folder.c_str(), 0700);
+            for (int n = 0; n < kFilesEach; ++n) {
+                const std::string file = folder + "/data_" + std::to_string(n);
+                const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+                if (fd >= 0) {
+                    (void)::write(fd, "cache entry", 11);
+                    ::close(fd);
+                }
+            }
+        }
+    }
+    ::sync();
+}
+
+double seconds(const std::function<void()>& work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return timer.nsecsElapsed() / 1e9;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    const size_t n = values.size();
+    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+}
+
+void shell(const std::string& command)
+{
+    if (std::system(command.c_str()) != 0)
+        std::fprintf(stderr, "failed: %s\n", command.c_str());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
+
+    QTemporaryDir home;
+    const QString homePath = QFileInfo(home.path()).canonicalFilePath();
+    MemoryLog log;
+    UserDefaults defaults(std::make_unique<MemoryDefaultsBackend>(), log);
+    defaults.setObject(homePath, SettingsKeys::userFolder);
+    defaults.setObject(QStringLiteral("macOS"), SettingsKeys::browserLayout);
+    InodeBookmarks bookmarks;
+    ScriptedOpenPanel panel;
+    panel.answer(homePath);
+    Sandbox sandbox({defaults, bookmarks, panel, log});
+    sandbox.enableAccess();
+
+    const std::string root = homePath.toStdString();
+    std::vector<double> removeRatios, subFileRatios;
+    std::printf("tree: %d folders, %d files; %d rounds\n", kTopFolders * kFoldersEach,
+                kTopFolders * kFoldersEach * kFilesEach, rounds);
+    for (int round = 0; round < rounds; ++round) {
+        buildTree(root + "/ours");
+        buildTree(root + "/theirs");
+        // Alternate who goes first, so cache warmth favours neither.
+        double ours = 0, theirs = 0;
+        auto runOurs = [&] { ours = seconds([&] { sandbox.remove(QStringLiteral("~/ours")); }); };
+        auto runTheirs = [&] { theirs = seconds([&] { shell("rm -rf '" + root + "/theirs'"); }); };
+        round % 2 ? (runTheirs(), runOurs()) : (runOurs(), runTheirs());
+        removeRatios.push_back(ours / theirs);
+        std::printf("round %d  remove: corvella %.3f s, rm -rf %.3f s, ratio %.3f\n", round + 1, ours, theirs, ours / theirs);
+
+        buildTree(root + "/ours");
+        buildTree(root + "/theirs");
+        auto subOurs = [&] { ours = seconds([&] { sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/ours")); }); };
+        auto subTheirs = [&] { theirs = seconds([&] { shell("find '" + root + "/theirs' -type f -delete"); }); };
+        round % 2 ? (subTheirs(), subOurs()) : (subOurs(), subTheirs());
+        subFileRatios.push_back(ours / theirs);
+        std::printf("round %d  files only: corvella %.3f s, find -delete %.3f s, ratio %.3f\n", round + 1, ours, theirs,
+                    ours / theirs);
+        shell("rm -rf '" + root + "/ours' '" + root + "/theirs'");
+    }
+    std::printf("median ratio remove / rm -rf: %.3f (target <= 1.15)\n", median(removeRatios));
+    std::printf("median ratio removeRecursiveSubFilesFor / find -type f -delete: %.3f\n", median(subFileRatios));
+    return 0;
+}
