@@ -104,19 +104,25 @@ int main(int argc, char** argv)
         auto runTheirs = [&] { theirs = seconds([&] { shell("rm -rf '" + root + "/theirs'"); }); };
         round % 2 ? (runTheirs(), runOurs()) : (runOurs(), runTheirs());
         removeRatios.push_back(ours / theirs);
-        std::printf("round %d  remove: corvella %.3f s, rm -rf %.3f s, ratio %.3f\n", round + 1, ours, theirs, ours / theirs);
+        std::printf("round %d  remove: corvella %.3f s, rm -rf %.3f s, ratio %.3f\n", round + 1, ours, theirs,
+                    ours / theirs);
 
         buildTree(root + "/ours");
         buildTree(root + "/theirs");
-        auto subOurs = [&] { ours = seconds([&] { sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/ours")); }); };
-        auto subTheirs = [&] { theirs = seconds([&] { shell("find '" + root + "/theirs' -type f -delete"); }); };
+        auto subOurs = [&] {
+            ours = seconds([&] { sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/ours")); });
+        };
+        auto subTheirs = [&] {
+            theirs = seconds([&] { shell("find '" + root + "/theirs' -type f -delete"); });
+        };
         round % 2 ? (subTheirs(), subOurs()) : (subOurs(), subTheirs());
         subFileRatios.push_back(ours / theirs);
-        std::printf("round %d  files only: corvella %.3f s, find -delete %.3f s, ratio %.3f\n", round + 1, ours, theirs,
-                    ours / theirs);
+        std::printf("round %d  files only: corvella %.3f s, find -delete %.3f s, ratio %.3f\n", round + 1,
+                    ours, theirs, ours / theirs);
         shell("rm -rf '" + root + "/ours' '" + root + "/theirs'");
     }
     std::printf("median ratio remove / rm -rf: %.3f (target <= 1.15)\n", median(removeRatios));
-    std::printf("median ratio removeRecursiveSubFilesFor / find -type f -delete: %.3f\n", median(subFileRatios));
+    std::printf("median ratio removeRecursiveSubFilesFor / find -type f -delete: %.3f\n",
+                median(subFileRatios));
     return 0;
 }

@@ -1,8 +1,8 @@
 #include "core/AppDelegate.h"
 
-#include "platform/SettingsKeys.h"
 #include "platform/PropertyList.h"
 #include "platform/RealHomeDirectory.h"
+#include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 
 #include <QFile>
@@ -21,8 +21,7 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
 
 AppDelegate::AppDelegate(const AppServices& services, QObject* parent)
     : QObject(parent), m_defaults(services.defaults), m_log(services.log)
-{
-}
+{}
 
 AppDelegate::~AppDelegate()
 {
@@ -32,8 +31,10 @@ AppDelegate::~AppDelegate()
 void AppDelegate::startObservingSettings()
 {
     stopObservingSettings();
-    m_observations << connect(&m_defaults, &UserDefaults::defaultsChanged, this, &AppDelegate::defaultsChanged);
-    m_observations << connect(&m_defaults, &UserDefaults::valueChanged, this, &AppDelegate::observeValueForKeyPath);
+    m_observations << connect(&m_defaults, &UserDefaults::defaultsChanged, this,
+                              &AppDelegate::defaultsChanged);
+    m_observations << connect(&m_defaults, &UserDefaults::valueChanged, this,
+                              &AppDelegate::observeValueForKeyPath);
     defaultsChanged();
 }
 

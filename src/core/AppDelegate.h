@@ -23,7 +23,8 @@ class AppDelegate : public QObject
 public:
     // Before the controller exists: registers the shipped defaults, records the real home folder
     // under "userFolder" and synchronises. A missing or unreadable defaults resource registers nothing.
-    static void initialize(UserDefaults& defaults, const QString& defaultsResource = QStringLiteral(":/Defaults.plist"));
+    static void initialize(UserDefaults& defaults,
+                           const QString& defaultsResource = QStringLiteral(":/Defaults.plist"));
 
     explicit AppDelegate(const AppServices& services, QObject* parent = nullptr);
     ~AppDelegate() override;

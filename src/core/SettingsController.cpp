@@ -24,7 +24,8 @@ QVariantMap SettingsController::selectedEntries(const QVariantMap& settings)
     return selected;
 }
 
-bool SettingsController::isSelected(const QVariantMap& content, const QString& browser, const QString& category)
+bool SettingsController::isSelected(const QVariantMap& content, const QString& browser,
+                                    const QString& category)
 {
     const QVariant value = content.value(SettingsKeys::settingsKey(browser, category));
     return value.typeId() == QMetaType::Bool && value.toBool();

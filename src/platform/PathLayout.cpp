@@ -7,7 +7,7 @@ namespace {
 
 struct Row
 {
-    const char* reference; // below the home folder
+    const char* reference;  // below the home folder
     QStringList candidates; // below the home folder; the first that exists wins, else the first
 };
 
@@ -25,7 +25,8 @@ const QList<Row>& linuxRows()
         {"Library/Caches/Firefox/Profiles", {QStringLiteral(".cache/mozilla/firefox")}},
         {"Library/Preferences/Macromedia/Flash Player", {QStringLiteral(".macromedia/Flash_Player")}},
         {"Library/Caches/Adobe/Flash Player", {QStringLiteral(".adobe/Flash_Player")}},
-        {"Library/Application Scripts/com.tovanex.Corvella6", {QStringLiteral(".local/share/corvella/scripts")}},
+        {"Library/Application Scripts/com.tovanex.Corvella6",
+         {QStringLiteral(".local/share/corvella/scripts")}},
     };
     return rows;
 }

@@ -26,10 +26,10 @@ inline const QString cleanCurrentLayouts = QStringLiteral("cleanCurrentLayouts")
 
 // The data categories, in the order a removal run takes them.
 inline const QStringList categories{
-    QStringLiteral("cookies"),   QStringLiteral("databases"), QStringLiteral("flash"),
-    QStringLiteral("silverlight"), QStringLiteral("cache"),   QStringLiteral("history"),
-    QStringLiteral("favicons"),  QStringLiteral("webpage"),   QStringLiteral("forms"),
-    QStringLiteral("downloads"), QStringLiteral("websitePrefs"), QStringLiteral("searchEngines")};
+    QStringLiteral("cookies"),     QStringLiteral("databases"),    QStringLiteral("flash"),
+    QStringLiteral("silverlight"), QStringLiteral("cache"),        QStringLiteral("history"),
+    QStringLiteral("favicons"),    QStringLiteral("webpage"),      QStringLiteral("forms"),
+    QStringLiteral("downloads"),   QStringLiteral("websitePrefs"), QStringLiteral("searchEngines")};
 
 // "Safari:cookies": the entry of the "settings" dictionary for one browser and category.
 inline QString settingsKey(const QString& browser, const QString& category)

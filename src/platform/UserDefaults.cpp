@@ -173,7 +173,8 @@ void UserDefaults::change(const QString& key, const std::optional<QVariant>& val
         std::optional<QVariantMap> stored = m_backend->read();
         if (!stored) {
             const QString keptAs = m_backend->quarantine();
-            m_log.log(QStringLiteral("The settings file had become unreadable; it was kept as \"%1\".").arg(keptAs));
+            m_log.log(QStringLiteral("The settings file had become unreadable; it was kept as \"%1\".")
+                          .arg(keptAs));
         }
         QVariantMap domain = stored.value_or(m_persistent);
         if (value)

@@ -24,7 +24,8 @@ QString applicationName()
 class AccessScope
 {
 public:
-    AccessScope(SecurityScopedBookmarks& bookmarks, const QString& path) : m_bookmarks(bookmarks), m_path(path)
+    AccessScope(SecurityScopedBookmarks& bookmarks, const QString& path)
+        : m_bookmarks(bookmarks), m_path(path)
     {
         m_bookmarks.startAccessing(m_path);
     }
@@ -40,14 +41,13 @@ private:
 } // namespace
 
 AppSandboxFileAccess::AppSandboxFileAccess(const FileAccessServices& services)
-    : m_services(services),
-      m_title(QCoreApplication::translate("AppSandboxFileAccess", "Allow Access")),
-      m_message(QCoreApplication::translate("AppSandboxFileAccess",
-                                            "%1 needs to access this path to continue. Click Allow to continue.")
-                    .arg(applicationName())),
+    : m_services(services), m_title(QCoreApplication::translate("AppSandboxFileAccess", "Allow Access")),
+      m_message(
+          QCoreApplication::translate("AppSandboxFileAccess",
+                                      "%1 needs to access this path to continue. Click Allow to continue.")
+              .arg(applicationName())),
       m_prompt(QCoreApplication::translate("AppSandboxFileAccess", "Allow"))
-{
-}
+{}
 
 std::optional<QByteArray> AppSandboxFileAccess::persistPermissionPath(const QString& path)
 {
@@ -74,11 +74,11 @@ bool AppSandboxFileAccess::accessFileURL(const QUrl& fileURL, bool persistPermis
 {
     assertParameter(!fileURL.isEmpty(), "fileURL", kSource);
     assertParameter(bool(block), "block", kSource);
-    return requestAccessPermissionsForFileURL(fileURL, persistPermission,
-                                              [&](const QUrl& permitted, const std::optional<QByteArray>&) {
-                                                  AccessScope scope(m_services.bookmarks, FileUrl::path(permitted));
-                                                  block();
-                                              });
+    return requestAccessPermissionsForFileURL(
+        fileURL, persistPermission, [&](const QUrl& permitted, const std::optional<QByteArray>&) {
+            AccessScope scope(m_services.bookmarks, FileUrl::path(permitted));
+            block();
+        });
 }
 
 bool AppSandboxFileAccess::accessFileURLandKeepAlive(const QUrl& fileURL, bool persistPermission,
@@ -86,14 +86,15 @@ bool AppSandboxFileAccess::accessFileURLandKeepAlive(const QUrl& fileURL, bool p
 {
     assertParameter(!fileURL.isEmpty(), "fileURL", kSource);
     assertParameter(bool(block), "block", kSource);
-    return requestAccessPermissionsForFileURL(fileURL, persistPermission,
-                                              [&](const QUrl& permitted, const std::optional<QByteArray>&) {
-                                                  m_services.bookmarks.startAccessing(FileUrl::path(permitted));
-                                                  block();
-                                              });
+    return requestAccessPermissionsForFileURL(
+        fileURL, persistPermission, [&](const QUrl& permitted, const std::optional<QByteArray>&) {
+            m_services.bookmarks.startAccessing(FileUrl::path(permitted));
+            block();
+        });
 }
 
-void AppSandboxFileAccess::removeAccessFileURL(const QUrl& fileURL, bool persistPermission, const Block& block)
+void AppSandboxFileAccess::removeAccessFileURL(const QUrl& fileURL, bool persistPermission,
+                                               const Block& block)
 {
     assertParameter(!fileURL.isEmpty(), "fileURL", kSource);
     assertParameter(bool(block), "block", kSource);
@@ -104,7 +105,8 @@ void AppSandboxFileAccess::removeAccessFileURL(const QUrl& fileURL, bool persist
                                        });
 }
 
-bool AppSandboxFileAccess::requestAccessPermissionsForFilePath(const QString& filePath, bool persistPermission,
+bool AppSandboxFileAccess::requestAccessPermissionsForFilePath(const QString& filePath,
+                                                               bool persistPermission,
                                                                const PermittedBlock& block)
 {
     assertParameter(!filePath.isEmpty(), "filePath", kSource);

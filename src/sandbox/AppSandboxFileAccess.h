@@ -25,10 +25,14 @@ class AppSandboxFileAccess
 {
 public:
     using Block = std::function<void()>;
-    using PermittedBlock = std::function<void(const QUrl& permittedURL, const std::optional<QByteArray>& bookmark)>;
+    using PermittedBlock =
+        std::function<void(const QUrl& permittedURL, const std::optional<QByteArray>& bookmark)>;
 
     explicit AppSandboxFileAccess(const FileAccessServices& services);
-    static AppSandboxFileAccess fileAccess(const FileAccessServices& services) { return AppSandboxFileAccess(services); }
+    static AppSandboxFileAccess fileAccess(const FileAccessServices& services)
+    {
+        return AppSandboxFileAccess(services);
+    }
 
     QString title() const { return m_title; }
     void setTitle(const QString& title) { m_title = title; }

@@ -23,7 +23,8 @@ unsigned char entryType(int dirFd, const dirent* entry)
 {
     if (entry->d_type != DT_UNKNOWN)
         return entry->d_type;
-    struct stat st {};
+    struct stat st
+    {};
     if (::fstatat(dirFd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
         return DT_UNKNOWN;
     if (S_ISDIR(st.st_mode))
@@ -93,7 +94,8 @@ namespace FileTree {
 bool removeItem(const QString& path, const FileGate& gate)
 {
     const QByteArray native = QFile::encodeName(path);
-    struct stat st {};
+    struct stat st
+    {};
     if (::lstat(native.constData(), &st) != 0)
         return true;
     if (!S_ISDIR(st.st_mode)) {

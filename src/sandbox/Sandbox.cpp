@@ -1,8 +1,8 @@
 #include "sandbox/Sandbox.h"
 
-#include "platform/SettingsKeys.h"
 #include "platform/PathLayout.h"
 #include "platform/PropertyList.h"
+#include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 #include "sandbox/SecureDelete.h"
@@ -37,7 +37,8 @@ bool hasDotComponent(const QString& path)
 
 std::optional<struct stat> lstatOf(const QString& path)
 {
-    struct stat st {};
+    struct stat st
+    {};
     if (::lstat(QFile::encodeName(path).constData(), &st) != 0)
         return std::nullopt;
     return st;
@@ -45,7 +46,8 @@ std::optional<struct stat> lstatOf(const QString& path)
 
 bool existsFollowingLinks(const QString& path)
 {
-    struct stat st {};
+    struct stat st
+    {};
     return ::stat(QFile::encodeName(path).constData(), &st) == 0;
 }
 
@@ -86,17 +88,20 @@ std::optional<QString> Sandbox::childPath(const QString& base, const QString& co
 {
     if (component.isEmpty() || component == QLatin1String(".") || component == QLatin1String("..") ||
         component.contains(QLatin1Char('/')) || component.contains(QChar(0))) {
-        m_services.log.log(QStringLiteral("Corvella skipped the unsafe name \"%1\" below %2").arg(component, base));
+        m_services.log.log(
+            QStringLiteral("Corvella skipped the unsafe name \"%1\" below %2").arg(component, base));
         return std::nullopt;
     }
-    return base.endsWith(QLatin1Char('/')) ? QString(base + component) : QString(base + QLatin1Char('/') + component);
+    return base.endsWith(QLatin1Char('/')) ? QString(base + component)
+                                           : QString(base + QLatin1Char('/') + component);
 }
 
 bool Sandbox::insideHome(const QString& nativePath) const
 {
     const QString home = QFileInfo(checkForUserDirectory(QStringLiteral("~"))).canonicalFilePath();
     // "~/" names the home folder itself, whose parent is outside.
-    const QString parent = QFileInfo(QFileInfo(QDir::cleanPath(nativePath)).absolutePath()).canonicalFilePath();
+    const QString parent =
+        QFileInfo(QFileInfo(QDir::cleanPath(nativePath)).absolutePath()).canonicalFilePath();
     if (home.isEmpty() || parent.isEmpty())
         return false;
     return parent == home || parent.startsWith(home + QLatin1Char('/'));
@@ -105,15 +110,17 @@ bool Sandbox::insideHome(const QString& nativePath) const
 bool Sandbox::envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                        const QString& denial)
 {
-    AppSandboxFileAccess access = AppSandboxFileAccess::fileAccess(
-        {m_services.defaults, m_services.bookmarks, m_services.panel});
+    AppSandboxFileAccess access =
+        AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel});
     const QString expanded = checkForUserDirectory(path);
     if (hasDotComponent(expanded)) {
-        m_services.log.log(QStringLiteral("Corvella skipped %1: a path with \".\" or \"..\" in it").arg(expanded));
+        m_services.log.log(
+            QStringLiteral("Corvella skipped %1: a path with \".\" or \"..\" in it").arg(expanded));
         return false;
     }
     const QString home = checkForUserDirectory(QStringLiteral("~"));
-    const QString layout = m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
+    const QString layout =
+        m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
     const std::optional<QString> native = PathLayout::nativePath(layout, home, expanded);
     if (!native)
         return false; // no counterpart on this system: nothing to find, nothing to do
@@ -121,12 +128,14 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
     if (effect != Effect::Reads) {
         // A link is removed as a link wherever it points; what is written through a link must
         // land in the home folder too.
-        const bool outside = !insideHome(*native) ||
-                             (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
-                              !insideHome(QFileInfo(*native).canonicalFilePath()));
+        const bool outside =
+            !insideHome(*native) || (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
+                                     !insideHome(QFileInfo(*native).canonicalFilePath()));
         if (outside) {
             if (QFileInfo(QFileInfo(*native).absolutePath()).exists())
-                m_services.log.log(QStringLiteral("Corvella refused to change %1: it lies outside the home folder").arg(*native));
+                m_services.log.log(
+                    QStringLiteral("Corvella refused to change %1: it lies outside the home folder")
+                        .arg(*native));
             return false;
         }
     }
@@ -148,8 +157,8 @@ bool Sandbox::enableAccess()
     const QString home = checkForUserDirectory(QStringLiteral("~"));
     if (home.isEmpty())
         return false;
-    AppSandboxFileAccess access = AppSandboxFileAccess::fileAccess(
-        {m_services.defaults, m_services.bookmarks, m_services.panel});
+    AppSandboxFileAccess access =
+        AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel});
     access.persistPermissionPath(home);
     const bool granted = access.accessFilePath(home, true, [] {});
     if (!granted)
@@ -260,7 +269,8 @@ bool Sandbox::fileExists(const QString& path)
     if (path.isEmpty())
         return exists;
     envelope(
-        path, Effect::Reads, [&](const QString& native) { exists = existsFollowingLinks(native); }, kSandboxDenial);
+        path, Effect::Reads, [&](const QString& native) { exists = existsFollowingLinks(native); },
+        kSandboxDenial);
     return exists;
 }
 
@@ -271,7 +281,8 @@ bool Sandbox::fileIsDirectory(const QString& path)
     if (path.isNull() || path.isEmpty())
         return directory;
     envelope(
-        path, Effect::Reads, [&](const QString& native) { directory = QFileInfo(native).isDir(); }, kSandboxDenial);
+        path, Effect::Reads, [&](const QString& native) { directory = QFileInfo(native).isDir(); },
+        kSandboxDenial);
     return directory;
 }
 
@@ -295,13 +306,14 @@ QVariantMap Sandbox::fileAttributes(const QString& path)
             attributes.insert(QStringLiteral("NSFileSystemNumber"), qint64(st->st_dev));
             attributes.insert(QStringLiteral("NSFileSystemFileNumber"), qint64(st->st_ino));
             attributes.insert(QStringLiteral("NSFileModificationDate"), fromTimespec(st->st_mtim));
-            attributes.insert(QStringLiteral("NSFileCreationDate"), QFileInfo(native).birthTime().isValid()
-                                                                        ? QFileInfo(native).birthTime().toUTC()
-                                                                        : fromTimespec(st->st_ctim));
+            attributes.insert(QStringLiteral("NSFileCreationDate"),
+                              QFileInfo(native).birthTime().isValid() ? QFileInfo(native).birthTime().toUTC()
+                                                                      : fromTimespec(st->st_ctim));
             if (const passwd* pw = ::getpwuid(st->st_uid))
                 attributes.insert(QStringLiteral("NSFileOwnerAccountName"), QString::fromUtf8(pw->pw_name));
             if (const group* gr = ::getgrgid(st->st_gid))
-                attributes.insert(QStringLiteral("NSFileGroupOwnerAccountName"), QString::fromUtf8(gr->gr_name));
+                attributes.insert(QStringLiteral("NSFileGroupOwnerAccountName"),
+                                  QString::fromUtf8(gr->gr_name));
         },
         kSandboxDenial);
     return attributes;

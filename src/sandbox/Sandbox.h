@@ -59,7 +59,12 @@ public:
 
 private:
     // What the action does to its target: removing a link never touches what it points to.
-    enum class Effect { Reads, Removes, Writes };
+    enum class Effect
+    {
+        Reads,
+        Removes,
+        Writes
+    };
     // Runs the action with the native path inside the grant of the home folder; false when it did not run.
     bool envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                   const QString& denial);

@@ -12,7 +12,8 @@ namespace {
 
 bool exists(const QByteArray& path)
 {
-    struct stat st {};
+    struct stat st
+    {};
     return ::stat(path.constData(), &st) == 0;
 }
 
@@ -45,7 +46,8 @@ bool wipe(const QString& path, int phase)
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return false;
-    struct stat st {};
+    struct stat st
+    {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
         return false;
@@ -72,7 +74,8 @@ bool wipe(const QString& path)
     const QByteArray native = QFile::encodeName(path);
     if (!exists(native))
         return true;
-    struct stat st {};
+    struct stat st
+    {};
     if (::stat(native.constData(), &st) == 0 && S_ISDIR(st.st_mode))
         return true; // a folder's files are removed plainly by the caller
     return allPasses(path);

@@ -12,8 +12,7 @@
 namespace {
 
 // Calls a SQLite function, retrying a busy answer by the wrapper's rule.
-template <class Call>
-int withBusyRetry(qint64 busyRetryTimeout, Call call)
+template <class Call> int withBusyRetry(qint64 busyRetryTimeout, Call call)
 {
     qint64 retry = 0;
     for (;;) {
@@ -136,7 +135,8 @@ void Sqlite::bindObject(const QVariant& object, int toColumn, sqlite3_stmt* inSt
     case QMetaType::QByteArray: {
         // The caller's bytes outlive the statement, so SQLite need not copy them.
         const QByteArray* bytes = static_cast<const QByteArray*>(object.constData());
-        sqlite3_bind_blob(inStatament, toColumn, bytes->constData(), static_cast<int>(bytes->size()), SQLITE_STATIC);
+        sqlite3_bind_blob(inStatament, toColumn, bytes->constData(), static_cast<int>(bytes->size()),
+                          SQLITE_STATIC);
         return;
     }
     case QMetaType::QDateTime:
@@ -158,13 +158,14 @@ void Sqlite::bindObject(const QVariant& object, int toColumn, sqlite3_stmt* inSt
         return;
     case QMetaType::QString: {
         const QByteArray text = object.toString().toUtf8();
-        sqlite3_bind_text(inStatament, toColumn, text.constData(), static_cast<int>(std::strlen(text.constData())),
-                          SQLITE_TRANSIENT);
+        sqlite3_bind_text(inStatament, toColumn, text.constData(),
+                          static_cast<int>(std::strlen(text.constData())), SQLITE_TRANSIENT);
         return;
     }
     default: {
         const QByteArray text = object.toString().toUtf8();
-        sqlite3_bind_text(inStatament, toColumn, text.constData(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+        sqlite3_bind_text(inStatament, toColumn, text.constData(), static_cast<int>(text.size()),
+                          SQLITE_TRANSIENT);
         return;
     }
     }

@@ -1,7 +1,8 @@
 #include "support/TestDefaults.h"
 
 namespace {
-std::unique_ptr<MemoryDefaultsBackend> makeBackend(std::optional<QVariantMap> stored, MemoryDefaultsBackend*& raw)
+std::unique_ptr<MemoryDefaultsBackend> makeBackend(std::optional<QVariantMap> stored,
+                                                   MemoryDefaultsBackend*& raw)
 {
     auto backend = std::make_unique<MemoryDefaultsBackend>(std::move(stored));
     raw = backend.get();
@@ -11,5 +12,4 @@ std::unique_ptr<MemoryDefaultsBackend> makeBackend(std::optional<QVariantMap> st
 
 TestDefaults::TestDefaults(std::optional<QVariantMap> stored)
     : backend(nullptr), defaults(makeBackend(std::move(stored), backend), log)
-{
-}
+{}

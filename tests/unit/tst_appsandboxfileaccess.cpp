@@ -30,7 +30,10 @@ private slots:
     void missingArgumentsAreProgrammingErrors();
 
 private:
-    AppSandboxFileAccess access() { return AppSandboxFileAccess::fileAccess({m_t->defaults, m_bookmarks, m_panel}); }
+    AppSandboxFileAccess access()
+    {
+        return AppSandboxFileAccess::fileAccess({m_t->defaults, m_bookmarks, m_panel});
+    }
     QString home() const { return m_home->path(); }
     QUrl folderUrl(const QString& path) const { return QUrl::fromLocalFile(path + QLatin1Char('/')); }
     // Runs a request for the path and says which URL the action was given (empty when it did not run).
@@ -63,7 +66,8 @@ void TestAppSandboxFileAccess::recordKeysAreFileUrls()
     QVERIFY(QDir(home()).mkpath(QStringLiteral("Application Support")));
     const QString folder = home() + QStringLiteral("/Application Support");
     QVERIFY(access().persistPermissionPath(folder));
-    QVERIFY(m_t->defaults.dataForKey(QStringLiteral("bd_file://") + home() + QStringLiteral("/Application%20Support/")));
+    QVERIFY(m_t->defaults.dataForKey(QStringLiteral("bd_file://") + home() +
+                                     QStringLiteral("/Application%20Support/")));
     // Nothing exists: nothing to prove, nothing stored.
     QVERIFY(!access().persistPermissionPath(home() + QStringLiteral("/missing")));
 }
@@ -72,7 +76,8 @@ void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
 {
     QVERIFY(access().persistPermissionPath(home()));
     bool granted = false;
-    QCOMPARE(request(home() + QStringLiteral("/Library/Cookies/Cookies.binarycookies"), &granted), folderUrl(home()));
+    QCOMPARE(request(home() + QStringLiteral("/Library/Cookies/Cookies.binarycookies"), &granted),
+             folderUrl(home()));
     QVERIFY(granted);
     QVERIFY(m_panel.requests.isEmpty());
 }
@@ -83,16 +88,20 @@ void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()
     AppSandboxFileAccessPersist persist(m_t->defaults);
     persist.setBookmarkData("home", folderUrl(home()));
     persist.setBookmarkData("a", folderUrl(home() + QStringLiteral("/a")));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b/c"))), QByteArray("a"));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/x"))), QByteArray("home"));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b/c"))),
+             QByteArray("a"));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/x"))),
+             QByteArray("home"));
     persist.clearBookmarkDataForURL(folderUrl(home() + QStringLiteral("/a")));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b"))), QByteArray("home"));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b"))),
+             QByteArray("home"));
 }
 
 void TestAppSandboxFileAccess::theRootFolderIsNeverLookedUp()
 {
     AppSandboxFileAccessPersist persist(m_t->defaults);
-    persist.setBookmarkData(*m_bookmarks.create(QStringLiteral("/")), QUrl::fromLocalFile(QStringLiteral("/")));
+    persist.setBookmarkData(*m_bookmarks.create(QStringLiteral("/")),
+                            QUrl::fromLocalFile(QStringLiteral("/")));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(QStringLiteral("/"))));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(home())));
     request(QStringLiteral("/"));
@@ -107,11 +116,13 @@ void TestAppSandboxFileAccess::aGrantFromThePanelIsRemembered()
     const OpenPanelRequest& shown = m_panel.requests.first();
     QCOMPARE(shown.title, QStringLiteral("Allow Access"));
     QCOMPARE(shown.prompt, QStringLiteral("Allow"));
-    QVERIFY(shown.message.endsWith(QStringLiteral(" needs to access this path to continue. Click Allow to continue.")));
+    QVERIFY(shown.message.endsWith(
+        QStringLiteral(" needs to access this path to continue. Click Allow to continue.")));
     QVERIFY(!shown.canCreateDirectories && shown.canChooseFiles && shown.canChooseDirectories);
     QVERIFY(!shown.allowsMultipleSelection && !shown.showsHiddenFiles);
 
-    QVERIFY(m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(home()))));
+    QVERIFY(
+        m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(home()))));
     bool granted = false;
     request(home() + QStringLiteral("/.mozilla/firefox"), &granted);
     QVERIFY(granted);
@@ -158,8 +169,10 @@ void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors()
 {
     QFETCH(QString, item);
     QFETCH(bool, enabled);
-    const AppSandboxFileAccessOpenSavePanelDelegate delegate(QUrl::fromLocalFile(QStringLiteral("/home/ann/Library/")));
-    QCOMPARE(delegate.pathComponents(), QStringList({QStringLiteral("/"), QStringLiteral("home"), QStringLiteral("ann"), QStringLiteral("Library")}));
+    const AppSandboxFileAccessOpenSavePanelDelegate delegate(
+        QUrl::fromLocalFile(QStringLiteral("/home/ann/Library/")));
+    QCOMPARE(delegate.pathComponents(), QStringList({QStringLiteral("/"), QStringLiteral("home"),
+                                                     QStringLiteral("ann"), QStringLiteral("Library")}));
     QCOMPARE(delegate.panelShouldEnableURL(QUrl::fromLocalFile(item)), enabled);
 }
 
@@ -176,7 +189,8 @@ void TestAppSandboxFileAccess::aStaleRecordIsReplaced()
 
     QCOMPARE(request(folder + QStringLiteral("/cookies.sqlite")), folderUrl(folder));
     QVERIFY(m_panel.requests.isEmpty());
-    const auto fresh = m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(folder)));
+    const auto fresh =
+        m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(folder)));
     QVERIFY(fresh);
     QVERIFY(*fresh != old);
     QVERIFY(!m_bookmarks.resolve(*fresh).stale);
@@ -197,7 +211,8 @@ void TestAppSandboxFileAccess::thePanelRunsOnTheMainThreadForAWorker()
 {
     m_panel.answer(home());
     bool granted = false;
-    std::unique_ptr<QThread> worker(QThread::create([&] { granted = access().accessFilePath(home(), true, [] {}); }));
+    std::unique_ptr<QThread> worker(
+        QThread::create([&] { granted = access().accessFilePath(home(), true, [] {}); }));
     worker->start();
     QTRY_VERIFY_WITH_TIMEOUT(worker->isFinished(), 10000);
     QVERIFY(granted);
@@ -214,12 +229,18 @@ void TestAppSandboxFileAccess::missingArgumentsAreProgrammingErrors()
         }
         return {};
     };
-    QCOMPARE(message([&] { access().accessFilePath(QString(), true, [] {}); }), QStringLiteral("Invalid parameter not satisfying: path"));
-    QCOMPARE(message([&] { access().accessFileURL(QUrl(), true, [] {}); }), QStringLiteral("Invalid parameter not satisfying: fileURL"));
-    QCOMPARE(message([&] { access().accessFileURL(QUrl::fromLocalFile(home()), true, {}); }), QStringLiteral("Invalid parameter not satisfying: block"));
-    QCOMPARE(message([&] { access().requestAccessPermissionsForFilePath(QString(), true, {}); }), QStringLiteral("Invalid parameter not satisfying: filePath"));
-    QCOMPARE(message([&] { access().askPermissionForURL(QUrl()); }), QStringLiteral("Invalid parameter not satisfying: url"));
-    QCOMPARE(message([&] { AppSandboxFileAccessOpenSavePanelDelegate delegate{QUrl()}; }), QStringLiteral("Invalid parameter not satisfying: fileURL"));
+    QCOMPARE(message([&] { access().accessFilePath(QString(), true, [] {}); }),
+             QStringLiteral("Invalid parameter not satisfying: path"));
+    QCOMPARE(message([&] { access().accessFileURL(QUrl(), true, [] {}); }),
+             QStringLiteral("Invalid parameter not satisfying: fileURL"));
+    QCOMPARE(message([&] { access().accessFileURL(QUrl::fromLocalFile(home()), true, {}); }),
+             QStringLiteral("Invalid parameter not satisfying: block"));
+    QCOMPARE(message([&] { access().requestAccessPermissionsForFilePath(QString(), true, {}); }),
+             QStringLiteral("Invalid parameter not satisfying: filePath"));
+    QCOMPARE(message([&] { access().askPermissionForURL(QUrl()); }),
+             QStringLiteral("Invalid parameter not satisfying: url"));
+    QCOMPARE(message([&] { AppSandboxFileAccessOpenSavePanelDelegate delegate{QUrl()}; }),
+             QStringLiteral("Invalid parameter not satisfying: fileURL"));
 }
 
 QTEST_GUILESS_MAIN(TestAppSandboxFileAccess)

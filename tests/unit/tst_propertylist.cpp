@@ -12,7 +12,6 @@ private slots:
     void readsWhatItWrites();
     void rejectsWhatIsNotAPropertyList_data();
     void rejectsWhatIsNotAPropertyList();
-    void refusesValuesAPropertyListCannotHold();
 };
 
 namespace {
@@ -60,13 +59,6 @@ void TestPropertyList::rejectsWhatIsNotAPropertyList()
     QFETCH(QByteArray, bytes);
     const auto value = PropertyList::parse(bytes);
     QVERIFY(!value || value->typeId() != QMetaType::QVariantMap);
-}
-
-void TestPropertyList::refusesValuesAPropertyListCannotHold()
-{
-    QVERIFY(!PropertyList::toXml(QVariant(QPointF(1, 2))));
-    QVERIFY(!PropertyList::normalized(QVariantMap{{QStringLiteral("k"), QVariantList{QVariant()}}}));
-    QCOMPARE(PropertyList::normalized(QVariant(7))->typeId(), QMetaType::LongLong);
 }
 
 QTEST_GUILESS_MAIN(TestPropertyList)

@@ -150,7 +150,8 @@ void TestSandbox::removingADatabaseTakesItsCompanions()
     for (const char* name : {"Cookies", "Cookies-journal", "Cookies-wal", "Cookies-shm", "Cookies-backup"})
         home.file(QStringLiteral("Default/") + QLatin1String(name));
     home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
-    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files), QStringList{QStringLiteral("Cookies-backup")});
+    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files),
+             QStringList{QStringLiteral("Cookies-backup")});
 }
 
 void TestSandbox::linksOutOfTheHomeAreRemovedNeverFollowed()
@@ -273,20 +274,23 @@ void TestSandbox::listingsAndReads()
     home.folder(QStringLiteral("Profiles/b.dev"));
     QStringList names = home.sandbox.folderContentsOf(QStringLiteral("~/Profiles"));
     names.sort();
-    QCOMPARE(names, (QStringList{QStringLiteral(".hidden"), QStringLiteral("a.default"), QStringLiteral("b.dev")}));
+    QCOMPARE(names,
+             (QStringList{QStringLiteral(".hidden"), QStringLiteral("a.default"), QStringLiteral("b.dev")}));
     QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/Profiles/.hidden")).isEmpty());
     QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/missing")).isEmpty());
     QVERIFY(home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/b.dev")));
     QVERIFY(!home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/.hidden")));
 
-    const QVariantMap attributes = home.sandbox.fileAttributes(QStringLiteral("~/Profiles/a.default/prefs.js"));
+    const QVariantMap attributes =
+        home.sandbox.fileAttributes(QStringLiteral("~/Profiles/a.default/prefs.js"));
     QCOMPARE(attributes.value(QStringLiteral("NSFileType")), QVariant(QStringLiteral("NSFileTypeRegular")));
     QCOMPARE(attributes.value(QStringLiteral("NSFileSize")).toLongLong(), 4);
     QVERIFY(attributes.value(QStringLiteral("NSFileModificationDate")).toDateTime().isValid());
 
     const QVariantMap dict{{QStringLiteral("LastSession"), QVariantList{QStringLiteral("x")}}};
     PlistFixtures::writeFile(home.path(QStringLiteral("binary.plist")), PlistFixtures::binary(dict));
-    PlistFixtures::writeFile(home.path(QStringLiteral("array.plist")), PlistFixtures::binary(QVariantList{1, 2}));
+    PlistFixtures::writeFile(home.path(QStringLiteral("array.plist")),
+                             PlistFixtures::binary(QVariantList{1, 2}));
     PlistFixtures::writeFile(home.path(QStringLiteral("broken.plist")), "<plist><dict>");
     QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/binary.plist")), dict);
     QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/array.plist")).isEmpty());
@@ -297,32 +301,45 @@ void TestSandbox::writeIsAtomicAndKeepsPermissions()
 {
     TestHome home;
     const QString prefs = home.file(QStringLiteral("Default/Preferences"), "{}");
-    QVERIFY(QFile::setPermissions(prefs, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
-    const QVariantMap dict{{QStringLiteral("TopSites"), QVariantList{QStringLiteral("https://example.org/")}}};
+    QVERIFY(QFile::setPermissions(prefs,
+                                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
+    const QVariantMap dict{
+        {QStringLiteral("TopSites"), QVariantList{QStringLiteral("https://example.org/")}}};
     home.sandbox.write(dict, QStringLiteral("~/Default/Preferences"));
     QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/Default/Preferences")), dict);
-    QCOMPARE(QFile::permissions(prefs), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup |
-                                            QFileDevice::ReadUser | QFileDevice::WriteUser);
+    QCOMPARE(QFile::permissions(prefs), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                            QFileDevice::ReadGroup | QFileDevice::ReadUser |
+                                            QFileDevice::WriteUser);
     home.sandbox.write(QByteArray("{\"a\":1}"), QStringLiteral("~/Default/Preferences"));
     QCOMPARE(home.read(QStringLiteral("Default/Preferences")), QByteArray("{\"a\":1}"));
     // No temporary file is left beside it.
-    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("Preferences")});
+    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("Preferences")});
 }
 
 void TestSandbox::linuxLayoutMapsReferencePaths_data()
 {
     QTest::addColumn<QString>("reference");
     QTest::addColumn<QString>("native"); // empty: no counterpart
-    QTest::newRow("Chrome") << "Library/Application Support/Google/Chrome/Default/Cookies" << ".config/google-chrome/Default/Cookies";
-    QTest::newRow("Chromium cache") << "Library/Caches/Chromium/Default/Cache" << ".cache/chromium/Default/Cache";
-    QTest::newRow("Opera root") << "Library/Application Support/com.operasoftware.Opera" << ".config/opera";
-    QTest::newRow("Firefox, second candidate exists") << "Library/Application Support/Firefox/Profiles/x.default/places.sqlite"
-                                                      << ".config/mozilla/firefox/x.default/places.sqlite";
-    QTest::newRow("Flash") << "Library/Preferences/Macromedia/Flash Player/#SharedObjects" << ".macromedia/Flash_Player/#SharedObjects";
-    QTest::newRow("scripts") << "Library/Application Scripts/com.tovanex.Corvella6/clearCookies.sh" << ".local/share/corvella/scripts/clearCookies.sh";
-    QTest::newRow("whole components only") << "Library/Application Support/Chromium2/x" << "";
-    QTest::newRow("Safari") << "Library/Safari/History.db" << "";
-    QTest::newRow("outside Library") << ".config/chromium/Local State" << ".config/chromium/Local State";
+    QTest::newRow("Chrome") << "Library/Application Support/Google/Chrome/Default/Cookies"
+                            << ".config/google-chrome/Default/Cookies";
+    QTest::newRow("Chromium cache") << "Library/Caches/Chromium/Default/Cache"
+                                    << ".cache/chromium/Default/Cache";
+    QTest::newRow("Opera root") << "Library/Application Support/com.operasoftware.Opera"
+                                << ".config/opera";
+    QTest::newRow("Firefox, second candidate exists")
+        << "Library/Application Support/Firefox/Profiles/x.default/places.sqlite"
+        << ".config/mozilla/firefox/x.default/places.sqlite";
+    QTest::newRow("Flash") << "Library/Preferences/Macromedia/Flash Player/#SharedObjects"
+                           << ".macromedia/Flash_Player/#SharedObjects";
+    QTest::newRow("scripts") << "Library/Application Scripts/com.tovanex.Corvella6/clearCookies.sh"
+                             << ".local/share/corvella/scripts/clearCookies.sh";
+    QTest::newRow("whole components only") << "Library/Application Support/Chromium2/x"
+                                           << "";
+    QTest::newRow("Safari") << "Library/Safari/History.db"
+                            << "";
+    QTest::newRow("outside Library") << ".config/chromium/Local State"
+                                     << ".config/chromium/Local State";
 }
 
 void TestSandbox::linuxLayoutMapsReferencePaths()
@@ -334,7 +351,8 @@ void TestSandbox::linuxLayoutMapsReferencePaths()
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     const auto mapped = PathLayout::nativePath(PathLayout::linux_, home.path(), home.path(reference));
     QCOMPARE(mapped.value_or(QString()), native.isEmpty() ? QString() : home.path(native));
-    QCOMPARE(PathLayout::nativePath(PathLayout::macOS, home.path(), home.path(reference)), home.path(reference));
+    QCOMPARE(PathLayout::nativePath(PathLayout::macOS, home.path(), home.path(reference)),
+             home.path(reference));
 
     // The file layer acts on the native path, and on nothing when there is none.
     home.file(reference);

@@ -92,7 +92,8 @@ void TestSecureDelete::anUnknownPassWritesNothing()
 
 void TestSecureDelete::aFileThatCannotBeOpenedForWritingFails()
 {
-    QVERIFY(QFile::setPermissions(m_file, QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther));
+    QVERIFY(QFile::setPermissions(m_file,
+                                  QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther));
     QVERIFY(QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(0x7777)));
     const QString file = m_file;
     QVERIFY(asUnprivilegedUser([file] { return !SecureDelete::wipe(file); }));

@@ -1,6 +1,6 @@
 #include "core/AppDelegate.h"
-#include "platform/SettingsKeys.h"
 #include "platform/RealHomeDirectory.h"
+#include "platform/SettingsKeys.h"
 #include "support/PlistFixtures.h"
 #include "support/TestDefaults.h"
 
@@ -17,7 +17,6 @@ class TestSettings : public QObject
 private slots:
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
     void aMissingDefaultsResourceRegistersNothing();
-    void theShippedSelectionKeepsSignInsAndHistory();
     void homeExpansion_data();
     void homeExpansion();
     void theMirrorHoldsOnlySelectedEntries_data();
@@ -35,7 +34,8 @@ void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
     qputenv("HOME", "/nonexistent/not-the-home");
     TestDefaults t;
     AppDelegate::initialize(t.defaults);
-    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), QString::fromUtf8(getpwuid(getuid())->pw_dir));
+    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder),
+             QString::fromUtf8(getpwuid(getuid())->pw_dir));
     QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), RealHomeDirectory());
     // Written to the store, not only registered.
     QVERIFY(t.backend->read()->contains(SettingsKeys::userFolder));
@@ -62,34 +62,24 @@ void TestSettings::aMissingDefaultsResourceRegistersNothing()
     }
 }
 
-void TestSettings::theShippedSelectionKeepsSignInsAndHistory()
-{
-    TestDefaults t;
-    AppDelegate::initialize(t.defaults);
-    const QVariantMap selection = t.defaults.dictionaryForKey(SettingsKeys::settings);
-    const QStringList browsers{QStringLiteral("Safari"), QStringLiteral("Google Chrome"), QStringLiteral("Chromium"),
-                               QStringLiteral("Opera"), QStringLiteral("Firefox")};
-    const QStringList kept{QStringLiteral("cookies"), QStringLiteral("databases"), QStringLiteral("history"),
-                           QStringLiteral("favicons"), QStringLiteral("websitePrefs"), QStringLiteral("searchEngines")};
-    for (const QString& browser : browsers) {
-        for (const QString& category : SettingsKeys::categories) {
-            const bool selected = SettingsController::isSelected(selection, browser, category);
-            QVERIFY2(selected != kept.contains(category), qPrintable(browser + QLatin1Char(':') + category));
-        }
-    }
-}
-
 void TestSettings::homeExpansion_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("expanded");
-    QTest::newRow("tilde alone") << "~" << "/home/ann";
-    QTest::newRow("tilde slash") << "~/" << "/home/ann/";
-    QTest::newRow("below the home") << "~/Library/Cookies" << "/home/ann/Library/Cookies";
-    QTest::newRow("user name is not looked up") << "~bob/x" << "/home/annbob/x";
-    QTest::newRow("absolute") << "/Applications" << "/Applications";
-    QTest::newRow("tilde later") << "/~x" << "/~x";
-    QTest::newRow("empty") << "" << "";
+    QTest::newRow("tilde alone") << "~"
+                                 << "/home/ann";
+    QTest::newRow("tilde slash") << "~/"
+                                 << "/home/ann/";
+    QTest::newRow("below the home") << "~/Library/Cookies"
+                                    << "/home/ann/Library/Cookies";
+    QTest::newRow("user name is not looked up") << "~bob/x"
+                                                << "/home/annbob/x";
+    QTest::newRow("absolute") << "/Applications"
+                              << "/Applications";
+    QTest::newRow("tilde later") << "/~x"
+                                 << "/~x";
+    QTest::newRow("empty") << ""
+                           << "";
 }
 
 void TestSettings::homeExpansion()
@@ -106,13 +96,16 @@ void TestSettings::theMirrorHoldsOnlySelectedEntries_data()
 {
     QTest::addColumn<QVariantMap>("settings");
     QTest::addColumn<QStringList>("mirrored");
-    QTest::newRow("true and false") << QVariantMap{{QStringLiteral("Safari:cookies"), true}, {QStringLiteral("Safari:cache"), false}}
+    QTest::newRow("true and false") << QVariantMap{{QStringLiteral("Safari:cookies"), true},
+                                                   {QStringLiteral("Safari:cache"), false}}
                                     << QStringList{QStringLiteral("Safari:cookies")};
     QTest::newRow("other kinds are not selections")
-        << QVariantMap{{QStringLiteral("Firefox:history"), 1}, {QStringLiteral("Firefox:cache"), QStringLiteral("true")},
+        << QVariantMap{{QStringLiteral("Firefox:history"), 1},
+                       {QStringLiteral("Firefox:cache"), QStringLiteral("true")},
                        {QStringLiteral("Firefox:forms"), true}}
         << QStringList{QStringLiteral("Firefox:forms")};
-    QTest::newRow("nothing selected") << QVariantMap{{QStringLiteral("Opera:cookies"), false}} << QStringList{};
+    QTest::newRow("nothing selected")
+        << QVariantMap{{QStringLiteral("Opera:cookies"), false}} << QStringList{};
 }
 
 void TestSettings::theMirrorHoldsOnlySelectedEntries()
@@ -138,7 +131,8 @@ void TestSettings::theMirrorIsReplacedNotMerged()
     t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cache"), true}}, SettingsKeys::settings);
     QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Chromium:cache")});
     // Another process (the command-line cleaner, a synced copy) changes the store.
-    t.backend->changeExternally(QVariantMap{{SettingsKeys::settings, QVariantMap{{QStringLiteral("Opera:history"), true}}}});
+    t.backend->changeExternally(
+        QVariantMap{{SettingsKeys::settings, QVariantMap{{QStringLiteral("Opera:history"), true}}}});
     QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Opera:history")});
     app.stopObservingSettings();
     t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);

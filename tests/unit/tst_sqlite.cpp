@@ -26,7 +26,8 @@ private slots:
 private:
     int count(const QString& table)
     {
-        const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT COUNT(*) AS n FROM ") + table, m_db);
+        const auto rows =
+            m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT COUNT(*) AS n FROM ") + table, m_db);
         return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toInt() : -1;
     }
     std::unique_ptr<TestHome> m_home;
@@ -36,18 +37,23 @@ private:
 void TestSqlite::init()
 {
     m_home = std::make_unique<TestHome>();
-    m_db = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Default")) + QStringLiteral("/Cookies");
+    m_db = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Default")) +
+           QStringLiteral("/Cookies");
     Sqlite db;
     QVERIFY(db.open(m_db));
-    QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE cookies (id INTEGER, host TEXT, value BLOB, ratio REAL, note TEXT)")));
-    QVERIFY(db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (42, 'example.org', x'00ff10', 1.5, NULL)")));
-    QVERIFY(db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')")));
+    QVERIFY(db.executeNonQuery(
+        QStringLiteral("CREATE TABLE cookies (id INTEGER, host TEXT, value BLOB, ratio REAL, note TEXT)")));
+    QVERIFY(db.executeNonQuery(
+        QStringLiteral("INSERT INTO cookies VALUES (42, 'example.org', x'00ff10', 1.5, NULL)")));
+    QVERIFY(
+        db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')")));
     QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE empty (id INTEGER)")));
 }
 
 void TestSqlite::rowsCarryValuesByStorageClass()
 {
-    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT * FROM cookies ORDER BY id DESC"), m_db);
+    const auto rows =
+        m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT * FROM cookies ORDER BY id DESC"), m_db);
     QVERIFY(rows);
     QCOMPARE(rows->size(), 2);
     const QVariantMap first = rows->first();
@@ -62,7 +68,8 @@ void TestSqlite::rowsCarryValuesByStorageClass()
 
 void TestSqlite::theLaterOfTwoSameNamedColumnsWins()
 {
-    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT host AS x, id AS x FROM cookies WHERE id = 42"), m_db);
+    const auto rows = m_home->sandbox.returnArrayFromSql(
+        QStringLiteral("SELECT host AS x, id AS x FROM cookies WHERE id = 42"), m_db);
     QCOMPARE(rows->size(), 1);
     QCOMPARE(rows->first(), (QVariantMap{{QStringLiteral("x"), QStringLiteral("42")}}));
 }
@@ -74,7 +81,8 @@ void TestSqlite::argumentsBindByKind()
     QVERIFY(db.open(m_db));
     const QDateTime when = QDateTime::fromSecsSinceEpoch(1000, Qt::UTC);
     const auto rows = db.executeQuery(
-        QStringLiteral("SELECT typeof(?1) AS a, typeof(?2) AS b, ?3 AS c, ?4 AS d, ?5 AS e, ?6 AS f, ?7 AS g"),
+        QStringLiteral(
+            "SELECT typeof(?1) AS a, typeof(?2) AS b, ?3 AS c, ?4 AS d, ?5 AS e, ?6 AS f, ?7 AS g"),
         {QVariant(), QByteArray("\x01\x02", 2), true, qint64(1) << 40, 0.5, QStringLiteral("text"), when});
     QVERIFY(rows);
     const QVariantMap row = rows->first();
@@ -97,7 +105,8 @@ void TestSqlite::tooFewArgumentsIsAProgrammingError()
 
 void TestSqlite::onlyTheFirstStatementRuns()
 {
-    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies WHERE id = 42; DELETE FROM cookies WHERE id = 2"), m_db);
+    m_home->sandbox.runSql(
+        QStringLiteral("DELETE FROM cookies WHERE id = 42; DELETE FROM cookies WHERE id = 2"), m_db);
     const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT id FROM cookies"), m_db);
     const QList<QVariantMap> expected{QVariantMap{{QStringLiteral("id"), QStringLiteral("2")}}};
     QCOMPARE(*rows, expected);

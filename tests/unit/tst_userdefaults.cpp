@@ -44,11 +44,13 @@ void TestUserDefaults::init()
 void TestUserDefaults::keepsValuesAcrossInstances()
 {
     MemoryLog log;
-    const QVariantMap settings{{QStringLiteral("Firefox:cookies"), true}, {QStringLiteral("Firefox:cache"), false}};
+    const QVariantMap settings{{QStringLiteral("Firefox:cookies"), true},
+                               {QStringLiteral("Firefox:cache"), false}};
     {
         auto defaults = open(log);
         defaults->setBool(true, QStringLiteral("isRunning"));
-        defaults->setObject(QVariantList{QStringLiteral("org.mozilla.firefox")}, QStringLiteral("enabledBrowsers"));
+        defaults->setObject(QVariantList{QStringLiteral("org.mozilla.firefox")},
+                            QStringLiteral("enabledBrowsers"));
         defaults->setObject(settings, QStringLiteral("settings"));
         defaults->setObject(QByteArray("\x01\x02"), QStringLiteral("bd_file:///home/ann/"));
         defaults->setBool(true, QStringLiteral("gone"));
@@ -58,11 +60,13 @@ void TestUserDefaults::keepsValuesAcrossInstances()
     QFile file(m_file);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.readAll().contains("<plist version=\"1.0\">"));
-    QCOMPARE(file.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup), QFileDevice::Permissions());
+    QCOMPARE(file.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup),
+             QFileDevice::Permissions());
 
     auto reopened = open(log);
     QVERIFY(reopened->boolForKey(QStringLiteral("isRunning")));
-    QCOMPARE(reopened->arrayForKey(QStringLiteral("enabledBrowsers")), QVariantList{QStringLiteral("org.mozilla.firefox")});
+    QCOMPARE(reopened->arrayForKey(QStringLiteral("enabledBrowsers")),
+             QVariantList{QStringLiteral("org.mozilla.firefox")});
     QCOMPARE(reopened->dictionaryForKey(QStringLiteral("settings")), settings);
     QCOMPARE(reopened->dataForKey(QStringLiteral("bd_file:///home/ann/")), QByteArray("\x01\x02"));
     QVERIFY(!reopened->objectForKey(QStringLiteral("gone")));
@@ -73,7 +77,8 @@ void TestUserDefaults::fallsBackToRegisteredValuesAndAbsentRules()
 {
     TestDefaults t;
     UserDefaults& d = t.defaults;
-    d.registerDefaults({{QStringLiteral("showInMenu"), true}, {QStringLiteral("name"), QStringLiteral("registered")}});
+    d.registerDefaults(
+        {{QStringLiteral("showInMenu"), true}, {QStringLiteral("name"), QStringLiteral("registered")}});
     QVERIFY(d.boolForKey(QStringLiteral("showInMenu")));
     d.setBool(false, QStringLiteral("showInMenu"));
     QVERIFY(!d.boolForKey(QStringLiteral("showInMenu")));
@@ -208,9 +213,11 @@ void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
 {
     TestDefaults t;
     QThread* seenOn = nullptr;
-    connect(&t.defaults, &UserDefaults::valueChanged, this, [&] { seenOn = QThread::currentThread(); },
-            Qt::DirectConnection);
-    std::unique_ptr<QThread> worker(QThread::create([&] { t.defaults.setBool(true, QStringLiteral("isRunning")); }));
+    connect(
+        &t.defaults, &UserDefaults::valueChanged, this, [&] { seenOn = QThread::currentThread(); },
+        Qt::DirectConnection);
+    std::unique_ptr<QThread> worker(
+        QThread::create([&] { t.defaults.setBool(true, QStringLiteral("isRunning")); }));
     worker->start();
     QVERIFY(worker->wait(10000));
     QTRY_VERIFY(seenOn != nullptr);

@@ -2,8 +2,7 @@
 
 MemoryDefaultsBackend::MemoryDefaultsBackend(std::optional<QVariantMap> stored, QObject* parent)
     : UserDefaultsBackend(parent), m_stored(std::move(stored))
-{
-}
+{}
 
 bool MemoryDefaultsBackend::write(const QVariantMap& domain)
 {

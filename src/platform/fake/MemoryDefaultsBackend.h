@@ -8,7 +8,8 @@ class MemoryDefaultsBackend final : public UserDefaultsBackend
 {
     Q_OBJECT
 public:
-    explicit MemoryDefaultsBackend(std::optional<QVariantMap> stored = QVariantMap(), QObject* parent = nullptr);
+    explicit MemoryDefaultsBackend(std::optional<QVariantMap> stored = QVariantMap(),
+                                   QObject* parent = nullptr);
 
     std::optional<QVariantMap> read() override { return m_stored; }
     bool write(const QVariantMap& domain) override;

@@ -10,7 +10,8 @@ namespace {
 
 std::optional<struct stat> statOf(const QString& path)
 {
-    struct stat st {};
+    struct stat st
+    {};
     if (::stat(QFile::encodeName(path).constData(), &st) != 0)
         return std::nullopt;
     return st;
