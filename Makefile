@@ -29,13 +29,14 @@ configure: deps
 	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 
 build: configure
-	@cmake --build $(BUILD_DIR) -j $(JOBS)
+	@cmake --build $(BUILD_DIR) -j $(JOBS) -- --no-print-directory
 
 test: build
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
 run: build
-	@$(BUILD_DIR)/bin/corvella
+	@if [ -x $(BUILD_DIR)/bin/corvella ]; then $(BUILD_DIR)/bin/corvella; \
+	else echo "The agent (corvella) is not part of this build yet: it comes with the browser-quit trigger."; exit 1; fi
 
 bench: build
 	@$(BUILD_DIR)/bin/bench-remove-tree
