@@ -44,6 +44,14 @@ std::optional<struct stat> lstatOf(const QString& path)
     return st;
 }
 
+std::optional<QByteArray> readFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
 bool existsFollowingLinks(const QString& path)
 {
     struct stat st
@@ -228,11 +236,11 @@ std::optional<QString> Sandbox::contentsOf(const QString& path)
         path, Effect::Reads,
         [&](const QString& native) {
             result.reset();
-            QFile file(native);
-            if (!file.open(QIODevice::ReadOnly))
+            const auto bytes = readFile(native);
+            if (!bytes)
                 return;
             auto decode = QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-            const QString text = decode(file.readAll());
+            const QString text = decode(*bytes);
             if (!decode.hasError())
                 result = text;
         },
@@ -278,7 +286,7 @@ bool Sandbox::fileIsDirectory(const QString& path)
 {
     bool directory = false;
     // An empty path is not turned away up front; it names nothing.
-    if (path.isNull() || path.isEmpty())
+    if (path.isEmpty())
         return directory;
     envelope(
         path, Effect::Reads, [&](const QString& native) { directory = QFileInfo(native).isDir(); },
@@ -327,10 +335,7 @@ QVariantMap Sandbox::dictionaryWithContentsOfFile(const QString& path)
     envelope(
         path, Effect::Reads,
         [&](const QString& native) {
-            QFile file(native);
-            if (!file.open(QIODevice::ReadOnly))
-                return;
-            const auto value = PropertyList::parse(file.readAll());
+            const auto value = PropertyList::parse(readFile(native).value_or(QByteArray()));
             if (value && value->typeId() == QMetaType::QVariantMap)
                 dictionary = value->toMap();
         },
@@ -344,14 +349,7 @@ std::optional<QByteArray> Sandbox::dataWithContentsOfFile(const QString& path)
     if (path.isEmpty())
         return data;
     envelope(
-        path, Effect::Reads,
-        [&](const QString& native) {
-            data.reset();
-            QFile file(native);
-            if (file.open(QIODevice::ReadOnly))
-                data = file.readAll();
-        },
-        kSandboxDenial);
+        path, Effect::Reads, [&](const QString& native) { data = readFile(native); }, kSandboxDenial);
     return data;
 }
 
