@@ -1,11 +1,28 @@
 #include "core/AppDelegate.h"
 
+#include "core/BrowserCatalogue.h"
+#include "core/RemovalQueue.h"
+#include "core/RemovalRun.h"
+#include "platform/FolderWatch.h"
 #include "platform/PropertyList.h"
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserNotificationCenter.h"
+#include "platform/Workspace.h"
+#include "sandbox/AppSandboxFileAccess.h"
 
 #include <QFile>
+#include <QTimer>
+
+namespace {
+
+const QString kApplicationsFolder = QStringLiteral("/Applications");
+const QString kLoginHelperID = QStringLiteral("com.tovanex.Corvella6Helper");
+constexpr int kApplicationsFolderLatencyMs = 3000;
+
+} // namespace
 
 void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsResource)
 {
@@ -20,12 +37,65 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
 }
 
 AppDelegate::AppDelegate(const AppServices& services, QObject* parent)
-    : QObject(parent), m_defaults(services.defaults), m_log(services.log)
+    : QObject(parent), m_defaults(services.defaults), m_log(services.log), m_services(services)
 {}
 
 AppDelegate::~AppDelegate()
 {
+    applicationWillTerminate();
+    m_removalQueue.reset(); // its runs use this object
+}
+
+void AppDelegate::applicationWillFinishLaunching()
+{
+    m_openedFromLogin = startupCheck();
+    m_watchingApplicationsFolder = false;
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // Relaunching open applications at login is a macOS session feature; Linux sessions have none to turn off.
+    checkDock();
+    showMenuBarItem(m_defaults.boolForKey(SettingsKeys::showInMenu));
+    emit infoLabelNeedsUpdate();
+    updateBrowserContentArray();
+    firstRunCheck();
+    checkEnabledBrowsers();
+    if (!(m_openedFromLogin && m_defaults.boolForKey(SettingsKeys::hideOnLaunch)))
+        emit windowRequested();
+    m_launchObservations << connect(&m_services.notifications, &UserNotificationCenter::didActivateNotification,
+                                    &m_services.notifications,
+                                    &UserNotificationCenter::removeDeliveredNotification);
+    startObservingSettings();
+    m_launchObservations << connect(&m_services.workspace, &Workspace::didTerminateApplication, this,
+                                    &AppDelegate::appTerminated);
+    m_launchObservations << connect(&m_services.folderWatch, &FolderWatch::foldersChanged,
+                                    &m_services.catalogue, &BrowserCatalogue::browsersChanged);
+    m_launchObservations << connect(&m_services.catalogue, &BrowserCatalogue::browserContentArrayChanged, this,
+                                    &AppDelegate::updateBrowserContentArray);
+    m_editingBrowserSettings = false;
+}
+
+void AppDelegate::applicationDidBecomeActive()
+{
+    m_openedFromLogin = false;
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    if (m_terminated)
+        return;
+    m_terminated = true;
     stopObservingSettings();
+    for (const auto& connection : std::as_const(m_launchObservations))
+        disconnect(connection);
+    m_launchObservations.clear();
+    stopObserving();
+    // A run that has started finishes, so no browser file is left half done; later ones are dropped.
+    if (m_removalQueue) {
+        m_removalQueue->cancelAllOperations();
+        m_removalQueue->waitUntilAllOperationsAreFinished();
+    }
 }
 
 void AppDelegate::startObservingSettings()
@@ -121,4 +191,108 @@ void AppDelegate::checkRunStatus()
             updateMenu();
         },
         Qt::QueuedConnection);
+}
+
+bool AppDelegate::startupCheck()
+{
+    const QList<RunningApplication> running = m_services.workspace.runningApplications();
+    return std::any_of(running.cbegin(), running.cend(), [](const RunningApplication& application) {
+        return application.bundleIdentifier == kLoginHelperID;
+    });
+}
+
+void AppDelegate::firstRunCheck()
+{
+    if (!m_defaults.objectForKey(SettingsKeys::firstRun)) {
+        m_defaults.setBool(false, SettingsKeys::firstRun);
+        m_defaults.synchronize();
+        QTimer::singleShot(1000, this, &AppDelegate::popoverRequested);
+        return;
+    }
+    watchApplicationsFolder();
+}
+
+void AppDelegate::checkEnabledBrowsers()
+{
+    if (m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).isEmpty())
+        QTimer::singleShot(1000, this, &AppDelegate::browserPopoverRequested);
+}
+
+void AppDelegate::watchApplicationsFolder()
+{
+    if (m_watchingApplicationsFolder)
+        return;
+    AppSandboxFileAccess access =
+        AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel});
+    access.persistPermissionPath(checkForUserDirectory(kApplicationsFolder));
+    const QString home = checkForUserDirectory(QStringLiteral("~"));
+    m_watchingApplicationsFolder =
+        access.accessFileURLandKeepAlive(QUrl::fromLocalFile(home), true, [this] {
+            if (!m_services.folderWatch.isWatching())
+                m_services.folderWatch.start({kApplicationsFolder}, kApplicationsFolderLatencyMs);
+        });
+    if (!m_watchingApplicationsFolder)
+        m_log.log(QStringLiteral("Corvella Sandbox has denied access to %1").arg(kApplicationsFolder));
+}
+
+void AppDelegate::stopObserving()
+{
+    if (!m_services.folderWatch.isWatching())
+        return;
+    AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
+        .persistPermissionPath(checkForUserDirectory(kApplicationsFolder));
+    m_services.folderWatch.stop();
+}
+
+void AppDelegate::appTerminated(const QVariantMap& userInfo)
+{
+    if (!m_defaults.boolForKey(SettingsKeys::isRunning))
+        return;
+    const std::optional<QString> browser = BrowserCatalogue::browserForTerminatedApplication(userInfo);
+    if (!browser || !m_services.catalogue.checkIfBrowserEnabled(*browser))
+        return;
+    // Read once, at the quit: switching notifications off in the next seconds does not reach these runs.
+    const bool notify = m_defaults.boolForKey(SettingsKeys::displayNotifications);
+    QTimer::singleShot(m_silentRunDelayMs, Qt::PreciseTimer, this, [this, key = *browser] { clearData(key, false); });
+    QTimer::singleShot(m_notifyingRunDelayMs, Qt::PreciseTimer, this,
+                       [this, key = *browser, notify] { clearData(key, notify); });
+}
+
+void AppDelegate::clearData(const QString& browser, bool andNotify)
+{
+    if (m_terminated)
+        return;
+    if (!m_removalQueue)
+        m_removalQueue = std::make_unique<RemovalQueue>();
+    m_removalQueue->addOperation([this, browser, andNotify] {
+        const std::optional<QStringList> labels = RemovalRun::perform(
+            browser, [this] { return m_settingsController.content(); },
+            {m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath});
+        if (labels && andNotify)
+            displayNotificationWithTitle(QStringLiteral("Corvella"), RemovalRun::notificationText(browser, *labels));
+    });
+}
+
+void AppDelegate::displayNotificationWithTitle(const QString& title, const QString& andText)
+{
+    m_services.notifications.deliver({title, andText});
+}
+
+void AppDelegate::updateBrowserContentArray()
+{
+    checkEnabledButton();
+    updateMenu();
+    m_browserTiles = m_services.catalogue.browserContentArray();
+    emit browserTilesChanged(m_browserTiles);
+}
+
+void AppDelegate::setRunDelays(int silentMs, int notifyingMs)
+{
+    m_silentRunDelayMs = silentMs;
+    m_notifyingRunDelayMs = notifyingMs;
+}
+
+bool AppDelegate::waitForRuns(int timeoutMs)
+{
+    return !m_removalQueue || m_removalQueue->waitUntilAllOperationsAreFinished(timeoutMs);
 }

@@ -5,18 +5,38 @@
 #include <QObject>
 #include <QVariant>
 
+#include <memory>
+
+class BrowserCatalogue;
+class Cleaners;
+class FolderWatch;
+class OpenPanel;
+class RemovalQueue;
+class SecurityScopedBookmarks;
 class SystemLog;
 class UserDefaults;
+class UserNotificationCenter;
+class Workspace;
 
-// The platform services the controller works with.
+// The platform services and parts the controller works with.
 struct AppServices
 {
     UserDefaults& defaults;
     SystemLog& log;
+    Workspace& workspace;
+    FolderWatch& folderWatch;
+    UserNotificationCenter& notifications;
+    SecurityScopedBookmarks& bookmarks;
+    OpenPanel& panel;
+    BrowserCatalogue& catalogue;
+    Cleaners& cleaners;
+    // The lock shared with corvella-clean; empty: none.
+    QString runLockPath;
 };
 
-// The application controller, without widgets: it owns the settings mirror and reacts to
-// settings changes. Where the desktop must show something it emits a signal the UI connects to.
+// The application controller, without widgets: start-up, the settings mirror and its reactions,
+// the watch on installed applications, and the two removal runs each quit of an activated browser
+// sets off. Where the desktop must show something it emits a signal the UI connects to.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -27,7 +47,15 @@ public:
                            const QString& defaultsResource = QStringLiteral(":/Defaults.plist"));
 
     explicit AppDelegate(const AppServices& services, QObject* parent = nullptr);
+    // Stops observing, stops the folder watch, drops runs not yet started and lets the running one finish.
     ~AppDelegate() override;
+
+    // Start-up, in its fixed order.
+    void applicationWillFinishLaunching();
+    void applicationDidFinishLaunching();
+    void applicationDidBecomeActive();
+    // The orderly way out (SIGTERM, SIGINT, quit): what the destructor does, callable earlier.
+    void applicationWillTerminate();
 
     // The settings observations set up at launch and removed on the way out.
     void startObservingSettings();
@@ -47,14 +75,44 @@ public:
     // agent never ends up with neither.
     void showMenuBarItem(bool show);
 
+    // True when the login helper runs, so this launch came from login.
+    bool startupCheck();
+    // The first launch opens the popover instead of watching the applications folder.
+    void firstRunCheck();
+    // With no browser activated, asks the user to activate one.
+    void checkEnabledBrowsers();
+    // Watches the applications folders for browsers being installed or removed; needs the grant
+    // of the home folder, and tries again on the next call when it is refused.
+    void watchApplicationsFolder();
+    void stopObserving();
+    // A terminated application: two removal runs for an activated browser while protection is on.
+    void appTerminated(const QVariantMap& userInfo);
+    // Queues one removal run of the browser and returns at once.
+    void clearData(const QString& browser, bool andNotify);
+    void displayNotificationWithTitle(const QString& title, const QString& andText);
+    // Recomputes the tiles and everything that follows the activated browsers.
+    void updateBrowserContentArray();
+
+    // The delays of the silent and of the notifying run after a quit (a seam for tests).
+    void setRunDelays(int silentMs, int notifyingMs);
+    // For shutdown and tests: waits until every queued run has finished.
+    bool waitForRuns(int timeoutMs = -1);
+
     SettingsController& settingsController() { return m_settingsController; }
     bool isValid() const { return m_isValid; }
+    bool openedFromLogin() const { return m_openedFromLogin; }
+    bool watchingApplicationsFolder() const { return m_watchingApplicationsFolder; }
+    QStringList browserTiles() const { return m_browserTiles; }
 
 signals:
     void statusItemVisibilityChanged(bool visible);
     void dockPolicyChanged(bool hideDock);
     void infoLabelNeedsUpdate();
     void mainSwitchEnabledChanged(bool enabled);
+    void browserTilesChanged(const QStringList& tiles);
+    void popoverRequested();
+    void browserPopoverRequested();
+    void windowRequested();
 
 private:
     void updateMenu();
@@ -63,7 +121,17 @@ private:
 
     UserDefaults& m_defaults;
     SystemLog& m_log;
+    AppServices m_services;
     SettingsController m_settingsController;
+    std::unique_ptr<RemovalQueue> m_removalQueue;
     bool m_isValid = false;
+    bool m_openedFromLogin = false;
+    bool m_watchingApplicationsFolder = false;
+    bool m_editingBrowserSettings = false;
+    bool m_terminated = false;
+    int m_silentRunDelayMs = 2000;
+    int m_notifyingRunDelayMs = 8000;
+    QStringList m_browserTiles;
     QList<QMetaObject::Connection> m_observations;
+    QList<QMetaObject::Connection> m_launchObservations;
 };

@@ -67,9 +67,18 @@ void UserDefaults::registerDefaults(const QVariantMap& registration)
     }
 }
 
+void UserDefaults::setArgument(const QVariant& value, const QString& forKey)
+{
+    QMutexLocker lock(&m_mutex);
+    if (auto normalized = PropertyList::normalized(value))
+        m_arguments.insert(forKey, *normalized);
+}
+
 std::optional<QVariant> UserDefaults::objectForKey(const QString& key) const
 {
     QMutexLocker lock(&m_mutex);
+    if (auto it = m_arguments.constFind(key); it != m_arguments.cend())
+        return *it;
     if (auto it = m_persistent.constFind(key); it != m_persistent.cend())
         return *it;
     if (auto it = m_registration.constFind(key); it != m_registration.cend())

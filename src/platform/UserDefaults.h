@@ -26,6 +26,8 @@ public:
     ~UserDefaults() override;
 
     void registerDefaults(const QVariantMap& registration);
+    // A value for this process only, above the stored one and never stored (a command-line option).
+    void setArgument(const QVariant& value, const QString& forKey);
 
     // The value in the persistent domain, else the registered one, else no value.
     std::optional<QVariant> objectForKey(const QString& key) const;
@@ -62,4 +64,5 @@ private:
     mutable QMutex m_mutex;
     QVariantMap m_persistent;
     QVariantMap m_registration;
+    QVariantMap m_arguments;
 };

@@ -131,6 +131,8 @@ bool AppSandboxFileAccess::requestAccessPermissionsForFileURL(const QUrl& fileUR
             bookmark.reset();
             if (resolution.path) {
                 const QUrl resolved = FileUrl::forPath(*resolution.path);
+                // A record that still leads somewhere opens access there, so it can be made anew.
+                const AccessScope resolvedScope(m_services.bookmarks, *resolution.path);
                 if (auto fresh = persistPermissionURL(resolved)) {
                     block(resolved, fresh);
                     return true;
@@ -145,8 +147,11 @@ bool AppSandboxFileAccess::requestAccessPermissionsForFileURL(const QUrl& fileUR
     const auto chosen = askPermissionForURL(url);
     if (!chosen)
         return false;
-    if (persistPermission && !bookmark)
+    if (persistPermission && !bookmark) {
+        // What the user chose in the panel is accessible now, so its record can be made.
+        const AccessScope chosenScope(m_services.bookmarks, chosen->toLocalFile());
         bookmark = persistPermissionURL(FileUrl::forPath(chosen->toLocalFile()));
+    }
     block(*chosen, bookmark);
     return true;
 }

@@ -5,6 +5,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/RemovalPreview.h"
 #include "sandbox/SecureDelete.h"
 #include "sandbox/Sqlite.h"
 
@@ -18,7 +19,9 @@
 #include <dirent.h>
 #include <grp.h>
 #include <pwd.h>
+#include <climits>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -57,6 +60,32 @@ bool existsFollowingLinks(const QString& path)
     struct stat st
     {};
     return ::stat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+// The bytes of a file, or of every file below a folder; links count as themselves.
+qint64 sizeBelow(const QString& path)
+{
+    struct stat st
+    {};
+    if (::lstat(QFile::encodeName(path).constData(), &st) != 0)
+        return 0;
+    if (!S_ISDIR(st.st_mode))
+        return st.st_size;
+    qint64 total = 0;
+    for (const QString& name : QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        total += sizeBelow(path + QLatin1Char('/') + name);
+    return total;
+}
+
+// Statements that only read may run during a preview; anything else would change the database.
+bool onlyReads(const QString& sql)
+{
+    const QString text = sql.trimmed();
+    qsizetype end = 0;
+    while (end < text.size() && text.at(end).isLetter())
+        ++end;
+    const QString verb = text.left(end).toUpper();
+    return verb == QLatin1String("SELECT") || verb == QLatin1String("PRAGMA");
 }
 
 QDateTime fromTimespec(const timespec& ts)
@@ -162,16 +191,21 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
 
 bool Sandbox::enableAccess()
 {
+    const bool granted = hasAccess();
+    if (!granted)
+        m_services.log.log(kSandboxDenial.arg(checkForUserDirectory(QStringLiteral("~"))));
+    return granted;
+}
+
+bool Sandbox::hasAccess()
+{
     const QString home = checkForUserDirectory(QStringLiteral("~"));
     if (home.isEmpty())
         return false;
     AppSandboxFileAccess access =
         AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel});
     access.persistPermissionPath(home);
-    const bool granted = access.accessFilePath(home, true, [] {});
-    if (!granted)
-        m_services.log.log(kSandboxDenial.arg(home));
-    return granted;
+    return access.accessFilePath(home, true, [] {});
 }
 
 FileTree::FileGate Sandbox::wipeGate() const
@@ -201,7 +235,11 @@ void Sandbox::remove(const QString& path)
     envelope(
         path, Effect::Removes,
         [&](const QString& native) {
-            if (existsFollowingLinks(native))
+            if (!existsFollowingLinks(native))
+                return;
+            if (m_services.preview)
+                m_services.preview->record(QStringLiteral("remove"), native, sizeBelow(native), QString());
+            else
                 removeNative(native);
         },
         kSandboxDenial);
@@ -222,6 +260,12 @@ void Sandbox::removeRecursiveSubFilesFor(const QString& path)
         [&](const QString& native) {
             if (native.contains(kSparedFolder))
                 return;
+            if (m_services.preview) {
+                if (QFileInfo(native).isDir())
+                    m_services.preview->record(QStringLiteral("remove files below"), native, sizeBelow(native),
+                                               QString());
+                return;
+            }
             FileTree::removeFilesBelow(native, kSparedFolder, wipeGate());
         },
         kSandboxDenial);
@@ -327,6 +371,23 @@ QVariantMap Sandbox::fileAttributes(const QString& path)
     return attributes;
 }
 
+std::optional<QString> Sandbox::destinationOfSymbolicLink(const QString& path)
+{
+    std::optional<QString> target;
+    if (path.isEmpty())
+        return target;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            char buffer[PATH_MAX];
+            const ssize_t length = ::readlink(QFile::encodeName(native).constData(), buffer, sizeof buffer);
+            if (length >= 0)
+                target = QFile::decodeName(QByteArray(buffer, length));
+        },
+        kSandboxDenial);
+    return target;
+}
+
 QVariantMap Sandbox::dictionaryWithContentsOfFile(const QString& path)
 {
     QVariantMap dictionary;
@@ -378,6 +439,10 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
     envelope(
         ToFile, Effect::Writes,
         [&](const QString& native) {
+            if (m_services.preview) {
+                m_services.preview->record(QStringLiteral("write"), native, bytes->size(), QString());
+                return;
+            }
             const QFileDevice::Permissions kept = QFile::permissions(native);
             QSaveFile file(native);
             if (!file.open(QIODevice::WriteOnly))
@@ -405,6 +470,10 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
         [&](const QString& native) {
             if (!existsFollowingLinks(native))
                 return; // a database is never created
+            if (m_services.preview && !onlyReads(sql)) {
+                m_services.preview->record(QStringLiteral("change"), native, sizeBelow(native), sql);
+                return;
+            }
             Sqlite db;
             if (!db.open(native))
                 return;

@@ -8,6 +8,7 @@
 
 #include <optional>
 
+class RemovalPreview;
 class SystemLog;
 
 // The platform services the file layer works with.
@@ -17,6 +18,8 @@ struct SandboxServices
     SecurityScopedBookmarks& bookmarks;
     OpenPanel& panel;
     SystemLog& log;
+    // When set, removals, writes and changing SQL are reported here instead of done.
+    RemovalPreview* preview = nullptr;
 };
 
 // The one door to the disk. Every operation expands "~" to the real home folder, maps the path to
@@ -35,6 +38,8 @@ public:
     std::optional<QString> childPath(const QString& base, const QString& component) const;
 
     bool enableAccess();
+    // Like enableAccess, without the denial line: for asking whether access is there.
+    bool hasAccess();
     void remove(const QString& path);
     void removeFiles(const QStringList& paths);
     void removeRecursiveSubFilesFor(const QString& path);
@@ -44,6 +49,8 @@ public:
     bool fileExists(const QString& path);
     bool fileIsDirectory(const QString& path);
     QVariantMap fileAttributes(const QString& path);
+    // What a symbolic link points to, as written in the link; no value when the path is no link.
+    std::optional<QString> destinationOfSymbolicLink(const QString& path);
     QVariantMap dictionaryWithContentsOfFile(const QString& path);
     // Empty bytes for an empty path or a refusal; no value for a missing or unreadable file.
     std::optional<QByteArray> dataWithContentsOfFile(const QString& path);

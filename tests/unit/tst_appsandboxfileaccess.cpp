@@ -35,6 +35,14 @@ private:
         return AppSandboxFileAccess::fileAccess({m_t->defaults, m_bookmarks, m_panel});
     }
     QString home() const { return m_home->path(); }
+    // Records a grant the way a granted access does: inside an open access to the path.
+    std::optional<QByteArray> recordGrant(const QString& path)
+    {
+        m_bookmarks.startAccessing(path);
+        const auto record = access().persistPermissionPath(path);
+        m_bookmarks.stopAccessing(path);
+        return record;
+    }
     QUrl folderUrl(const QString& path) const { return QUrl::fromLocalFile(path + QLatin1Char('/')); }
     // Runs a request for the path and says which URL the action was given (empty when it did not run).
     QUrl request(const QString& path, bool* granted = nullptr)
@@ -65,16 +73,18 @@ void TestAppSandboxFileAccess::recordKeysAreFileUrls()
 {
     QVERIFY(QDir(home()).mkpath(QStringLiteral("Application Support")));
     const QString folder = home() + QStringLiteral("/Application Support");
-    QVERIFY(access().persistPermissionPath(folder));
+    // Without an open access, recording would stand in for the user's consent.
+    QVERIFY(!access().persistPermissionPath(folder));
+    QVERIFY(recordGrant(folder));
     QVERIFY(m_t->defaults.dataForKey(QStringLiteral("bd_file://") + home() +
                                      QStringLiteral("/Application%20Support/")));
     // Nothing exists: nothing to prove, nothing stored.
-    QVERIFY(!access().persistPermissionPath(home() + QStringLiteral("/missing")));
+    QVERIFY(!recordGrant(home() + QStringLiteral("/missing")));
 }
 
 void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
 {
-    QVERIFY(access().persistPermissionPath(home()));
+    QVERIFY(recordGrant(home()));
     bool granted = false;
     QCOMPARE(request(home() + QStringLiteral("/Library/Cookies/Cookies.binarycookies"), &granted),
              folderUrl(home()));
@@ -100,7 +110,7 @@ void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()
 void TestAppSandboxFileAccess::theRootFolderIsNeverLookedUp()
 {
     AppSandboxFileAccessPersist persist(m_t->defaults);
-    persist.setBookmarkData(*m_bookmarks.create(QStringLiteral("/")),
+    persist.setBookmarkData(*recordGrant(QStringLiteral("/")),
                             QUrl::fromLocalFile(QStringLiteral("/")));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(QStringLiteral("/"))));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(home())));
@@ -181,7 +191,7 @@ void TestAppSandboxFileAccess::aStaleRecordIsReplaced()
     QDir dir(home());
     QVERIFY(dir.mkpath(QStringLiteral("profile")));
     const QString folder = home() + QStringLiteral("/profile");
-    const QByteArray old = *access().persistPermissionPath(folder);
+    const QByteArray old = *recordGrant(folder);
     // The folder is replaced by another one of the same name (made first, so its inode differs).
     QVERIFY(dir.mkpath(QStringLiteral("elsewhere/profile")));
     QVERIFY(dir.rmdir(QStringLiteral("profile")));
@@ -199,7 +209,7 @@ void TestAppSandboxFileAccess::aStaleRecordIsReplaced()
 void TestAppSandboxFileAccess::aRecordOfAVanishedFolderAsksAgain()
 {
     QVERIFY(QDir(home()).mkpath(QStringLiteral("gone")));
-    QVERIFY(access().persistPermissionPath(home() + QStringLiteral("/gone")));
+    QVERIFY(recordGrant(home() + QStringLiteral("/gone")));
     QVERIFY(QDir(home()).rmdir(QStringLiteral("gone")));
     bool granted = true;
     request(home() + QStringLiteral("/gone/cookies.sqlite"), &granted);

@@ -2,7 +2,7 @@
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
 #include "support/PlistFixtures.h"
-#include "support/TestDefaults.h"
+#include "support/TestAgent.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -88,7 +88,8 @@ void TestSettings::homeExpansion()
     QFETCH(QString, expanded);
     TestDefaults t;
     t.defaults.setObject(QStringLiteral("/home/ann"), SettingsKeys::userFolder);
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     QCOMPARE(app.checkForUserDirectory(path), expanded);
 }
 
@@ -114,7 +115,8 @@ void TestSettings::theMirrorHoldsOnlySelectedEntries()
     QFETCH(QStringList, mirrored);
     TestDefaults t;
     t.defaults.setObject(settings, SettingsKeys::settings);
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.startObservingSettings();
     const QVariantMap content = app.settingsController().content();
     QCOMPARE(content.keys(), mirrored);
@@ -125,7 +127,8 @@ void TestSettings::theMirrorHoldsOnlySelectedEntries()
 void TestSettings::theMirrorIsReplacedNotMerged()
 {
     TestDefaults t;
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.startObservingSettings();
     t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cookies"), true}}, SettingsKeys::settings);
     t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cache"), true}}, SettingsKeys::settings);
@@ -143,7 +146,8 @@ void TestSettings::aCategoryChoiceReachesTheMirror()
 {
     TestDefaults t;
     AppDelegate::initialize(t.defaults);
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.startObservingSettings();
     app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("history"), true);
     app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("cache"), false);
@@ -160,7 +164,8 @@ void TestSettings::aCategoryChoiceReachesTheMirror()
 void TestSettings::toggleRunStatusFlipsProtection()
 {
     TestDefaults t;
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.toggleRunStatus();
     QVERIFY(t.backend->read()->value(SettingsKeys::isRunning).toBool());
     app.toggleRunStatus();
@@ -170,7 +175,8 @@ void TestSettings::toggleRunStatusFlipsProtection()
 void TestSettings::protectionCannotBeOnWithoutABrowser()
 {
     TestDefaults t;
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     QSignalSpy enabled(&app, &AppDelegate::mainSwitchEnabledChanged);
     t.defaults.setObject(QVariantList{QStringLiteral("org.mozilla.firefox")}, SettingsKeys::enabledBrowsers);
     t.defaults.setBool(true, SettingsKeys::isRunning);
@@ -189,7 +195,8 @@ void TestSettings::protectionCannotBeOnWithoutABrowser()
 void TestSettings::settingChangesReachTheirHandlers()
 {
     TestDefaults t;
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.startObservingSettings();
     QSignalSpy info(&app, &AppDelegate::infoLabelNeedsUpdate);
     QSignalSpy menu(&app, &AppDelegate::statusItemVisibilityChanged);
@@ -219,7 +226,8 @@ void TestSettings::hidingTheStatusItemBringsTheWindowIconBack()
     TestDefaults t;
     t.defaults.setBool(true, SettingsKeys::showInMenu);
     t.defaults.setBool(true, SettingsKeys::hideDock);
-    AppDelegate app({t.defaults, t.log});
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
     app.startObservingSettings();
     QSignalSpy dock(&app, &AppDelegate::dockPolicyChanged);
     t.defaults.setBool(false, SettingsKeys::showInMenu);

@@ -21,6 +21,8 @@ std::optional<struct stat> statOf(const QString& path)
 
 std::optional<QByteArray> InodeBookmarks::create(const QString& path)
 {
+    if (!isAccessible(path))
+        return std::nullopt;
     const auto st = statOf(path);
     if (!st)
         return std::nullopt;
@@ -43,4 +45,30 @@ SecurityScopedBookmarks::Resolution InodeBookmarks::resolve(const QByteArray& da
     const bool same = record.value(QStringLiteral("device")).toString() == QString::number(st->st_dev) &&
                       record.value(QStringLiteral("inode")).toString() == QString::number(st->st_ino);
     return {path, !same};
+}
+
+bool InodeBookmarks::startAccessing(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    ++m_accessing[path];
+    return true;
+}
+
+void InodeBookmarks::stopAccessing(const QString& path)
+{
+    QMutexLocker lock(&m_mutex);
+    const auto it = m_accessing.find(path);
+    if (it != m_accessing.end() && --*it <= 0)
+        m_accessing.erase(it);
+}
+
+bool InodeBookmarks::isAccessible(const QString& path) const
+{
+    QMutexLocker lock(&m_mutex);
+    for (auto it = m_accessing.cbegin(); it != m_accessing.cend(); ++it) {
+        const QString& scope = it.key();
+        if (path == scope || path.startsWith(scope.endsWith(QLatin1Char('/')) ? scope : scope + QLatin1Char('/')))
+            return true;
+    }
+    return false;
 }

@@ -1,0 +1,105 @@
+// corvella: the agent. Protects the activated browsers while it runs; one per user.
+
+#include "app/HeadlessOpenPanel.h"
+#include "app/SingleInstance.h"
+#include "cleaners/BrowserCleaners.h"
+#include "core/AppDelegate.h"
+#include "core/BrowserCatalogue.h"
+#include "core/RunLock.h"
+#include "platform/RealHomeDirectory.h"
+#include "platform/SettingsKeys.h"
+#include "platform/SystemLog.h"
+#include "platform/UserDefaults.h"
+#include "platform/linux/FreedesktopNotificationCenter.h"
+#include "platform/linux/InodeBookmarks.h"
+#include "platform/linux/InotifyFolderWatch.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/PlistFileDefaultsBackend.h"
+#include "platform/linux/UnixSignalWatcher.h"
+#include "sandbox/Sandbox.h"
+
+#include <QApplication>
+#include <QFileInfo>
+
+#include <csignal>
+#include <cstdio>
+
+namespace {
+
+// Without a display there is no tray to live in; the agent still protects, on Qt's offscreen platform.
+bool chooseHeadless()
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
+        qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        return false;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return true;
+}
+
+QString protectionSummary(UserDefaults& defaults)
+{
+    QStringList activated;
+    for (const QVariant& id : defaults.arrayForKey(SettingsKeys::enabledBrowsers))
+        activated.append(BrowserCatalogue::browserForID(id.toString()));
+    activated.removeAll(QString());
+    if (activated.isEmpty())
+        return QStringLiteral("no browser is activated yet");
+    return QStringLiteral("protection is %1 for %2")
+        .arg(defaults.boolForKey(SettingsKeys::isRunning) ? QStringLiteral("on") : QStringLiteral("off"),
+             activated.join(QStringLiteral(", ")));
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const bool headless = chooseHeadless();
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Corvella"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    SyslogLog log;
+    const QString home = RealHomeDirectory();
+    const QString settingsFile = UserDefaults::filePathForHome(home);
+
+    SingleInstance instance(QFileInfo(settingsFile).absolutePath());
+    // The desktop may hand over a URL; anything else asks the running agent to show itself.
+    const QStringList arguments = QApplication::arguments();
+    const QByteArray request = arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
+    if (!instance.claim(request)) {
+        std::fprintf(stderr, "corvella: the agent is already running (pid %lld); handed over to it.\n",
+                     static_cast<long long>(instance.runningPid()));
+        return 0;
+    }
+
+    UserDefaults defaults(std::make_unique<PlistFileDefaultsBackend>(settingsFile), log);
+    AppDelegate::initialize(defaults);
+
+    InodeBookmarks bookmarks;
+    HeadlessOpenPanel panel(log);
+    Sandbox sandbox({defaults, bookmarks, panel, log});
+    const WorkspaceLocations locations = WorkspaceLocations::forHome(home);
+    LinuxWorkspace workspace(locations);
+    InotifyFolderWatch folderWatch(locations.applicationFolders);
+    FreedesktopNotificationCenter notifications(log);
+    BrowserCatalogue catalogue(workspace, defaults, sandbox);
+    BrowserCleaners cleaners({sandbox, catalogue, defaults, log});
+    AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
+                          cleaners, RunLock::pathForHome(home)});
+
+    UnixSignalWatcher unixSignals({SIGTERM, SIGINT, SIGHUP});
+    QObject::connect(&unixSignals, &UnixSignalWatcher::signalReceived, &app, [] { QApplication::quit(); });
+    QObject::connect(&instance, &SingleInstance::requestReceived, &delegate,
+                     [&delegate](const QByteArray&) { emit delegate.windowRequested(); });
+
+    delegate.applicationWillFinishLaunching();
+    delegate.applicationDidFinishLaunching();
+    if (headless)
+        std::fprintf(stderr, "corvella: no display found: running headless, without a status item.\n");
+    std::fprintf(stderr, "corvella: running; %s. Settings: %s\n", qPrintable(protectionSummary(defaults)),
+                 qPrintable(settingsFile));
+
+    const int status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+#include <functional>
+#include <optional>
+
+class SecurityScopedBookmarks;
+class SystemLog;
+class UserDefaults;
+class Workspace;
+
+// What corvella-clean works with; tests give it a temporary home and fakes.
+struct CleanServices
+{
+    UserDefaults& defaults;
+    SystemLog& log;
+    SecurityScopedBookmarks& bookmarks;
+    Workspace& workspace;
+    QTextStream& out;
+    QTextStream& err;
+    // Asks a yes/no question on the terminal; no value when there is no terminal to ask on.
+    std::function<std::optional<bool>(const QString& question)> ask;
+    // The lock shared with the agent's runs; empty: none.
+    QString lockPath;
+};
+
+// corvella-clean: one removal run from the command line, with the agent's loop, cleaners and order.
+//   corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER [CATEGORY ...]
+//   corvella-clean [--allow-home-access] --list
+class CleanCommand
+{
+public:
+    enum ExitCode
+    {
+        Success = 0,
+        BadUsage = 2,
+        NoHomeAccess = 3,
+        BrowserRunning = 4
+    };
+
+    explicit CleanCommand(const CleanServices& services);
+
+    // The arguments without the program name; answers the exit code.
+    int run(const QStringList& arguments);
+
+private:
+    struct Options
+    {
+        bool list = false;
+        bool preview = false;
+        bool allowHomeAccess = false;
+        std::optional<QString> layout;
+        QString browser;
+        QStringList categories;
+    };
+
+    std::optional<Options> parse(const QStringList& arguments);
+    int usageError(const QString& message);
+    int list(class Sandbox& sandbox, class BrowserCatalogue& catalogue);
+    int clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue);
+
+    CleanServices m_services;
+};

@@ -1,0 +1,197 @@
+#include "core/BrowserCatalogue.h"
+
+#include "platform/SettingsKeys.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "sandbox/Sandbox.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimer>
+
+#include <signal.h>
+
+namespace {
+
+const QString kChromeLocalState = QStringLiteral("~/Library/Application Support/Google/Chrome/Local State");
+const QString kChromiumLocalState = QStringLiteral("~/Library/Application Support/Chromium/Local State");
+
+// The data root holding each Chromium-family browser's "SingletonLock".
+QString chromiumFamilyRoot(const QString& browser)
+{
+    if (browser == BrowserCatalogue::googleChrome)
+        return QStringLiteral("~/Library/Application Support/Google/Chrome");
+    if (browser == BrowserCatalogue::chromium)
+        return QStringLiteral("~/Library/Application Support/Chromium");
+    if (browser == BrowserCatalogue::opera)
+        return BrowserCatalogue::operaDataRoot;
+    return QString();
+}
+
+} // namespace
+
+const QStringList& BrowserCatalogue::detectionOrder()
+{
+    static const QStringList order{safariID, googleChromeID, chromiumID, firefoxID, operaID};
+    return order;
+}
+
+const QStringList& BrowserCatalogue::tileOrder()
+{
+    static const QStringList order{safari, firefox, googleChrome, chromium, opera};
+    return order;
+}
+
+BrowserCatalogue::BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox, QObject* parent)
+    : QObject(parent), m_workspace(workspace), m_defaults(defaults), m_sandbox(sandbox)
+{}
+
+QString BrowserCatalogue::browserIDFor(const QString& name)
+{
+    // Tile order; a prefix test, so a disabled tile's name maps to its browser too.
+    static const QList<std::pair<QString, QString>> prefixes{
+        {safari, safariID}, {firefox, firefoxID}, {googleChrome, googleChromeID}, {chromium, chromiumID}, {opera, operaID}};
+    for (const auto& [prefix, id] : prefixes) {
+        if (name.startsWith(prefix))
+            return id;
+    }
+    return QString();
+}
+
+QString BrowserCatalogue::browserForID(const QString& bundleIdentifier)
+{
+    for (const QString& browser : tileOrder()) {
+        if (browserIDFor(browser) == bundleIdentifier)
+            return browser;
+    }
+    return QString();
+}
+
+std::optional<QString> BrowserCatalogue::browserForTerminatedApplication(const QVariantMap& userInfo)
+{
+    const QVariant nameValue = userInfo.value(QStringLiteral("NSApplicationName"));
+    const QVariant idValue = userInfo.value(QStringLiteral("NSApplicationBundleIdentifier"));
+    const QString name = nameValue.isValid() ? nameValue.toString() : QString();
+    const QString bundleIdentifier = idValue.isValid() ? idValue.toString() : QString();
+    for (const QString& key : {safari, googleChrome, chromium, firefox}) {
+        if (name == key)
+            return key;
+    }
+    // Opera ships under several application names; only its identifier is stable.
+    if (bundleIdentifier == operaID)
+        return opera;
+    return std::nullopt;
+}
+
+QStringList BrowserCatalogue::checkForInstalledBrowsers()
+{
+    QStringList installed;
+    for (const QString& id : detectionOrder()) {
+        if (m_workspace.absolutePathForAppBundleWithIdentifier(id))
+            installed.append(id);
+    }
+    return installed;
+}
+
+bool BrowserCatalogue::checkIfBrowserEnabled(const QString& browser) const
+{
+    if (!tileOrder().contains(browser))
+        return false;
+    return m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(browserIDFor(browser));
+}
+
+QStringList BrowserCatalogue::browserContentArray()
+{
+    const QStringList installed = checkForInstalledBrowsers();
+    QStringList tiles;
+    for (const QString& browser : tileOrder()) {
+        if (!installed.contains(browserIDFor(browser)))
+            continue;
+        tiles.append(checkIfBrowserEnabled(browser) ? browser : browser + disabledSuffix);
+    }
+    return tiles;
+}
+
+void BrowserCatalogue::browsersChanged()
+{
+    QTimer::singleShot(1000, this, &BrowserCatalogue::applyInstalledBrowsers);
+}
+
+void BrowserCatalogue::applyInstalledBrowsers()
+{
+    const QVariantList enabled = m_defaults.arrayForKey(SettingsKeys::enabledBrowsers);
+    QVariantList kept;
+    for (const QString& id : checkForInstalledBrowsers()) {
+        if (enabled.contains(id))
+            kept.append(id);
+    }
+    m_defaults.setObject(kept, SettingsKeys::enabledBrowsers);
+    emit browserContentArrayChanged();
+}
+
+QVariantMap BrowserCatalogue::userProfiles(const QString& browser)
+{
+    const QString localState = browser == googleChrome ? kChromeLocalState : kChromiumLocalState;
+    const std::optional<QString> text = m_sandbox.contentsOf(localState);
+    if (!text || text->isEmpty())
+        return {};
+    const QJsonDocument document = QJsonDocument::fromJson(text->toUtf8());
+    const QJsonValue infoCache = document.object().value(QStringLiteral("profile")).toObject().value(
+        QStringLiteral("info_cache"));
+    QVariantMap profiles;
+    const QJsonObject entries = infoCache.toObject();
+    for (auto it = entries.begin(); it != entries.end(); ++it) {
+        const QJsonValue name = it.value().toObject().value(QStringLiteral("name"));
+        if (!name.isUndefined())
+            profiles.insert(it.key(), name.toVariant());
+    }
+    return profiles;
+}
+
+bool BrowserCatalogue::browserIsRunning(const QString& browser)
+{
+    const QString id = browserIDFor(browser);
+    for (const RunningApplication& application : m_workspace.runningApplications()) {
+        if (application.bundleIdentifier == id)
+            return true;
+    }
+    if (const QString root = chromiumFamilyRoot(browser); !root.isEmpty())
+        return lockIsLive(root + QStringLiteral("/SingletonLock"));
+    if (browser == firefox) {
+        for (const QString& profile : firefoxProfiles()) {
+            if (lockIsLive(firefoxProfilesRoot + profile + QStringLiteral("/lock")))
+                return true;
+        }
+    }
+    return false;
+}
+
+QStringList BrowserCatalogue::firefoxProfiles()
+{
+    QStringList profiles;
+    for (const QString& name : m_sandbox.folderContentsOf(firefoxProfilesRoot)) {
+        const std::optional<QString> folder = m_sandbox.childPath(firefoxProfilesRoot, name);
+        // The profiles root also holds profiles.ini, crash reports and pending pings.
+        if (folder && (m_sandbox.fileExists(*folder + QStringLiteral("/prefs.js")) ||
+                       m_sandbox.fileExists(*folder + QStringLiteral("/times.json"))))
+            profiles.append(name);
+    }
+    profiles.sort();
+    return profiles;
+}
+
+// Browsers lock a profile with a link whose target ends in the owner's pid ("host-1234",
+// "127.0.1.1:+1234"). A lock left by a crash names a pid that is gone; one that cannot be read
+// counts as live, because cleaning a running browser's files corrupts them.
+bool BrowserCatalogue::lockIsLive(const QString& lockPath)
+{
+    const std::optional<QString> target = m_sandbox.destinationOfSymbolicLink(lockPath);
+    if (!target)
+        return false;
+    const qsizetype separator = std::max(target->lastIndexOf(QLatin1Char('-')), target->lastIndexOf(QLatin1Char('+')));
+    bool isNumber = false;
+    const int pid = target->mid(separator + 1).toInt(&isNumber);
+    if (!isNumber || pid <= 0)
+        return true;
+    return ::kill(pid, 0) == 0 || errno == EPERM;
+}

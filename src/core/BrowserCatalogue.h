@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <optional>
+
+class Sandbox;
+class UserDefaults;
+class Workspace;
+
+// The five browsers the agent knows: their keys and bundle identifiers, which are installed and
+// activated, how a quitting application is recognised as one of them, and their profiles.
+class BrowserCatalogue : public QObject
+{
+    Q_OBJECT
+public:
+    static inline const QString safari = QStringLiteral("Safari");
+    static inline const QString googleChrome = QStringLiteral("Google Chrome");
+    static inline const QString chromium = QStringLiteral("Chromium");
+    static inline const QString opera = QStringLiteral("Opera");
+    static inline const QString firefox = QStringLiteral("Firefox");
+
+    static inline const QString safariID = QStringLiteral("com.apple.Safari");
+    static inline const QString googleChromeID = QStringLiteral("com.google.Chrome");
+    static inline const QString chromiumID = QStringLiteral("org.chromium.Chromium");
+    static inline const QString operaID = QStringLiteral("com.operasoftware.Opera");
+    static inline const QString firefoxID = QStringLiteral("org.mozilla.firefox");
+
+    static inline const QString operaDataRoot = QStringLiteral("~/Library/Application Support/com.operasoftware.Opera");
+    static inline const QString firefoxProfilesRoot = QStringLiteral("~/Library/Application Support/Firefox/Profiles/");
+
+    // A tile of an installed browser that is not activated carries this suffix.
+    static inline const QString disabledSuffix = QStringLiteral("-disabled");
+
+    // Detection order, which is also the order of "enabledBrowsers" after browsersChanged().
+    static const QStringList& detectionOrder();
+    // Tile order, also the order of the enabled and identifier tests.
+    static const QStringList& tileOrder();
+    // Every browser key, in tile order.
+    static QStringList browserKeys() { return tileOrder(); }
+
+    BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox, QObject* parent = nullptr);
+
+    // The bundle identifier of a browser key or tile name (a prefix test); "" for anything else.
+    static QString browserIDFor(const QString& name);
+    // The browser key of a bundle identifier; "" for any other identifier.
+    static QString browserForID(const QString& bundleIdentifier);
+    // The browser key of a quitting application: Safari, Google Chrome, Chromium and Firefox by
+    // exact name, Opera by bundle identifier whatever its name; no value for anything else.
+    static std::optional<QString> browserForTerminatedApplication(const QVariantMap& userInfo);
+
+    // The bundle identifiers of the installed browsers, in detection order; asked anew each time.
+    QStringList checkForInstalledBrowsers();
+    bool checkIfBrowserEnabled(const QString& browser) const;
+    QStringList browserContentArray();
+    // The reaction to a change among the installed applications: a second later, drops every
+    // browser that is no longer installed from "enabledBrowsers" and announces the new tiles.
+    void browsersChanged();
+    // Folder name -> display name of the profiles in a Chromium-family "Local State"; empty on any failure.
+    QVariantMap userProfiles(const QString& browser);
+    // The Firefox profile folders (those holding a profile's files), by name.
+    QStringList firefoxProfiles();
+    // Whether the browser runs now, by its process or by a live lock file in its profile folders.
+    bool browserIsRunning(const QString& browser);
+
+signals:
+    void browserContentArrayChanged();
+
+private:
+    void applyInstalledBrowsers();
+    bool lockIsLive(const QString& lockPath);
+
+    Workspace& m_workspace;
+    UserDefaults& m_defaults;
+    Sandbox& m_sandbox;
+};

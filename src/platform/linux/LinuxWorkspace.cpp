@@ -1,0 +1,85 @@
+#include "platform/linux/LinuxWorkspace.h"
+
+#include "platform/linux/KnownApplications.h"
+#include "platform/linux/ProcessWatcher.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+QStringList environmentList(const char* name, const QStringList& fallback)
+{
+    const QString value = qEnvironmentVariable(name);
+    QStringList list = value.split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    return list.isEmpty() ? fallback : list;
+}
+
+} // namespace
+
+WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
+{
+    WorkspaceLocations locations;
+    const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME", home + QStringLiteral("/.local/share"));
+    QStringList dataFolders{dataHome};
+    dataFolders += environmentList("XDG_DATA_DIRS", {QStringLiteral("/usr/local/share"), QStringLiteral("/usr/share")});
+    dataFolders += {home + QStringLiteral("/.local/share/flatpak/exports/share"),
+                    QStringLiteral("/var/lib/flatpak/exports/share")};
+    for (const QString& folder : std::as_const(dataFolders))
+        locations.applicationFolders.append(QDir::cleanPath(folder + QStringLiteral("/applications")));
+    locations.applicationFolders.append(QStringLiteral("/var/lib/snapd/desktop/applications"));
+    locations.applicationFolders.removeDuplicates();
+
+    locations.commandFolders = environmentList("PATH", {QStringLiteral("/usr/local/bin"), QStringLiteral("/usr/bin")});
+    locations.commandFolders += {QStringLiteral("/snap/bin"), QStringLiteral("/var/lib/flatpak/exports/bin")};
+    locations.commandFolders.removeDuplicates();
+
+    for (const char* root : {"/.config/chromium", "/.config/google-chrome", "/.config/opera"})
+        locations.lockFolders.append(home + QLatin1String(root));
+    // Firefox locks each profile folder it opens.
+    for (const char* root : {"/.mozilla/firefox", "/.config/mozilla/firefox"}) {
+        const QString profiles = home + QLatin1String(root);
+        locations.lockFolders.append(profiles);
+        for (const QString& profile : QDir(profiles).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            locations.lockFolders.append(profiles + QLatin1Char('/') + profile);
+    }
+    return locations;
+}
+
+LinuxWorkspace::LinuxWorkspace(const WorkspaceLocations& locations, QObject* parent)
+    : Workspace(parent), m_locations(locations), m_watcher(new ProcessWatcher(locations.lockFolders, this))
+{
+    connect(m_watcher, &ProcessWatcher::applicationTerminated, this, [this](const RunningApplication& app) {
+        emit didTerminateApplication(
+            {{applicationNameKey, app.name}, {bundleIdentifierKey, app.bundleIdentifier}});
+    });
+}
+
+LinuxWorkspace::~LinuxWorkspace() = default;
+
+std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier)
+{
+    const KnownApplication* application = KnownApplications::forBundleIdentifier(bundleIdentifier);
+    if (!application)
+        return std::nullopt;
+    for (const QString& folder : std::as_const(m_locations.applicationFolders)) {
+        for (const QString& entry : application->desktopEntries) {
+            const QFileInfo info(folder + QLatin1Char('/') + entry);
+            if (info.isFile())
+                return info.absoluteFilePath();
+        }
+    }
+    for (const QString& folder : std::as_const(m_locations.commandFolders)) {
+        for (const QString& command : application->commands) {
+            const QFileInfo info(folder + QLatin1Char('/') + command);
+            if (info.isFile() && info.isExecutable())
+                return info.absoluteFilePath();
+        }
+    }
+    return std::nullopt;
+}
+
+QList<RunningApplication> LinuxWorkspace::runningApplications()
+{
+    return m_watcher->running();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <QStringList>
+
+class ProcessWatcher;
+
+// Where a Linux system keeps what the workspace looks at.
+struct WorkspaceLocations
+{
+    QStringList applicationFolders; // desktop entries: XDG, Flatpak and Snap exports
+    QStringList commandFolders;     // the PATH, plus where Snap and Flatpak put their commands
+    QStringList lockFolders;        // where browsers create their lock files as they start
+
+    static WorkspaceLocations forHome(const QString& home);
+};
+
+// Installed means a desktop entry or command of the application exists; running and quitting
+// come from the process watcher.
+class LinuxWorkspace final : public Workspace
+{
+    Q_OBJECT
+public:
+    explicit LinuxWorkspace(const WorkspaceLocations& locations, QObject* parent = nullptr);
+    ~LinuxWorkspace() override;
+
+    std::optional<QString> absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier) override;
+    QList<RunningApplication> runningApplications() override;
+
+private:
+    WorkspaceLocations m_locations;
+    ProcessWatcher* m_watcher;
+};

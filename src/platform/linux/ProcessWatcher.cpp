@@ -1,0 +1,185 @@
+#include "platform/linux/ProcessWatcher.h"
+
+#include "platform/linux/KnownApplications.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSocketNotifier>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+// A process is re-examined while it is this young: a launcher script becomes the browser by exec,
+// keeping its pid.
+constexpr qint64 kSettleMs = 30000;
+
+QString procPath(int pid, const char* entry)
+{
+    return QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(entry));
+}
+
+QString executableOf(int pid)
+{
+    QString target = QFile::symLinkTarget(procPath(pid, "exe"));
+    // A browser updated while it runs keeps running from its replaced file.
+    if (target.endsWith(QLatin1String(" (deleted)")))
+        target.chop(10);
+    return target;
+}
+
+QByteArray readProcFile(int pid, const char* entry)
+{
+    QFile file(procPath(pid, entry));
+    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.readAll() : QByteArray();
+}
+
+// Renderers, GPU and utility processes, zygotes and content processes run the browser's own
+// executable but are not the application.
+bool isHelperProcess(int pid)
+{
+    const QList<QByteArray> arguments = readProcFile(pid, "cmdline").split('\0');
+    for (const QByteArray& argument : arguments) {
+        if (argument.startsWith("--type=") || argument == "-contentproc")
+            return true;
+    }
+    return false;
+}
+
+int parentOf(int pid)
+{
+    // "pid (comm) state ppid ...": comm may hold spaces and parentheses, so read after the last ')'.
+    const QByteArray stat = readProcFile(pid, "stat");
+    const int close = stat.lastIndexOf(')');
+    if (close < 0)
+        return 0;
+    const QList<QByteArray> fields = stat.mid(close + 2).split(' ');
+    return fields.size() > 1 ? fields.at(1).toInt() : 0;
+}
+
+int pidfdOpen(int pid)
+{
+    return int(::syscall(SYS_pidfd_open, pid, 0));
+}
+
+} // namespace
+
+ProcessWatcher::ProcessWatcher(const QStringList& lockFolders, QObject* parent)
+    : QObject(parent), m_lockFolders(lockFolders)
+{
+    m_clock.start();
+    m_fallback.setInterval(kFallbackIntervalMs);
+    m_fallback.setTimerType(Qt::CoarseTimer);
+    connect(&m_fallback, &QTimer::timeout, this, &ProcessWatcher::scan);
+    // A lock-folder change comes in bursts as a browser starts; one look after the burst is enough.
+    m_soon.setSingleShot(true);
+    m_soon.setInterval(100);
+    connect(&m_soon, &QTimer::timeout, this, &ProcessWatcher::scan);
+    connect(&m_triggers, &QFileSystemWatcher::directoryChanged, this, [this] { m_soon.start(); });
+    scan();
+    m_fallback.start();
+}
+
+ProcessWatcher::~ProcessWatcher()
+{
+    for (auto& [pid, watched] : m_watched)
+        ::close(watched.pidfd);
+}
+
+QList<RunningApplication> ProcessWatcher::running() const
+{
+    QMutexLocker lock(&m_runningMutex);
+    return m_running;
+}
+
+void ProcessWatcher::scan()
+{
+    watchLockFolders();
+    const qint64 now = m_clock.elapsed();
+    // Whatever ran before the agent started has long since become what it is.
+    const qint64 firstSeen = m_firstScan ? now - kSettleMs : now;
+    m_firstScan = false;
+
+    QHash<int, qint64> seen;
+    seen.reserve(m_seen.size() + 16);
+    DIR* proc = ::opendir("/proc");
+    if (!proc)
+        return;
+    while (const dirent* entry = ::readdir(proc)) {
+        char* end = nullptr;
+        const long pid = std::strtol(entry->d_name, &end, 10);
+        if (pid <= 0 || *end != '\0')
+            continue;
+        const auto known = m_seen.constFind(int(pid));
+        const qint64 since = known != m_seen.cend() ? *known : firstSeen;
+        if (!m_watched.count(int(pid)) && now - since < kSettleMs)
+            examine(int(pid));
+        seen.insert(int(pid), since);
+    }
+    ::closedir(proc);
+    m_seen.swap(seen);
+}
+
+void ProcessWatcher::examine(int pid)
+{
+    struct stat st
+    {};
+    if (::stat(QFile::encodeName(QStringLiteral("/proc/%1").arg(pid)).constData(), &st) != 0 ||
+        st.st_uid != ::getuid())
+        return;
+    const QString executable = executableOf(pid);
+    const KnownApplication* application = KnownApplications::forExecutable(executable);
+    if (!application || isHelperProcess(pid))
+        return;
+    if (KnownApplications::forExecutable(executableOf(parentOf(pid))) == application)
+        return; // a child the browser started for itself
+
+    const int pidfd = pidfdOpen(pid);
+    if (pidfd < 0)
+        return;
+    // The pid may have been reused between the look and the open; the pidfd is the process now.
+    if (executableOf(pid) != executable) {
+        ::close(pidfd);
+        return;
+    }
+    Watched& watched = m_watched[pid];
+    watched.application = {application->name, application->bundleIdentifier, pid};
+    watched.pidfd = pidfd;
+    watched.notifier = std::make_unique<QSocketNotifier>(pidfd, QSocketNotifier::Read);
+    connect(watched.notifier.get(), &QSocketNotifier::activated, this, [this, pid] { exited(pid); });
+    QMutexLocker lock(&m_runningMutex);
+    m_running.append(watched.application);
+}
+
+void ProcessWatcher::exited(int pid)
+{
+    const auto it = m_watched.find(pid);
+    if (it == m_watched.end())
+        return;
+    const RunningApplication application = it->second.application;
+    it->second.notifier->setEnabled(false);
+    ::close(it->second.pidfd);
+    m_watched.erase(it);
+    m_seen.remove(pid);
+    {
+        QMutexLocker lock(&m_runningMutex);
+        m_running.removeIf([pid](const RunningApplication& running) { return running.pid == pid; });
+    }
+    emit applicationTerminated(application);
+}
+
+void ProcessWatcher::watchLockFolders()
+{
+    const QStringList watched = m_triggers.directories();
+    QStringList missing;
+    for (const QString& folder : std::as_const(m_lockFolders)) {
+        if (!watched.contains(folder) && QFileInfo(folder).isDir())
+            missing.append(folder);
+    }
+    if (!missing.isEmpty())
+        m_triggers.addPaths(missing);
+}

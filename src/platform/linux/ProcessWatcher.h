@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <QElapsedTimer>
+#include <QFileSystemWatcher>
+#include <QHash>
+#include <QMutex>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+
+class QSocketNotifier;
+struct KnownApplication;
+
+// Finds the main process of each known application running for this user and reports its exit
+// the moment it happens (a pidfd per process, woken by the kernel). New processes are looked for
+// when a browser's lock-file folder changes and, as a fallback, every two seconds; each look only
+// examines processes it has not settled on yet, so an idle agent costs next to nothing.
+class ProcessWatcher : public QObject
+{
+    Q_OBJECT
+public:
+    // Folders where browsers create their lock files as they start.
+    explicit ProcessWatcher(const QStringList& lockFolders, QObject* parent = nullptr);
+    ~ProcessWatcher() override;
+
+    // Safe from any thread.
+    QList<RunningApplication> running() const;
+    void scan();
+
+    static constexpr int kFallbackIntervalMs = 2000;
+
+signals:
+    void applicationTerminated(const RunningApplication& application);
+
+private:
+    struct Watched
+    {
+        RunningApplication application;
+        int pidfd = -1;
+        std::unique_ptr<QSocketNotifier> notifier;
+    };
+
+    void examine(int pid);
+    void exited(int pid);
+    void watchLockFolders();
+
+    QStringList m_lockFolders;
+    QHash<int, qint64> m_seen; // pid -> when it was first examined
+    std::map<int, Watched> m_watched;
+    QList<RunningApplication> m_running;
+    mutable QMutex m_runningMutex;
+    QElapsedTimer m_clock;
+    bool m_firstScan = true;
+    QTimer m_fallback;
+    QTimer m_soon;
+    QFileSystemWatcher m_triggers;
+};

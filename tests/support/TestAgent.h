@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/AppDelegate.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "platform/fake/ManualFolderWatch.h"
+#include "platform/fake/RecordingNotificationCenter.h"
+#include "platform/fake/ScriptedOpenPanel.h"
+#include "platform/linux/InodeBookmarks.h"
+#include "sandbox/Sandbox.h"
+#include "support/RecordingCleaners.h"
+#include "support/TestDefaults.h"
+
+// The controller over fakes of every platform service, on the given settings.
+struct TestAgent
+{
+    explicit TestAgent(TestDefaults& t, const QString& runLockPath = QString())
+        : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
+          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue, cleaners,
+               runLockPath})
+    {}
+
+    InodeBookmarks bookmarks;
+    ScriptedOpenPanel panel;
+    Sandbox sandbox;
+    FakeWorkspace workspace;
+    ManualFolderWatch folderWatch;
+    RecordingNotificationCenter notifications;
+    BrowserCatalogue catalogue;
+    RecordingCleaners cleaners;
+    AppDelegate app;
+};
