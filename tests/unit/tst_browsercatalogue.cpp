@@ -1,0 +1,209 @@
+#include "core/BrowserCatalogue.h"
+#include "platform/SettingsKeys.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "support/TestHome.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <unistd.h>
+
+using Catalogue = BrowserCatalogue;
+using namespace Qt::StringLiterals;
+
+class TestBrowserCatalogue : public QObject
+{
+    Q_OBJECT
+private slots:
+    void recognisesQuittingBrowsers_data();
+    void recognisesQuittingBrowsers();
+    void identifiersByPrefix_data();
+    void identifiersByPrefix();
+    void enabledOnlyForExactKeys();
+    void detectionAndTileOrders();
+    void browsersChangedDropsUninstalledBrowsersForGood();
+    void userProfilesFromLocalState_data();
+    void userProfilesFromLocalState();
+    void aRunningBrowserIsRecognised_data();
+    void aRunningBrowserIsRecognised();
+
+private:
+    void enable(TestHome& home, const QStringList& ids)
+    {
+        home.t.defaults.setObject(QVariant(ids).toList(), SettingsKeys::enabledBrowsers);
+    }
+};
+
+void TestBrowserCatalogue::recognisesQuittingBrowsers_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("bundleIdentifier");
+    QTest::addColumn<QString>("browser"); // "" when ignored
+    QTest::newRow("Safari") << u"Safari"_s << u"com.apple.Safari"_s << u"Safari"_s;
+    QTest::newRow("Chrome by name only") << u"Google Chrome"_s << u"x.y"_s << u"Google Chrome"_s;
+    QTest::newRow("Chromium") << u"Chromium"_s << u"org.chromium.Chromium"_s << u"Chromium"_s;
+    QTest::newRow("Firefox") << u"Firefox"_s << u""_s << u"Firefox"_s;
+    QTest::newRow("Opera Beta by identifier") << u"Opera Beta"_s << u"com.operasoftware.Opera"_s << u"Opera"_s;
+    QTest::newRow("Opera name, other identifier") << u"Opera"_s << u"com.opera.other"_s << u""_s;
+    QTest::newRow("Canary is not Chrome") << u"Google Chrome Canary"_s << u"com.google.Chrome.canary"_s << u""_s;
+    QTest::newRow("case matters") << u"firefox"_s << u"org.mozilla.firefox"_s << u""_s;
+    QTest::newRow("nothing") << u""_s << u""_s << u""_s;
+}
+
+void TestBrowserCatalogue::recognisesQuittingBrowsers()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, bundleIdentifier);
+    QFETCH(QString, browser);
+    QVariantMap userInfo;
+    if (!name.isEmpty())
+        userInfo.insert(QStringLiteral("NSApplicationName"), name);
+    if (!bundleIdentifier.isEmpty())
+        userInfo.insert(QStringLiteral("NSApplicationBundleIdentifier"), bundleIdentifier);
+    QCOMPARE(Catalogue::browserForTerminatedApplication(userInfo).value_or(QString()), browser);
+}
+
+void TestBrowserCatalogue::identifiersByPrefix_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("id");
+    QTest::newRow("key") << u"Firefox"_s << u"org.mozilla.firefox"_s;
+    QTest::newRow("disabled tile") << u"Opera-disabled"_s << u"com.operasoftware.Opera"_s;
+    QTest::newRow("Chrome tile") << u"Google Chrome-disabled"_s << u"com.google.Chrome"_s;
+    QTest::newRow("unknown") << u"Netscape"_s << u""_s;
+    QTest::newRow("prefix only at the start") << u"My Safari"_s << u""_s;
+}
+
+void TestBrowserCatalogue::identifiersByPrefix()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, id);
+    QCOMPARE(Catalogue::browserIDFor(name), id);
+}
+
+void TestBrowserCatalogue::enabledOnlyForExactKeys()
+{
+    TestHome home;
+    FakeWorkspace workspace;
+    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    enable(home, {Catalogue::safariID, Catalogue::operaID});
+    QVERIFY(catalogue.checkIfBrowserEnabled(QStringLiteral("Safari")));
+    QVERIFY(catalogue.checkIfBrowserEnabled(QStringLiteral("Opera")));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Safari-disabled")));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Firefox")));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Operaa")));
+}
+
+void TestBrowserCatalogue::detectionAndTileOrders()
+{
+    TestHome home;
+    FakeWorkspace workspace;
+    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    workspace.setInstalled({Catalogue::operaID, Catalogue::firefoxID, Catalogue::chromiumID, Catalogue::safariID});
+    QCOMPARE(catalogue.checkForInstalledBrowsers(),
+             QStringList({Catalogue::safariID, Catalogue::chromiumID, Catalogue::firefoxID, Catalogue::operaID}));
+    enable(home, {Catalogue::chromiumID, Catalogue::googleChromeID});
+    // Tile order; Chrome is activated but not installed, so it has no tile.
+    QCOMPARE(catalogue.browserContentArray(),
+             QStringList({QStringLiteral("Safari-disabled"), QStringLiteral("Firefox-disabled"),
+                          QStringLiteral("Chromium"), QStringLiteral("Opera-disabled")}));
+}
+
+void TestBrowserCatalogue::browsersChangedDropsUninstalledBrowsersForGood()
+{
+    TestHome home;
+    FakeWorkspace workspace;
+    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    QSignalSpy changed(&catalogue, &Catalogue::browserContentArrayChanged);
+    workspace.setInstalled({Catalogue::safariID, Catalogue::firefoxID});
+    // Activated Firefox first: rewritten in detection order, Chrome (uninstalled) dropped.
+    enable(home, {Catalogue::firefoxID, Catalogue::googleChromeID, Catalogue::safariID});
+    catalogue.browsersChanged();
+    QCOMPARE(changed.size(), 0); // a second later, not at once
+    QTRY_COMPARE(changed.size(), 1);
+    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
+             QVariantList({Catalogue::safariID, Catalogue::firefoxID}));
+    workspace.setInstalled({Catalogue::safariID, Catalogue::firefoxID, Catalogue::googleChromeID});
+    catalogue.browsersChanged();
+    QTRY_COMPARE(changed.size(), 2);
+    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
+             QVariantList({Catalogue::safariID, Catalogue::firefoxID}));
+}
+
+void TestBrowserCatalogue::userProfilesFromLocalState_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QByteArray>("localState"); // empty: no file
+    QTest::addColumn<QVariantMap>("profiles");
+    const QByteArray two = R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work","x":1}}}})";
+    QTest::newRow("Chrome") << u"Google Chrome"_s << two
+                            << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
+                                           {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
+    QTest::newRow("Chromium") << u"Chromium"_s << two
+                              << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
+                                             {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
+    QTest::newRow("entry without a name") << u"Chromium"_s
+                                          << QByteArray(R"({"profile":{"info_cache":{"Default":{},"P":{"name":"N"}}}})")
+                                          << QVariantMap{{QStringLiteral("P"), QStringLiteral("N")}};
+    QTest::newRow("no info_cache") << u"Chromium"_s << QByteArray(R"({"profile":{}})") << QVariantMap();
+    QTest::newRow("broken JSON") << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":)") << QVariantMap();
+    QTest::newRow("not UTF-8") << u"Chromium"_s << QByteArray("\xff\xfe{}") << QVariantMap();
+    QTest::newRow("a list at the top") << u"Chromium"_s << QByteArray("[1,2]") << QVariantMap();
+    QTest::newRow("missing file") << u"Chromium"_s << QByteArray() << QVariantMap();
+}
+
+void TestBrowserCatalogue::userProfilesFromLocalState()
+{
+    QFETCH(QString, browser);
+    QFETCH(QByteArray, localState);
+    QFETCH(QVariantMap, profiles);
+    TestHome home;
+    FakeWorkspace workspace;
+    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    const QString folder = browser == Catalogue::googleChrome ? QStringLiteral("Google/Chrome") : browser;
+    if (!localState.isEmpty())
+        home.file(QStringLiteral("Library/Application Support/%1/Local State").arg(folder), localState);
+    QCOMPARE(catalogue.userProfiles(browser), profiles);
+}
+
+void TestBrowserCatalogue::aRunningBrowserIsRecognised_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("lockFile"); // below the home; "" for none
+    QTest::addColumn<QString>("lockTarget");
+    QTest::addColumn<bool>("processRuns");
+    QTest::addColumn<bool>("running");
+    const QString self = QString::number(::getpid());
+    const QString chromiumLock = QStringLiteral("Library/Application Support/Chromium/SingletonLock");
+    const QString firefoxLock = QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/lock");
+    QTest::newRow("nothing") << u"Chromium"_s << u""_s << u""_s << false << false;
+    QTest::newRow("its process") << u"Chromium"_s << u""_s << u""_s << true << true;
+    QTest::newRow("live lock") << u"Chromium"_s << chromiumLock << QString(u"host-name-"_s + self) << false << true;
+    QTest::newRow("lock left by a crash") << u"Chromium"_s << chromiumLock << u"host-999999999"_s << false << false;
+    QTest::newRow("unreadable lock") << u"Chromium"_s << chromiumLock << u"garbage"_s << false << true;
+    QTest::newRow("Firefox profile lock") << u"Firefox"_s << firefoxLock << QString(u"127.0.1.1:+"_s + self) << false << true;
+    QTest::newRow("Firefox stale lock") << u"Firefox"_s << firefoxLock << u"127.0.1.1:+999999999"_s << false << false;
+}
+
+void TestBrowserCatalogue::aRunningBrowserIsRecognised()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, lockFile);
+    QFETCH(QString, lockTarget);
+    QFETCH(bool, processRuns);
+    QFETCH(bool, running);
+    TestHome home;
+    FakeWorkspace workspace;
+    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    home.file(QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/prefs.js"));
+    if (!lockFile.isEmpty()) {
+        home.folder(QFileInfo(lockFile).path());
+        QVERIFY(QFile::link(lockTarget, home.path(lockFile)));
+    }
+    if (processRuns)
+        workspace.setRunning({{browser, Catalogue::browserIDFor(browser), 42}});
+    QCOMPARE(catalogue.browserIsRunning(browser), running);
+}
+
+QTEST_GUILESS_MAIN(TestBrowserCatalogue)
+#include "tst_browsercatalogue.moc"

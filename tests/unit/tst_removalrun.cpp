@@ -1,0 +1,282 @@
+#include "core/RemovalRun.h"
+#include "core/RunLock.h"
+#include "platform/SettingsKeys.h"
+#include "support/TestAgent.h"
+#include "support/TestHome.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+// The controller on a temporary home, protecting Safari and Firefox.
+struct ProtectedAgent
+{
+    ProtectedAgent()
+    {
+        home.t.defaults.setBool(true, SettingsKeys::isRunning);
+        home.t.defaults.setBool(true, SettingsKeys::displayNotifications);
+        home.t.defaults.setObject(QVariantList{u"com.apple.Safari"_s, u"org.mozilla.firefox"_s},
+                                  SettingsKeys::enabledBrowsers);
+        agent.app.setRunDelays(50, 300);
+        agent.app.startObservingSettings();
+        QObject::connect(&agent.workspace, &Workspace::didTerminateApplication, &agent.app,
+                         &AppDelegate::appTerminated);
+    }
+    void select(const QVariantMap& settings) { home.t.defaults.setObject(settings, SettingsKeys::settings); }
+    void quit(const QString& name, const QString& id = QString()) { agent.workspace.terminate(name, id); }
+
+    TestHome home;
+    TestAgent agent{home.t};
+};
+
+class TestRemovalRun : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theLoopCallsSelectedCleanersInOrder_data();
+    void theLoopCallsSelectedCleanersInOrder();
+    void notificationTexts_data();
+    void notificationTexts();
+    void aQuitSetsOffASilentAndANotifyingRun();
+    void quitsThatDoNothing_data();
+    void quitsThatDoNothing();
+    void notificationsAreDecidedAtTheQuit();
+    void aSelectionChangedBetweenTheRunsReachesTheSecond();
+    void runsAreStrictlySerialAndOffTheMainThread();
+    void aBrowserRunningAgainIsNotTouched();
+    void aRunWaitsForTheLockHeldByAnotherProcess();
+    void aClickedNotificationIsRemoved();
+};
+
+void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QVariantMap>("choices");
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<QStringList>("labels");
+    QTest::newRow("cookies and history")
+        << u"Safari"_s << QVariantMap{{u"Safari:history"_s, true}, {u"Safari:cookies"_s, true}}
+        << QStringList{u"removeCookies Safari"_s, u"removeBrowserHistory Safari history"_s}
+        << QStringList{u"Cookies"_s, u"History"_s};
+    QVariantMap all;
+    for (const QString& category : SettingsKeys::categories)
+        all.insert(SettingsKeys::settingsKey(u"Opera"_s, category), true);
+    QTest::newRow("everything, in run order")
+        << u"Opera"_s << all
+        << QStringList{u"removeCookies Opera"_s,
+                       u"removeNonFavLocalStorage Opera"_s,
+                       u"removeFlash Opera"_s,
+                       u"removeSilverlight"_s,
+                       u"removeBrowserCache Opera"_s,
+                       u"removeBrowserHistory Opera history"_s,
+                       u"removeBrowserHistory Opera favicons"_s,
+                       u"removeBrowserHistory Opera webpage"_s,
+                       u"removeBrowserHistory Opera forms"_s,
+                       u"removeBrowserHistory Opera downloads"_s,
+                       u"removeBrowserHistory Opera websitePrefs"_s,
+                       u"removeBrowserHistory Opera searchEngines"_s}
+        << QStringList{u"Cookies"_s,        u"LocalStorage and Databases"_s,
+                       u"Flash"_s,          u"Silverlight"_s,
+                       u"Cache"_s,          u"History"_s,
+                       u"Favicons"_s,       u"Webpage previews"_s,
+                       u"Form values"_s,    u"Downloads"_s,
+                       u"Website preferences"_s, u"Other search engines"_s};
+    QTest::newRow("other browsers' choices and non-true values are not selections")
+        << u"Firefox"_s
+        << QVariantMap{{u"Safari:cookies"_s, true}, {u"Firefox:cache"_s, 1}, {u"Firefox:forms"_s, u"true"_s}}
+        << QStringList{} << QStringList{};
+}
+
+void TestRemovalRun::theLoopCallsSelectedCleanersInOrder()
+{
+    QFETCH(QString, browser);
+    QFETCH(QVariantMap, choices);
+    QFETCH(QStringList, calls);
+    QFETCH(QStringList, labels);
+    RecordingCleaners cleaners;
+    QCOMPARE(RemovalRun::performCategoryLoop(browser, choices, cleaners), labels);
+    QCOMPARE(cleaners.calls(), calls);
+}
+
+void TestRemovalRun::notificationTexts_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QStringList>("labels");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("two") << u"Safari"_s << QStringList{u"Cookies"_s, u"Cache"_s} << u"Cookies, Cache removed from Safari"_s;
+    QTest::newRow("none") << u"Firefox"_s << QStringList{}
+                          << u"Whoops, you havn't selected anything to be removed from Firefox"_s;
+    QTest::newRow("percent signs stay") << u"B%1%@"_s << QStringList{u"%2"_s} << u"%2 removed from B%1%@"_s;
+}
+
+void TestRemovalRun::notificationTexts()
+{
+    QFETCH(QString, browser);
+    QFETCH(QStringList, labels);
+    QFETCH(QString, text);
+    QCOMPARE(RemovalRun::notificationText(browser, labels), text);
+}
+
+void TestRemovalRun::aQuitSetsOffASilentAndANotifyingRun()
+{
+    ProtectedAgent p;
+    p.select({{u"Safari:cookies"_s, true}, {u"Safari:history"_s, true}});
+    QElapsedTimer clock;
+    clock.start();
+    QList<qint64> runTimes;
+    p.agent.cleaners.during = [&](const QString& call) {
+        if (call.startsWith(u"removeCookies"_s))
+            runTimes.append(clock.elapsed());
+    };
+    p.quit(u"Safari"_s, u"com.apple.Safari"_s);
+    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
+    QVERIFY(p.agent.app.waitForRuns(5000));
+    QCOMPARE(runTimes.size(), 2);
+    QVERIFY2(runTimes.at(0) >= 50 && runTimes.at(1) >= 300, qPrintable(u"%1 %2"_s.arg(runTimes.at(0)).arg(runTimes.at(1))));
+    QCOMPARE(p.agent.notifications.delivered().first().title, u"Corvella"_s);
+    QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cookies, History removed from Safari"_s);
+    QTest::qWait(100);
+    QCOMPARE(p.agent.notifications.delivered().size(), 1);
+}
+
+void TestRemovalRun::quitsThatDoNothing_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<bool>("protecting");
+    QTest::newRow("protection off") << u"Safari"_s << u"com.apple.Safari"_s << false;
+    QTest::newRow("installed but not activated") << u"Chromium"_s << u"org.chromium.Chromium"_s << true;
+    QTest::newRow("not a browser") << u"Terminal"_s << u"org.gnome.Terminal"_s << true;
+    QTest::newRow("name match is exact") << u"Google Chrome Canary"_s << u"com.google.Chrome"_s << true;
+    QTest::newRow("Opera's name, another identifier") << u"Opera"_s << u"com.example"_s << true;
+}
+
+void TestRemovalRun::quitsThatDoNothing()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, id);
+    QFETCH(bool, protecting);
+    ProtectedAgent p;
+    p.home.t.defaults.setObject(QVariantList{u"com.apple.Safari"_s, u"com.google.Chrome"_s, u"com.operasoftware.Opera"_s},
+                                SettingsKeys::enabledBrowsers);
+    p.home.t.defaults.setBool(protecting, SettingsKeys::isRunning);
+    p.quit(name, id);
+    QTest::qWait(500);
+    QVERIFY(p.agent.app.waitForRuns(1000));
+    QVERIFY(p.agent.cleaners.calls().isEmpty());
+    QVERIFY(p.agent.notifications.delivered().isEmpty());
+}
+
+void TestRemovalRun::notificationsAreDecidedAtTheQuit()
+{
+    // Runs already scheduled still happen when protection goes off, and notifications switched off
+    // after the quit still come.
+    ProtectedAgent p;
+    p.select({});
+    p.quit(u"Firefox"_s);
+    p.home.t.defaults.setBool(false, SettingsKeys::displayNotifications);
+    p.home.t.defaults.setBool(false, SettingsKeys::isRunning);
+    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
+    QCOMPARE(p.agent.notifications.delivered().first().subtitle,
+             u"Whoops, you havn't selected anything to be removed from Firefox"_s);
+
+    ProtectedAgent quiet;
+    quiet.home.t.defaults.setBool(false, SettingsKeys::displayNotifications);
+    quiet.select({{u"Firefox:cache"_s, true}});
+    quiet.quit(u"Firefox"_s);
+    QTRY_COMPARE(quiet.agent.cleaners.calls().size(), 2);
+    QVERIFY(quiet.agent.app.waitForRuns(1000));
+    QVERIFY(quiet.agent.notifications.delivered().isEmpty());
+}
+
+void TestRemovalRun::aSelectionChangedBetweenTheRunsReachesTheSecond()
+{
+    ProtectedAgent p;
+    p.select({{u"Firefox:cookies"_s, true}});
+    p.quit(u"Firefox"_s);
+    QTRY_COMPARE(p.agent.cleaners.calls().size(), 1);
+    p.select({{u"Firefox:cache"_s, true}});
+    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
+    QCOMPARE(p.agent.cleaners.calls(), QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
+    QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cache removed from Firefox"_s);
+}
+
+void TestRemovalRun::runsAreStrictlySerialAndOffTheMainThread()
+{
+    ProtectedAgent p;
+    p.select({{u"Safari:cookies"_s, true}, {u"Firefox:cookies"_s, true}, {u"Firefox:cache"_s, true}});
+    QAtomicInt inside;
+    QAtomicInt overlaps;
+    p.agent.cleaners.during = [&](const QString&) {
+        if (inside.fetchAndAddOrdered(1) != 0)
+            overlaps.ref();
+        QThread::msleep(30);
+        inside.fetchAndAddOrdered(-1);
+    };
+    p.agent.app.clearData(u"Firefox"_s, false);
+    p.agent.app.clearData(u"Safari"_s, false);
+    p.agent.app.clearData(u"Firefox"_s, false);
+    QVERIFY(p.agent.app.waitForRuns(5000));
+    QCOMPARE(overlaps.loadRelaxed(), 0);
+    QCOMPARE(p.agent.cleaners.calls(),
+             QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s, u"removeCookies Safari"_s,
+                          u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
+    for (QThread* thread : p.agent.cleaners.threads())
+        QVERIFY(thread != QThread::currentThread());
+}
+
+void TestRemovalRun::aBrowserRunningAgainIsNotTouched()
+{
+    ProtectedAgent p;
+    p.select({{u"Firefox:cookies"_s, true}});
+    p.agent.workspace.setRunning({{u"Firefox"_s, u"org.mozilla.firefox"_s, 4242}});
+    p.quit(u"Firefox"_s);
+    QTRY_VERIFY(p.home.t.log.lines().filter(u"skipped removing data of Firefox"_s).size() == 2);
+    QVERIFY(p.agent.app.waitForRuns(1000));
+    QVERIFY(p.agent.cleaners.calls().isEmpty());
+    QVERIFY(p.agent.notifications.delivered().isEmpty());
+}
+
+void TestRemovalRun::aRunWaitsForTheLockHeldByAnotherProcess()
+{
+    TestHome home;
+    const QString lockPath = RunLock::pathForHome(home.path());
+    int ready[2];
+    QVERIFY(::pipe(ready) == 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const RunLock held(lockPath, home.t.log);
+        [[maybe_unused]] auto written = ::write(ready[1], "x", 1);
+        ::usleep(400 * 1000);
+        ::_exit(0);
+    }
+    char byte;
+    QCOMPARE(::read(ready[0], &byte, 1), 1);
+    TestAgent agent(home.t, lockPath);
+    home.t.defaults.setObject(QVariantMap{{u"Opera:cache"_s, true}}, SettingsKeys::settings);
+    agent.app.startObservingSettings();
+    QElapsedTimer clock;
+    clock.start();
+    agent.app.clearData(u"Opera"_s, false);
+    QVERIFY(agent.app.waitForRuns(5000));
+    QVERIFY(clock.elapsed() >= 300);
+    QCOMPARE(agent.cleaners.calls(), QStringList{u"removeBrowserCache Opera"_s});
+    ::waitpid(child, nullptr, 0);
+}
+
+void TestRemovalRun::aClickedNotificationIsRemoved()
+{
+    ProtectedAgent p;
+    p.agent.app.applicationDidFinishLaunching();
+    emit p.agent.notifications.didActivateNotification(7);
+    QCOMPARE(p.agent.notifications.removed(), QList<quint32>{7});
+}
+
+QTEST_GUILESS_MAIN(TestRemovalRun)
+#include "tst_removalrun.moc"
