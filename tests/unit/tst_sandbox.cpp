@@ -1,5 +1,7 @@
 #include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
+#include "sandbox/RemovalPreview.h"
+#include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
@@ -20,6 +22,7 @@ class TestSandbox : public QObject
 {
     Q_OBJECT
 private slots:
+    void aPreviewReportsAndChangesNothing();
     void emptyPathsGiveEmptyResults();
     void refusedAccessGivesEmptyResultsAndALogLine();
     void theHomeGrantIsAskedForOnceOnTheMainThread();
@@ -365,6 +368,48 @@ void TestSandbox::linuxLayoutMapsReferencePaths()
         QVERIFY(!home.exists(native));
         QCOMPARE(home.exists(reference), reference != native); // the macOS-style copy is not this system's
     }
+}
+
+namespace {
+struct ListedPreview final : RemovalPreview
+{
+    void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) override
+    {
+        lines.append(QStringLiteral("%1 %2 %3 %4").arg(action, path).arg(bytes).arg(detail).trimmed());
+    }
+    QStringList lines;
+};
+} // namespace
+
+void TestSandbox::aPreviewReportsAndChangesNothing()
+{
+    TestHome home;
+    ListedPreview preview;
+    Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, &preview});
+    home.file(QStringLiteral("Cookies/a"), "12345");
+    home.file(QStringLiteral("Cache/x/y"), "123");
+    home.file(QStringLiteral("Cache/z"), "1");
+    const QString db = home.path(QStringLiteral("History.db"));
+    {
+        Sqlite sqlite(db);
+        sqlite.executeQuery(QStringLiteral("CREATE TABLE t (v)"));
+        sqlite.executeQuery(QStringLiteral("INSERT INTO t VALUES (1)"));
+    }
+    const qint64 dbSize = QFileInfo(db).size();
+    sandbox.remove(QStringLiteral("~/Cookies"));
+    sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Cache"));
+    sandbox.write(QByteArray("new"), QStringLiteral("~/Cookies/a"));
+    sandbox.runSql(QStringLiteral("DELETE FROM t"), QStringLiteral("~/History.db"));
+    // Reading still works, so a preview walks the same steps as a real run.
+    QCOMPARE(sandbox.returnArrayFromSql(QStringLiteral(" select v from t"), QStringLiteral("~/History.db"))->size(), 1);
+    QCOMPARE(preview.lines,
+             QStringList({QStringLiteral("remove %1 5").arg(home.path(QStringLiteral("Cookies"))),
+                          QStringLiteral("remove files below %1 4").arg(home.path(QStringLiteral("Cache"))),
+                          QStringLiteral("write %1 3").arg(home.path(QStringLiteral("Cookies/a"))),
+                          QStringLiteral("change %1 %2 DELETE FROM t").arg(db).arg(dbSize)}));
+    QCOMPARE(home.read(QStringLiteral("Cookies/a")), QByteArray("12345"));
+    QVERIFY(home.exists(QStringLiteral("Cache/x/y")) && home.exists(QStringLiteral("Cache/z")));
+    QCOMPARE(Sqlite(db).executeQuery(QStringLiteral("SELECT v FROM t"))->size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)

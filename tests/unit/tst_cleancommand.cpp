@@ -1,0 +1,175 @@
+#include "app/CleanCommand.h"
+#include "platform/SettingsKeys.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
+#include "sandbox/FileUrl.h"
+#include "support/TestHome.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+// corvella-clean over a temporary home; the terminal answers from a script (none: no terminal).
+struct Cli
+{
+    explicit Cli(bool granted = true) : home(granted) {}
+
+    int run(const QStringList& arguments)
+    {
+        out.clear();
+        err.clear();
+        QTextStream outStream(&out);
+        QTextStream errStream(&err);
+        CleanCommand command({home.t.defaults, home.t.log, home.bookmarks, workspace, outStream, errStream,
+                              [this](const QString& question) -> std::optional<bool> {
+                                  questions.append(question);
+                                  return answer;
+                              },
+                              QString()});
+        return command.run(arguments);
+    }
+    bool homeGrantRecorded()
+    {
+        return AppSandboxFileAccessPersist(home.t.defaults)
+            .bookmarkDataForURL(FileUrl::forPath(home.path()))
+            .has_value();
+    }
+
+    TestHome home;
+    FakeWorkspace workspace;
+    std::optional<bool> answer;
+    QStringList questions;
+    QString out;
+    QString err;
+};
+
+class TestCleanCommand : public QObject
+{
+    Q_OBJECT
+private slots:
+    void badUsageNamesTheAcceptedValues_data();
+    void badUsageNamesTheAcceptedValues();
+    void runsTheNamedCategoriesOrTheSavedSelection();
+    void withoutAGrantOrATerminalItSaysHowToGrant();
+    void theGrantFromTheOptionOrTheTerminalIsRemembered();
+    void aRunningBrowserIsNotTouched();
+    void aLayoutOptionIsNotStored();
+    void listShowsInstalledActivatedAndProfiles();
+};
+
+void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("no browser") << QStringList{} << u"Safari, Firefox, Google Chrome, Chromium, Opera"_s;
+    QTest::newRow("unknown browser") << QStringList{u"Netscape"_s} << u"unknown browser \"Netscape\"; accepted: Safari"_s;
+    QTest::newRow("a tile name is no key") << QStringList{u"Safari-disabled"_s} << u"unknown browser"_s;
+    QTest::newRow("unknown category") << QStringList{u"Firefox"_s, u"cookies"_s, u"passwords"_s}
+                                      << u"unknown category \"passwords\"; accepted: cookies, databases"_s;
+    QTest::newRow("unknown option") << QStringList{u"--force"_s, u"Firefox"_s} << u"unknown option \"--force\""_s;
+    QTest::newRow("unknown layout") << QStringList{u"--layout"_s, u"Windows"_s, u"Firefox"_s}
+                                    << u"accepted: macOS, Linux"_s;
+    QTest::newRow("layout without a value") << QStringList{u"Firefox"_s, u"--layout"_s} << u"macOS or Linux"_s;
+    QTest::newRow("list with a browser") << QStringList{u"--list"_s, u"Firefox"_s} << u"--list takes no browser"_s;
+}
+
+void TestCleanCommand::badUsageNamesTheAcceptedValues()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    Cli cli;
+    QCOMPARE(cli.run(arguments), int(CleanCommand::BadUsage));
+    QVERIFY2(cli.err.contains(message), qPrintable(cli.err));
+    QVERIFY(cli.out.isEmpty());
+}
+
+void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
+{
+    Cli cli;
+    QCOMPARE(cli.run({u"Firefox"_s, u"cache"_s, u"cookies"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.out, u"Cookies, Cache removed from Firefox\n"_s);
+    QCOMPARE(cli.run({u"Firefox"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.out, u"Whoops, you havn't selected anything to be removed from Firefox\n"_s);
+    cli.home.t.defaults.setObject(QVariantMap{{u"Firefox:history"_s, true}, {u"Firefox:forms"_s, false}},
+                                  SettingsKeys::settings);
+    QCOMPARE(cli.run({u"Firefox"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.out, u"History removed from Firefox\n"_s);
+    QCOMPARE(cli.run({u"--preview"_s, u"Firefox"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.out, u"Nothing would be removed from Firefox.\n"_s);
+    QVERIFY(cli.questions.isEmpty());
+}
+
+void TestCleanCommand::withoutAGrantOrATerminalItSaysHowToGrant()
+{
+    Cli cli(false);
+    QCOMPARE(cli.run({u"Chromium"_s, u"cookies"_s}), int(CleanCommand::NoHomeAccess));
+    QVERIFY2(cli.err.contains(u"corvella-clean --allow-home-access Chromium"_s), qPrintable(cli.err));
+    QVERIFY(cli.out.isEmpty());
+    QVERIFY(!cli.homeGrantRecorded());
+}
+
+void TestCleanCommand::theGrantFromTheOptionOrTheTerminalIsRemembered()
+{
+    Cli byOption(false);
+    QCOMPARE(byOption.run({u"--allow-home-access"_s, u"Opera"_s, u"cache"_s}), int(CleanCommand::Success));
+    QVERIFY(byOption.homeGrantRecorded());
+    QVERIFY(byOption.questions.isEmpty());
+
+    Cli refused(false);
+    refused.answer = false;
+    QCOMPARE(refused.run({u"Opera"_s}), int(CleanCommand::NoHomeAccess));
+    QCOMPARE(refused.questions.size(), 1);
+    QVERIFY(refused.questions.first().contains(refused.home.path()));
+    QVERIFY(!refused.homeGrantRecorded());
+
+    Cli allowed(false);
+    allowed.answer = true;
+    QCOMPARE(allowed.run({u"Opera"_s, u"cache"_s}), int(CleanCommand::Success));
+    QVERIFY(allowed.homeGrantRecorded());
+    QCOMPARE(allowed.run({u"Opera"_s, u"cache"_s}), int(CleanCommand::Success));
+    QCOMPARE(allowed.questions.size(), 1); // asked once
+}
+
+void TestCleanCommand::aRunningBrowserIsNotTouched()
+{
+    Cli cli;
+    cli.workspace.setRunning({{u"Chromium"_s, u"org.chromium.Chromium"_s, 77}});
+    QCOMPARE(cli.run({u"Chromium"_s, u"cookies"_s}), int(CleanCommand::BrowserRunning));
+    QVERIFY(cli.err.contains(u"Chromium is running"_s));
+    QVERIFY(cli.out.isEmpty());
+    QCOMPARE(cli.run({u"Firefox"_s, u"cookies"_s}), int(CleanCommand::Success));
+}
+
+void TestCleanCommand::aLayoutOptionIsNotStored()
+{
+    Cli cli;
+    QCOMPARE(cli.run({u"--layout=Linux"_s, u"Firefox"_s, u"cache"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.home.t.backend->read()->value(SettingsKeys::browserLayout), QVariant(u"macOS"_s));
+}
+
+void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
+{
+    Cli cli;
+    cli.workspace.setInstalled({u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s});
+    cli.home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
+    cli.home.file(u"Library/Application Support/Chromium/Local State"_s,
+                  R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work"}}}})");
+    cli.home.file(u"Library/Application Support/Firefox/Profiles/x1.default-esr/prefs.js"_s);
+    cli.home.folder(u"Library/Application Support/Firefox/Profiles/Crash Reports"_s);
+    QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
+    const QStringList lines = cli.out.split(u'\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 5);
+    QCOMPARE(lines.at(0), u"Safari         not installed  not activated"_s);
+    QCOMPARE(lines.at(2),
+             u"Chromium       installed      not activated  profiles: Default (Person 1), Profile 2 (Work)"_s);
+    QCOMPARE(lines.at(3), u"Firefox        installed      activated      profiles: x1.default-esr"_s);
+
+    Cli noAccess(false);
+    noAccess.answer = true; // --list never asks
+    QCOMPARE(noAccess.run({u"--list"_s}), int(CleanCommand::Success));
+    QVERIFY(noAccess.out.contains(u"Profiles are not shown"_s));
+    QVERIFY(noAccess.questions.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestCleanCommand)
+#include "tst_cleancommand.moc"

@@ -1,0 +1,135 @@
+#include "platform/SettingsKeys.h"
+#include "support/TestAgent.h"
+#include "support/TestHome.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class TestLifecycle : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theFirstLaunchOpensThePopoverAndDoesNotWatch();
+    void laterLaunchesWatchTheApplicationsFolders();
+    void aRefusedGrantIsLoggedAndTriedAgain();
+    void withoutAnActivatedBrowserTheUserIsAsked();
+    void launchedFromLoginWithHideOnLaunchShowsNoWindow();
+    void aFolderChangeUpdatesTheTiles();
+    void terminationStopsTheWatchAndTheObservations();
+};
+
+void TestLifecycle::theFirstLaunchOpensThePopoverAndDoesNotWatch()
+{
+    TestHome home;
+    TestAgent agent(home.t);
+    QSignalSpy popover(&agent.app, &AppDelegate::popoverRequested);
+    agent.app.applicationWillFinishLaunching();
+    agent.app.applicationDidFinishLaunching();
+    QCOMPARE(home.t.defaults.objectForKey(SettingsKeys::firstRun), std::optional<QVariant>(false));
+    QCOMPARE(agent.folderWatch.starts, 0);
+    QCOMPARE(popover.size(), 0);
+    QTRY_COMPARE(popover.size(), 1);
+}
+
+void TestLifecycle::laterLaunchesWatchTheApplicationsFolders()
+{
+    TestHome home;
+    home.t.defaults.setBool(false, SettingsKeys::firstRun);
+    TestAgent agent(home.t);
+    agent.app.applicationWillFinishLaunching();
+    agent.app.applicationDidFinishLaunching();
+    QVERIFY(agent.app.watchingApplicationsFolder());
+    QCOMPARE(agent.folderWatch.watchedPaths, QStringList{u"/Applications"_s});
+    QCOMPARE(agent.folderWatch.latency, 3000);
+    agent.app.watchApplicationsFolder();
+    QCOMPARE(agent.folderWatch.starts, 1);
+    QVERIFY(agent.panel.requests.isEmpty()); // the recorded grant of the home folder served
+}
+
+void TestLifecycle::aRefusedGrantIsLoggedAndTriedAgain()
+{
+    TestHome home(false);
+    home.t.defaults.setBool(false, SettingsKeys::firstRun);
+    TestAgent agent(home.t);
+    agent.app.applicationDidFinishLaunching();
+    QVERIFY(!agent.app.watchingApplicationsFolder());
+    QVERIFY(home.t.log.lines().contains(u"Corvella Sandbox has denied access to /Applications"_s));
+    QCOMPARE(agent.folderWatch.starts, 0);
+    agent.panel.answer(home.path());
+    agent.app.watchApplicationsFolder();
+    QVERIFY(agent.app.watchingApplicationsFolder());
+    QCOMPARE(agent.folderWatch.starts, 1);
+}
+
+void TestLifecycle::withoutAnActivatedBrowserTheUserIsAsked()
+{
+    TestHome home;
+    TestAgent agent(home.t);
+    QSignalSpy ask(&agent.app, &AppDelegate::browserPopoverRequested);
+    agent.app.checkEnabledBrowsers();
+    QTRY_COMPARE(ask.size(), 1);
+    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
+    agent.app.checkEnabledBrowsers();
+    QTest::qWait(1200);
+    QCOMPARE(ask.size(), 1);
+}
+
+void TestLifecycle::launchedFromLoginWithHideOnLaunchShowsNoWindow()
+{
+    for (const bool fromLogin : {false, true}) {
+        TestHome home;
+        home.t.defaults.setBool(true, SettingsKeys::hideOnLaunch);
+        TestAgent agent(home.t);
+        if (fromLogin)
+            agent.workspace.setRunning({{u"Corvella Login Helper"_s, u"com.tovanex.Corvella6Helper"_s, 9}});
+        QSignalSpy window(&agent.app, &AppDelegate::windowRequested);
+        agent.app.applicationWillFinishLaunching();
+        QCOMPARE(agent.app.openedFromLogin(), fromLogin);
+        agent.app.applicationDidFinishLaunching();
+        QCOMPARE(window.size(), fromLogin ? 0 : 1);
+        agent.app.applicationDidBecomeActive();
+        QVERIFY(!agent.app.openedFromLogin());
+    }
+}
+
+void TestLifecycle::aFolderChangeUpdatesTheTiles()
+{
+    TestHome home;
+    home.t.defaults.setBool(false, SettingsKeys::firstRun);
+    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s, u"org.chromium.Chromium"_s},
+                              SettingsKeys::enabledBrowsers);
+    TestAgent agent(home.t);
+    agent.workspace.setInstalled({u"org.mozilla.firefox"_s, u"org.chromium.Chromium"_s});
+    agent.app.applicationDidFinishLaunching();
+    QCOMPARE(agent.app.browserTiles(), QStringList({u"Firefox"_s, u"Chromium"_s}));
+    QSignalSpy tiles(&agent.app, &AppDelegate::browserTilesChanged);
+    agent.workspace.setInstalled({u"org.chromium.Chromium"_s});
+    agent.folderWatch.change();
+    QTRY_COMPARE(tiles.size(), 1);
+    QCOMPARE(agent.app.browserTiles(), QStringList{u"Chromium"_s});
+    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers), QVariantList{u"org.chromium.Chromium"_s});
+}
+
+void TestLifecycle::terminationStopsTheWatchAndTheObservations()
+{
+    TestHome home;
+    home.t.defaults.setBool(false, SettingsKeys::firstRun);
+    home.t.defaults.setBool(true, SettingsKeys::isRunning);
+    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
+    TestAgent agent(home.t);
+    agent.app.setRunDelays(10, 20);
+    agent.app.applicationDidFinishLaunching();
+    QVERIFY(agent.folderWatch.isWatching());
+    agent.app.applicationWillTerminate();
+    QVERIFY(!agent.folderWatch.isWatching());
+    home.t.defaults.setObject(QVariantMap{{u"Firefox:cache"_s, true}}, SettingsKeys::settings);
+    QVERIFY(agent.app.settingsController().content().isEmpty());
+    agent.workspace.terminate(u"Firefox"_s, u"org.mozilla.firefox"_s);
+    QTest::qWait(100);
+    QVERIFY(agent.cleaners.calls().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestLifecycle)
+#include "tst_lifecycle.moc"

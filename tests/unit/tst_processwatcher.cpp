@@ -1,0 +1,155 @@
+#include "platform/linux/KnownApplications.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/ProcessWatcher.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+class TestProcessWatcher : public QObject
+{
+    Q_OBJECT
+private slots:
+    void knownExecutables_data();
+    void knownExecutables();
+    void installedMeansADesktopEntryOrACommand();
+    void reportsTheExitOfABrowsersMainProcess();
+    void helpersAndChildrenAreNotApplications();
+    void findsABrowserALauncherBecameByExec();
+
+private:
+    // A copy of a system program under a browser's executable name.
+    QString fakeBrowser(const QString& name, const QString& program = u"/bin/sh"_s)
+    {
+        const QString path = m_dir.filePath(name);
+        QFile::remove(path);
+        QFile::copy(program, path);
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner | QFile::ExeOther | QFile::ReadOther);
+        return path;
+    }
+    QTemporaryDir m_dir;
+};
+
+void TestProcessWatcher::knownExecutables_data()
+{
+    QTest::addColumn<QString>("executable");
+    QTest::addColumn<QString>("application"); // "" for none
+    QTest::newRow("Debian Chromium") << u"/usr/lib/chromium/chromium"_s << u"Chromium"_s;
+    QTest::newRow("Firefox ESR") << u"/usr/lib/firefox-esr/firefox-esr"_s << u"Firefox"_s;
+    QTest::newRow("Chrome") << u"/opt/google/chrome/chrome"_s << u"Google Chrome"_s;
+    QTest::newRow("Opera") << u"/usr/lib/x86_64-linux-gnu/opera/opera"_s << u"Opera"_s;
+    QTest::newRow("the Chromium snap's chrome") << u"/snap/chromium/2890/usr/lib/chromium-browser/chrome"_s
+                                               << u"Chromium"_s;
+    QTest::newRow("Flatpak Firefox") << u"/app/lib/firefox/firefox"_s << u"Firefox"_s;
+    QTest::newRow("crash handler") << u"/usr/lib/chromium/chrome_crashpad_handler"_s << u""_s;
+    QTest::newRow("a name that only starts alike") << u"/usr/bin/firefoxy"_s << u""_s;
+    QTest::newRow("an unknown snap") << u"/snap/vlc/1/bin/vlc"_s << u""_s;
+}
+
+void TestProcessWatcher::knownExecutables()
+{
+    QFETCH(QString, executable);
+    QFETCH(QString, application);
+    const KnownApplication* known = KnownApplications::forExecutable(executable);
+    QCOMPARE(known ? known->name : QString(), application);
+}
+
+void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
+{
+    QTemporaryDir root;
+    QDir(root.path()).mkpath(u"applications"_s);
+    QDir(root.path()).mkpath(u"bin"_s);
+    QFile entry(root.filePath(u"applications/firefox-esr.desktop"_s));
+    QVERIFY(entry.open(QIODevice::WriteOnly));
+    entry.close();
+    QFile::copy(u"/bin/true"_s, root.filePath(u"bin/chromium"_s));
+    QFile notExecutable(root.filePath(u"bin/opera"_s));
+    QVERIFY(notExecutable.open(QIODevice::WriteOnly));
+    notExecutable.close();
+    QFile::setPermissions(root.filePath(u"bin/opera"_s), QFile::ReadOwner);
+
+    LinuxWorkspace workspace({{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}});
+    QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.mozilla.firefox"_s),
+             std::optional(entry.fileName()));
+    QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.chromium.Chromium"_s),
+             std::optional(root.filePath(u"bin/chromium"_s)));
+    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.operasoftware.Opera"_s));
+    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.apple.Safari"_s));
+    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.example.unknown"_s));
+}
+
+void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
+{
+    ProcessWatcher watcher({});
+    QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
+    QProcess firefox;
+    firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
+    QVERIFY(firefox.waitForStarted());
+    watcher.scan();
+    const QList<RunningApplication> running = watcher.running();
+    QCOMPARE(running.size(), 1);
+    QCOMPARE(running.first().name, u"Firefox"_s);
+    QCOMPARE(running.first().pid, firefox.processId());
+
+    ::kill(pid_t(firefox.processId()), SIGKILL);
+    QVERIFY(terminated.wait(2000));
+    const auto application = terminated.first().first().value<RunningApplication>();
+    QCOMPARE(application.name, u"Firefox"_s);
+    QCOMPARE(application.bundleIdentifier, u"org.mozilla.firefox"_s);
+    QVERIFY(watcher.running().isEmpty());
+    firefox.waitForFinished();
+}
+
+void TestProcessWatcher::helpersAndChildrenAreNotApplications()
+{
+    ProcessWatcher watcher({});
+    QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
+    const QString chromium = fakeBrowser(u"chromium"_s);
+    // A renderer: the browser's executable, but a helper by its arguments.
+    QProcess renderer;
+    renderer.start(chromium, {u"-c"_s, u"sleep 30; :"_s, u"chromium"_s, u"--type=renderer"_s});
+    // A browser that started a child of its own executable.
+    QProcess browser;
+    browser.start(chromium, {u"-c"_s, chromium + u" -c 'sleep 30; :'; :"_s});
+    QVERIFY(renderer.waitForStarted() && browser.waitForStarted());
+    QTest::qWait(300);
+    watcher.scan();
+    const QList<RunningApplication> running = watcher.running();
+    QCOMPARE(running.size(), 1);
+    QCOMPARE(running.first().pid, browser.processId());
+    renderer.kill();
+    renderer.waitForFinished();
+    QVERIFY(!terminated.wait(300));
+    browser.kill();
+    QVERIFY(terminated.wait(2000));
+    QCOMPARE(terminated.size(), 1);
+    ::system("pkill -f \"^.*/chromium -c sleep 30; :\" 2>/dev/null");
+}
+
+void TestProcessWatcher::findsABrowserALauncherBecameByExec()
+{
+    ProcessWatcher watcher({});
+    const QString firefox = fakeBrowser(u"firefox"_s, u"/bin/sleep"_s);
+    QProcess launcher;
+    launcher.start(u"/bin/sh"_s, {u"-c"_s, u"sleep 0.5; exec "_s + firefox + u" 30"_s});
+    QVERIFY(launcher.waitForStarted());
+    QTest::qWait(100);
+    watcher.scan(); // still the launcher
+    QVERIFY(watcher.running().isEmpty());
+    QTest::qWait(800);
+    watcher.scan();
+    QCOMPARE(watcher.running().size(), 1);
+    QCOMPARE(watcher.running().first().pid, launcher.processId());
+    launcher.kill();
+    launcher.waitForFinished();
+}
+
+QTEST_GUILESS_MAIN(TestProcessWatcher)
+#include "tst_processwatcher.moc"
