@@ -35,10 +35,11 @@ test: build
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
 run: build
-	@if [ -x $(BUILD_DIR)/bin/corvella ]; then $(BUILD_DIR)/bin/corvella; \
-	else echo "The agent (corvella) is not part of this build yet: it comes with the browser-quit trigger."; exit 1; fi
+	@$(BUILD_DIR)/bin/corvella
 
 bench: build
+	@$(BUILD_DIR)/bin/bench-quit-latency
+	@bash bench/agent-idle.sh $(BUILD_DIR)/bin
 	@$(BUILD_DIR)/bin/bench-remove-tree
 
 format:

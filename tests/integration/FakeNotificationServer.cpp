@@ -1,0 +1,47 @@
+// A stand-in for the desktop's notification server on a private session bus: it prints each
+// notification it is asked to show ("<ms since epoch>|<summary>|<body>") and otherwise behaves.
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDateTime>
+#include <QObject>
+#include <QVariantMap>
+
+#include <cstdio>
+
+class NotificationServer : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+public slots:
+    uint Notify(const QString&, uint, const QString&, const QString& summary, const QString& body,
+                const QStringList&, const QVariantMap&, int)
+    {
+        std::printf("%lld|%s|%s\n", static_cast<long long>(QDateTime::currentMSecsSinceEpoch()),
+                    qPrintable(summary), qPrintable(body));
+        std::fflush(stdout);
+        return ++m_lastId;
+    }
+    QStringList GetCapabilities() { return {QStringLiteral("body"), QStringLiteral("actions")}; }
+    void CloseNotification(uint) {}
+
+private:
+    uint m_lastId = 0;
+};
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    NotificationServer server;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
+                            QDBusConnection::ExportAllSlots) ||
+        !bus.registerService(QStringLiteral("org.freedesktop.Notifications"))) {
+        std::fprintf(stderr, "fake-notification-server: cannot register on the session bus\n");
+        return 1;
+    }
+    std::fprintf(stderr, "fake-notification-server: ready\n");
+    return QCoreApplication::exec();
+}
+
+#include "FakeNotificationServer.moc"

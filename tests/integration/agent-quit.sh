@@ -1,0 +1,88 @@
+#!/bin/bash
+# The real agent on a private session bus, as a dedicated test user: a process the watcher takes
+# for Firefox exits, and the agent must run twice (about 2 s and 8 s later) and post exactly one
+# notification. Also: a second start hands over and exits, SIGTERM ends the agent in order.
+# Usage: agent-quit.sh BIN_DIR   (exit 77: skipped)
+set -u
+bin_dir=$1
+user=corvella-test
+
+if [ "$(id -u)" != 0 ]; then
+    echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
+    exit 77
+fi
+id "$user" >/dev/null 2>&1 || useradd --create-home --shell /bin/sh "$user" || exit 1
+home=$(getent passwd "$user" | cut -d: -f6)
+work=$(mktemp -d /tmp/corvella-agent-test.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-notification-server" "$work/"
+
+# A fresh home: protection on for Firefox, two categories selected.
+rm -rf "$home/.config/corvella" "$home/fake"
+install -d -o "$user" "$home/.config" "$home/.config/corvella" "$home/fake"
+cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
+<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+	<key>isRunning</key><true/>
+	<key>firstRun</key><false/>
+	<key>displayNotifications</key><true/>
+	<key>enabledBrowsers</key><array><string>org.mozilla.firefox</string></array>
+	<key>settings</key><dict><key>Firefox:cookies</key><true/><key>Firefox:cache</key><true/></dict>
+</dict>
+</plist>
+PLIST
+chown -R "$user" "$home/.config/corvella"
+cp /bin/sleep "$home/fake/firefox-esr"
+chown "$user" "$home/fake/firefox-esr"
+
+cat > "$work/scenario.sh" <<'SCENARIO'
+#!/bin/bash
+work=$1
+stamp() { while IFS= read -r line; do echo "$(date +%s%3N) $line"; done; }
+"$work/fake-notification-server" > "$work/notifications.log" 2>/dev/null &
+sleep 0.5
+"$work/corvella-clean" --allow-home-access --list > "$work/list.log" 2>&1
+"$work/corvella" 2>&1 | stamp > "$work/agent.log" &
+sleep 2
+"$HOME/fake/firefox-esr" 3          # found by the watcher, then exits
+date +%s%3N > "$work/exit.time"
+sleep 11
+"$work/corvella" > "$work/second.log" 2>&1
+echo $? > "$work/second.rc"
+agent=$(pgrep -u "$(id -u)" -x corvella)
+kill -TERM $agent
+for _ in $(seq 50); do kill -0 $agent 2>/dev/null || break; sleep 0.1; done
+kill -0 $agent 2>/dev/null && echo "agent still running 5 s after SIGTERM" > "$work/term.fail"
+exit 0
+SCENARIO
+chmod 755 "$work/scenario.sh"
+chmod 777 "$work"
+runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin \
+    dbus-run-session -- "$work/scenario.sh" "$work" 2>/dev/null
+
+fail=0
+check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
+exit_time=$(cat "$work/exit.time")
+mapfile -t runs < <(grep "Corvella removal run for Firefox: Cookies, Cache" "$work/agent.log" | cut -d' ' -f1)
+check '[ ${#runs[@]} -eq 2 ]' "expected two removal runs, saw ${#runs[@]}"
+if [ ${#runs[@]} -eq 2 ]; then
+    first=$((runs[0] - exit_time)); second=$((runs[1] - exit_time))
+    echo "runs at ${first} ms and ${second} ms after the exit"
+    check '[ $first -ge 1500 ] && [ $first -le 3500 ]' "first run at $first ms, not about 2 s"
+    check '[ $second -ge 7500 ] && [ $second -le 9500 ]' "second run at $second ms, not about 8 s"
+fi
+notes=$(wc -l < "$work/notifications.log")
+check '[ "$notes" -eq 1 ]' "expected exactly one notification, saw $notes"
+check 'grep -q "|Corvella|Cookies, Cache removed from Firefox$" "$work/notifications.log"' \
+    "notification text: $(cat "$work/notifications.log")"
+check '[ "$(cat "$work/second.rc")" = 0 ] && grep -q "already running" "$work/second.log"' \
+    "a second start must hand over and exit 0: $(cat "$work/second.log")"
+check '[ ! -e "$work/term.fail" ]' "$(cat "$work/term.fail" 2>/dev/null)"
+check 'grep -qE "^Firefox +(not )?installed +activated" "$work/list.log"' "corvella-clean --list: $(cat "$work/list.log")"
+if [ $fail != 0 ]; then
+    echo "--- agent log"; cat "$work/agent.log"
+fi
+exit $fail
