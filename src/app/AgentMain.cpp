@@ -65,7 +65,8 @@ int main(int argc, char* argv[])
     SingleInstance instance(QFileInfo(settingsFile).absolutePath());
     // The desktop may hand over a URL; anything else asks the running agent to show itself.
     const QStringList arguments = QApplication::arguments();
-    const QByteArray request = arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
+    const QByteArray request =
+        arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
     if (!instance.claim(request)) {
         std::fprintf(stderr, "corvella: the agent is already running (pid %lld); handed over to it.\n",
                      static_cast<long long>(instance.runningPid()));

@@ -32,7 +32,8 @@ public:
             return std::nullopt;
         if (!m_allow && !m_refused && m_ask) {
             const std::optional<bool> answer = m_ask(
-                QStringLiteral("Corvella needs access to your home folder (%1) to remove browser data. Allow? [y/N] ")
+                QStringLiteral(
+                    "Corvella needs access to your home folder (%1) to remove browser data. Allow? [y/N] ")
                     .arg(request.directory));
             m_allow = answer.value_or(false);
             m_refused = !m_allow;
@@ -99,9 +100,10 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
             }
             options.layout = layout;
         } else if (argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
-            usageError(QStringLiteral("unknown option \"%1\"; accepted: --list, --preview, --layout macOS|Linux, "
-                                      "--allow-home-access")
-                           .arg(argument));
+            usageError(
+                QStringLiteral("unknown option \"%1\"; accepted: --list, --preview, --layout macOS|Linux, "
+                               "--allow-home-access")
+                    .arg(argument));
             return std::nullopt;
         } else {
             positional.append(argument);
@@ -176,11 +178,12 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     const QStringList installed = catalogue.checkForInstalledBrowsers();
     for (const QString& id : BrowserCatalogue::detectionOrder()) {
         const QString browser = BrowserCatalogue::browserForID(id);
-        QString line = browser.leftJustified(15) +
-                       (installed.contains(id) ? QStringLiteral("installed    ") : QStringLiteral("not installed")) +
-                       QStringLiteral("  ") +
-                       (catalogue.checkIfBrowserEnabled(browser) ? QStringLiteral("activated    ")
-                                                                 : QStringLiteral("not activated"));
+        QString line =
+            browser.leftJustified(15) +
+            (installed.contains(id) ? QStringLiteral("installed    ") : QStringLiteral("not installed")) +
+            QStringLiteral("  ") +
+            (catalogue.checkIfBrowserEnabled(browser) ? QStringLiteral("activated    ")
+                                                      : QStringLiteral("not activated"));
         QStringList profiles;
         if (access && (browser == BrowserCatalogue::googleChrome || browser == BrowserCatalogue::chromium)) {
             const QVariantMap map = catalogue.userProfiles(browser);
@@ -205,15 +208,16 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
 int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue)
 {
     const auto refuseRunning = [&] {
-        m_services.err << "corvella-clean: " << options.browser << " is running; quit it first. Nothing was changed."
-                       << Qt::endl;
+        m_services.err << "corvella-clean: " << options.browser
+                       << " is running; quit it first. Nothing was changed." << Qt::endl;
         return BrowserRunning;
     };
     if (catalogue.browserIsRunning(options.browser))
         return refuseRunning();
     QVariantMap choices;
     if (options.categories.isEmpty()) {
-        choices = SettingsController::selectedEntries(m_services.defaults.dictionaryForKey(SettingsKeys::settings));
+        choices =
+            SettingsController::selectedEntries(m_services.defaults.dictionaryForKey(SettingsKeys::settings));
     } else {
         for (const QString& category : options.categories)
             choices.insert(SettingsKeys::settingsKey(options.browser, category), true);

@@ -6,6 +6,8 @@
 #include <functional>
 #include <optional>
 
+class BrowserCatalogue;
+class Sandbox;
 class SecurityScopedBookmarks;
 class SystemLog;
 class UserDefaults;
@@ -58,7 +60,7 @@ private:
 
     std::optional<Options> parse(const QStringList& arguments);
     int usageError(const QString& message);
-    int list(class Sandbox& sandbox, class BrowserCatalogue& catalogue);
+    int list(Sandbox& sandbox, BrowserCatalogue& catalogue);
     int clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue);
 
     CleanServices m_services;

@@ -38,7 +38,8 @@ int main(int argc, char* argv[])
 
     SyslogLog log;
     const QString home = RealHomeDirectory();
-    UserDefaults defaults(std::make_unique<PlistFileDefaultsBackend>(UserDefaults::filePathForHome(home)), log);
+    UserDefaults defaults(std::make_unique<PlistFileDefaultsBackend>(UserDefaults::filePathForHome(home)),
+                          log);
     AppDelegate::initialize(defaults);
     InodeBookmarks bookmarks;
     LinuxWorkspace workspace(WorkspaceLocations::forHome(home));

@@ -13,6 +13,7 @@
 #include "platform/Workspace.h"
 #include "sandbox/AppSandboxFileAccess.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTimer>
 
@@ -54,7 +55,8 @@ void AppDelegate::applicationWillFinishLaunching()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // Relaunching open applications at login is a macOS session feature; Linux sessions have none to turn off.
+    // Relaunching open applications at login is a macOS session feature; Linux sessions have none to turn
+    // off.
     checkDock();
     showMenuBarItem(m_defaults.boolForKey(SettingsKeys::showInMenu));
     emit infoLabelNeedsUpdate();
@@ -63,16 +65,16 @@ void AppDelegate::applicationDidFinishLaunching()
     checkEnabledBrowsers();
     if (!(m_openedFromLogin && m_defaults.boolForKey(SettingsKeys::hideOnLaunch)))
         emit windowRequested();
-    m_launchObservations << connect(&m_services.notifications, &UserNotificationCenter::didActivateNotification,
-                                    &m_services.notifications,
-                                    &UserNotificationCenter::removeDeliveredNotification);
+    m_launchObservations << connect(
+        &m_services.notifications, &UserNotificationCenter::didActivateNotification,
+        &m_services.notifications, &UserNotificationCenter::removeDeliveredNotification);
     startObservingSettings();
     m_launchObservations << connect(&m_services.workspace, &Workspace::didTerminateApplication, this,
                                     &AppDelegate::appTerminated);
     m_launchObservations << connect(&m_services.folderWatch, &FolderWatch::foldersChanged,
                                     &m_services.catalogue, &BrowserCatalogue::browsersChanged);
-    m_launchObservations << connect(&m_services.catalogue, &BrowserCatalogue::browserContentArrayChanged, this,
-                                    &AppDelegate::updateBrowserContentArray);
+    m_launchObservations << connect(&m_services.catalogue, &BrowserCatalogue::browserContentArrayChanged,
+                                    this, &AppDelegate::updateBrowserContentArray);
     m_editingBrowserSettings = false;
 }
 
@@ -94,7 +96,9 @@ void AppDelegate::applicationWillTerminate()
     // A run that has started finishes, so no browser file is left half done; later ones are dropped.
     if (m_removalQueue) {
         m_removalQueue->cancelAllOperations();
-        m_removalQueue->waitUntilAllOperationsAreFinished();
+        // Events keep flowing meanwhile: the running run may be waiting for the main thread (a panel).
+        while (!m_removalQueue->waitUntilAllOperationsAreFinished(50))
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     }
 }
 
@@ -226,11 +230,10 @@ void AppDelegate::watchApplicationsFolder()
         AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel});
     access.persistPermissionPath(checkForUserDirectory(kApplicationsFolder));
     const QString home = checkForUserDirectory(QStringLiteral("~"));
-    m_watchingApplicationsFolder =
-        access.accessFileURLandKeepAlive(QUrl::fromLocalFile(home), true, [this] {
-            if (!m_services.folderWatch.isWatching())
-                m_services.folderWatch.start({kApplicationsFolder}, kApplicationsFolderLatencyMs);
-        });
+    m_watchingApplicationsFolder = access.accessFileURLandKeepAlive(QUrl::fromLocalFile(home), true, [this] {
+        if (!m_services.folderWatch.isWatching())
+            m_services.folderWatch.start({kApplicationsFolder}, kApplicationsFolderLatencyMs);
+    });
     if (!m_watchingApplicationsFolder)
         m_log.log(QStringLiteral("Corvella Sandbox has denied access to %1").arg(kApplicationsFolder));
 }
@@ -253,7 +256,8 @@ void AppDelegate::appTerminated(const QVariantMap& userInfo)
         return;
     // Read once, at the quit: switching notifications off in the next seconds does not reach these runs.
     const bool notify = m_defaults.boolForKey(SettingsKeys::displayNotifications);
-    QTimer::singleShot(m_silentRunDelayMs, Qt::PreciseTimer, this, [this, key = *browser] { clearData(key, false); });
+    QTimer::singleShot(m_silentRunDelayMs, Qt::PreciseTimer, this,
+                       [this, key = *browser] { clearData(key, false); });
     QTimer::singleShot(m_notifyingRunDelayMs, Qt::PreciseTimer, this,
                        [this, key = *browser, notify] { clearData(key, notify); });
 }
@@ -265,11 +269,12 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
     if (!m_removalQueue)
         m_removalQueue = std::make_unique<RemovalQueue>();
     m_removalQueue->addOperation([this, browser, andNotify] {
-        const std::optional<QStringList> labels = RemovalRun::perform(
-            browser, [this] { return m_settingsController.content(); },
-            {m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath});
+        const std::optional<QStringList> labels =
+            RemovalRun::perform(browser, [this] { return m_settingsController.content(); },
+                                {m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath});
         if (labels && andNotify)
-            displayNotificationWithTitle(QStringLiteral("Corvella"), RemovalRun::notificationText(browser, *labels));
+            displayNotificationWithTitle(QStringLiteral("Corvella"),
+                                         RemovalRun::notificationText(browser, *labels));
     });
 }
 

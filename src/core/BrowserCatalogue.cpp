@@ -42,15 +42,19 @@ const QStringList& BrowserCatalogue::tileOrder()
     return order;
 }
 
-BrowserCatalogue::BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox, QObject* parent)
+BrowserCatalogue::BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox,
+                                   QObject* parent)
     : QObject(parent), m_workspace(workspace), m_defaults(defaults), m_sandbox(sandbox)
 {}
 
 QString BrowserCatalogue::browserIDFor(const QString& name)
 {
     // Tile order; a prefix test, so a disabled tile's name maps to its browser too.
-    static const QList<std::pair<QString, QString>> prefixes{
-        {safari, safariID}, {firefox, firefoxID}, {googleChrome, googleChromeID}, {chromium, chromiumID}, {opera, operaID}};
+    static const QList<std::pair<QString, QString>> prefixes{{safari, safariID},
+                                                             {firefox, firefoxID},
+                                                             {googleChrome, googleChromeID},
+                                                             {chromium, chromiumID},
+                                                             {opera, operaID}};
     for (const auto& [prefix, id] : prefixes) {
         if (name.startsWith(prefix))
             return id;
@@ -136,8 +140,8 @@ QVariantMap BrowserCatalogue::userProfiles(const QString& browser)
     if (!text || text->isEmpty())
         return {};
     const QJsonDocument document = QJsonDocument::fromJson(text->toUtf8());
-    const QJsonValue infoCache = document.object().value(QStringLiteral("profile")).toObject().value(
-        QStringLiteral("info_cache"));
+    const QJsonValue infoCache =
+        document.object().value(QStringLiteral("profile")).toObject().value(QStringLiteral("info_cache"));
     QVariantMap profiles;
     const QJsonObject entries = infoCache.toObject();
     for (auto it = entries.begin(); it != entries.end(); ++it) {
@@ -188,7 +192,8 @@ bool BrowserCatalogue::lockIsLive(const QString& lockPath)
     const std::optional<QString> target = m_sandbox.destinationOfSymbolicLink(lockPath);
     if (!target)
         return false;
-    const qsizetype separator = std::max(target->lastIndexOf(QLatin1Char('-')), target->lastIndexOf(QLatin1Char('+')));
+    const qsizetype separator =
+        std::max(target->lastIndexOf(QLatin1Char('-')), target->lastIndexOf(QLatin1Char('+')));
     bool isNumber = false;
     const int pid = target->mid(separator + 1).toInt(&isNumber);
     if (!isNumber || pid <= 0)

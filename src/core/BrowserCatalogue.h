@@ -28,8 +28,10 @@ public:
     static inline const QString operaID = QStringLiteral("com.operasoftware.Opera");
     static inline const QString firefoxID = QStringLiteral("org.mozilla.firefox");
 
-    static inline const QString operaDataRoot = QStringLiteral("~/Library/Application Support/com.operasoftware.Opera");
-    static inline const QString firefoxProfilesRoot = QStringLiteral("~/Library/Application Support/Firefox/Profiles/");
+    static inline const QString operaDataRoot =
+        QStringLiteral("~/Library/Application Support/com.operasoftware.Opera");
+    static inline const QString firefoxProfilesRoot =
+        QStringLiteral("~/Library/Application Support/Firefox/Profiles/");
 
     // A tile of an installed browser that is not activated carries this suffix.
     static inline const QString disabledSuffix = QStringLiteral("-disabled");
@@ -41,7 +43,8 @@ public:
     // Every browser key, in tile order.
     static QStringList browserKeys() { return tileOrder(); }
 
-    BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox, QObject* parent = nullptr);
+    BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox,
+                     QObject* parent = nullptr);
 
     // The bundle identifier of a browser key or tile name (a prefix test); "" for anything else.
     static QString browserIDFor(const QString& name);

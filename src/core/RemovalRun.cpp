@@ -56,8 +56,8 @@ QString withObjects(const QString& format, const QStringList& arguments)
     QString text;
     qsizetype next = 0;
     for (qsizetype i = 0; i < format.size(); ++i) {
-        if (format.at(i) == QLatin1Char('%') && i + 1 < format.size() && format.at(i + 1) == QLatin1Char('@') &&
-            next < arguments.size()) {
+        if (format.at(i) == QLatin1Char('%') && i + 1 < format.size() &&
+            format.at(i + 1) == QLatin1Char('@') && next < arguments.size()) {
             text += arguments.at(next++);
             ++i;
         } else {
@@ -78,7 +78,8 @@ QString RemovalRun::labelFor(const QString& category)
     return QString();
 }
 
-QStringList RemovalRun::performCategoryLoop(const QString& browser, const QVariantMap& choices, Cleaners& cleaners)
+QStringList RemovalRun::performCategoryLoop(const QString& browser, const QVariantMap& choices,
+                                            Cleaners& cleaners)
 {
     QStringList labels;
     for (const Category& row : kCategories) {
@@ -95,14 +96,15 @@ QStringList RemovalRun::performCategoryLoop(const QString& browser, const QVaria
 QString RemovalRun::notificationText(const QString& browser, const QStringList& labels)
 {
     if (labels.isEmpty())
-        return withObjects(
-            QCoreApplication::translate("RemovalRun", "Whoops, you havn't selected anything to be removed from %@"),
-            {browser});
+        return withObjects(QCoreApplication::translate(
+                               "RemovalRun", "Whoops, you havn't selected anything to be removed from %@"),
+                           {browser});
     return withObjects(QCoreApplication::translate("RemovalRun", "%@ removed from %@"),
                        {labels.join(QStringLiteral(", ")), browser});
 }
 
-std::optional<QStringList> RemovalRun::perform(const QString& browser, const std::function<QVariantMap()>& choices,
+std::optional<QStringList> RemovalRun::perform(const QString& browser,
+                                               const std::function<QVariantMap()>& choices,
                                                const RemovalRunServices& services)
 {
     const RunLock lock(services.lockPath, services.log);
@@ -112,6 +114,7 @@ std::optional<QStringList> RemovalRun::perform(const QString& browser, const std
     }
     const QStringList labels = performCategoryLoop(browser, choices(), services.cleaners);
     services.log.log(QStringLiteral("Corvella removal run for %1: %2")
-                         .arg(browser, labels.isEmpty() ? QStringLiteral("nothing selected") : labels.join(QStringLiteral(", "))));
+                         .arg(browser, labels.isEmpty() ? QStringLiteral("nothing selected")
+                                                        : labels.join(QStringLiteral(", "))));
     return labels;
 }

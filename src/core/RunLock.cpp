@@ -24,7 +24,8 @@ RunLock::RunLock(const QString& path, SystemLog& log)
     QDir().mkpath(QFileInfo(path).absolutePath());
     m_fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (m_fd < 0) {
-        log.log(QStringLiteral("Corvella could not open its run lock %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
+        log.log(QStringLiteral("Corvella could not open its run lock %1: %2")
+                    .arg(path, QString::fromLocal8Bit(std::strerror(errno))));
         return;
     }
     while (::flock(m_fd, LOCK_EX) != 0 && errno == EINTR) {

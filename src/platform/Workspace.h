@@ -26,7 +26,8 @@ public:
     using QObject::QObject;
 
     // Where the application with this bundle identifier is installed; no value when it is not.
-    virtual std::optional<QString> absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier) = 0;
+    virtual std::optional<QString>
+    absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier) = 0;
     // Safe from any thread.
     virtual QList<RunningApplication> runningApplications() = 0;
 

@@ -16,10 +16,10 @@
 #include <QSaveFile>
 #include <QStringDecoder>
 
+#include <climits>
 #include <dirent.h>
 #include <grp.h>
 #include <pwd.h>
-#include <climits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -72,7 +72,8 @@ qint64 sizeBelow(const QString& path)
     if (!S_ISDIR(st.st_mode))
         return st.st_size;
     qint64 total = 0;
-    for (const QString& name : QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+    for (const QString& name :
+         QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         total += sizeBelow(path + QLatin1Char('/') + name);
     return total;
 }
@@ -262,8 +263,8 @@ void Sandbox::removeRecursiveSubFilesFor(const QString& path)
                 return;
             if (m_services.preview) {
                 if (QFileInfo(native).isDir())
-                    m_services.preview->record(QStringLiteral("remove files below"), native, sizeBelow(native),
-                                               QString());
+                    m_services.preview->record(QStringLiteral("remove files below"), native,
+                                               sizeBelow(native), QString());
                 return;
             }
             FileTree::removeFilesBelow(native, kSparedFolder, wipeGate());

@@ -19,7 +19,10 @@ public:
     }
     void removeFlash(const QString& browser) override { note(QStringLiteral("removeFlash ") + browser); }
     void removeSilverlight() override { note(QStringLiteral("removeSilverlight")); }
-    void removeBrowserCache(const QString& browser) override { note(QStringLiteral("removeBrowserCache ") + browser); }
+    void removeBrowserCache(const QString& browser) override
+    {
+        note(QStringLiteral("removeBrowserCache ") + browser);
+    }
     void removeBrowserHistory(const QString& browser, const QString& ofType) override
     {
         note(QStringLiteral("removeBrowserHistory ") + browser + QLatin1Char(' ') + ofType);

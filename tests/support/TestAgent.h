@@ -16,8 +16,8 @@ struct TestAgent
 {
     explicit TestAgent(TestDefaults& t, const QString& runLockPath = QString())
         : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
-          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue, cleaners,
-               runLockPath})
+          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
+               cleaners, runLockPath})
     {}
 
     InodeBookmarks bookmarks;

@@ -110,8 +110,7 @@ void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()
 void TestAppSandboxFileAccess::theRootFolderIsNeverLookedUp()
 {
     AppSandboxFileAccessPersist persist(m_t->defaults);
-    persist.setBookmarkData(*recordGrant(QStringLiteral("/")),
-                            QUrl::fromLocalFile(QStringLiteral("/")));
+    persist.setBookmarkData(*recordGrant(QStringLiteral("/")), QUrl::fromLocalFile(QStringLiteral("/")));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(QStringLiteral("/"))));
     QVERIFY(!persist.bookmarkDataForURL(QUrl::fromLocalFile(home())));
     request(QStringLiteral("/"));

@@ -43,9 +43,11 @@ void TestBrowserCatalogue::recognisesQuittingBrowsers_data()
     QTest::newRow("Chrome by name only") << u"Google Chrome"_s << u"x.y"_s << u"Google Chrome"_s;
     QTest::newRow("Chromium") << u"Chromium"_s << u"org.chromium.Chromium"_s << u"Chromium"_s;
     QTest::newRow("Firefox") << u"Firefox"_s << u""_s << u"Firefox"_s;
-    QTest::newRow("Opera Beta by identifier") << u"Opera Beta"_s << u"com.operasoftware.Opera"_s << u"Opera"_s;
+    QTest::newRow("Opera Beta by identifier")
+        << u"Opera Beta"_s << u"com.operasoftware.Opera"_s << u"Opera"_s;
     QTest::newRow("Opera name, other identifier") << u"Opera"_s << u"com.opera.other"_s << u""_s;
-    QTest::newRow("Canary is not Chrome") << u"Google Chrome Canary"_s << u"com.google.Chrome.canary"_s << u""_s;
+    QTest::newRow("Canary is not Chrome")
+        << u"Google Chrome Canary"_s << u"com.google.Chrome.canary"_s << u""_s;
     QTest::newRow("case matters") << u"firefox"_s << u"org.mozilla.firefox"_s << u""_s;
     QTest::newRow("nothing") << u""_s << u""_s << u""_s;
 }
@@ -99,9 +101,10 @@ void TestBrowserCatalogue::detectionAndTileOrders()
     TestHome home;
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    workspace.setInstalled({Catalogue::operaID, Catalogue::firefoxID, Catalogue::chromiumID, Catalogue::safariID});
-    QCOMPARE(catalogue.checkForInstalledBrowsers(),
-             QStringList({Catalogue::safariID, Catalogue::chromiumID, Catalogue::firefoxID, Catalogue::operaID}));
+    workspace.setInstalled(
+        {Catalogue::operaID, Catalogue::firefoxID, Catalogue::chromiumID, Catalogue::safariID});
+    QCOMPARE(catalogue.checkForInstalledBrowsers(), QStringList({Catalogue::safariID, Catalogue::chromiumID,
+                                                                 Catalogue::firefoxID, Catalogue::operaID}));
     enable(home, {Catalogue::chromiumID, Catalogue::googleChromeID});
     // Tile order; Chrome is activated but not installed, so it has no tile.
     QCOMPARE(catalogue.browserContentArray(),
@@ -135,18 +138,20 @@ void TestBrowserCatalogue::userProfilesFromLocalState_data()
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QByteArray>("localState"); // empty: no file
     QTest::addColumn<QVariantMap>("profiles");
-    const QByteArray two = R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work","x":1}}}})";
+    const QByteArray two =
+        R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work","x":1}}}})";
     QTest::newRow("Chrome") << u"Google Chrome"_s << two
                             << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
                                            {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
     QTest::newRow("Chromium") << u"Chromium"_s << two
                               << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
                                              {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
-    QTest::newRow("entry without a name") << u"Chromium"_s
-                                          << QByteArray(R"({"profile":{"info_cache":{"Default":{},"P":{"name":"N"}}}})")
-                                          << QVariantMap{{QStringLiteral("P"), QStringLiteral("N")}};
+    QTest::newRow("entry without a name")
+        << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":{"Default":{},"P":{"name":"N"}}}})")
+        << QVariantMap{{QStringLiteral("P"), QStringLiteral("N")}};
     QTest::newRow("no info_cache") << u"Chromium"_s << QByteArray(R"({"profile":{}})") << QVariantMap();
-    QTest::newRow("broken JSON") << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":)") << QVariantMap();
+    QTest::newRow("broken JSON") << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":)")
+                                 << QVariantMap();
     QTest::newRow("not UTF-8") << u"Chromium"_s << QByteArray("\xff\xfe{}") << QVariantMap();
     QTest::newRow("a list at the top") << u"Chromium"_s << QByteArray("[1,2]") << QVariantMap();
     QTest::newRow("missing file") << u"Chromium"_s << QByteArray() << QVariantMap();
@@ -178,11 +183,15 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised_data()
     const QString firefoxLock = QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/lock");
     QTest::newRow("nothing") << u"Chromium"_s << u""_s << u""_s << false << false;
     QTest::newRow("its process") << u"Chromium"_s << u""_s << u""_s << true << true;
-    QTest::newRow("live lock") << u"Chromium"_s << chromiumLock << QString(u"host-name-"_s + self) << false << true;
-    QTest::newRow("lock left by a crash") << u"Chromium"_s << chromiumLock << u"host-999999999"_s << false << false;
+    QTest::newRow("live lock") << u"Chromium"_s << chromiumLock << QString(u"host-name-"_s + self) << false
+                               << true;
+    QTest::newRow("lock left by a crash")
+        << u"Chromium"_s << chromiumLock << u"host-999999999"_s << false << false;
     QTest::newRow("unreadable lock") << u"Chromium"_s << chromiumLock << u"garbage"_s << false << true;
-    QTest::newRow("Firefox profile lock") << u"Firefox"_s << firefoxLock << QString(u"127.0.1.1:+"_s + self) << false << true;
-    QTest::newRow("Firefox stale lock") << u"Firefox"_s << firefoxLock << u"127.0.1.1:+999999999"_s << false << false;
+    QTest::newRow("Firefox profile lock")
+        << u"Firefox"_s << firefoxLock << QString(u"127.0.1.1:+"_s + self) << false << true;
+    QTest::newRow("Firefox stale lock")
+        << u"Firefox"_s << firefoxLock << u"127.0.1.1:+999999999"_s << false << false;
 }
 
 void TestBrowserCatalogue::aRunningBrowserIsRecognised()

@@ -62,15 +62,19 @@ void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
     QTest::newRow("no browser") << QStringList{} << u"Safari, Firefox, Google Chrome, Chromium, Opera"_s;
-    QTest::newRow("unknown browser") << QStringList{u"Netscape"_s} << u"unknown browser \"Netscape\"; accepted: Safari"_s;
+    QTest::newRow("unknown browser") << QStringList{u"Netscape"_s}
+                                     << u"unknown browser \"Netscape\"; accepted: Safari"_s;
     QTest::newRow("a tile name is no key") << QStringList{u"Safari-disabled"_s} << u"unknown browser"_s;
     QTest::newRow("unknown category") << QStringList{u"Firefox"_s, u"cookies"_s, u"passwords"_s}
                                       << u"unknown category \"passwords\"; accepted: cookies, databases"_s;
-    QTest::newRow("unknown option") << QStringList{u"--force"_s, u"Firefox"_s} << u"unknown option \"--force\""_s;
+    QTest::newRow("unknown option") << QStringList{u"--force"_s, u"Firefox"_s}
+                                    << u"unknown option \"--force\""_s;
     QTest::newRow("unknown layout") << QStringList{u"--layout"_s, u"Windows"_s, u"Firefox"_s}
                                     << u"accepted: macOS, Linux"_s;
-    QTest::newRow("layout without a value") << QStringList{u"Firefox"_s, u"--layout"_s} << u"macOS or Linux"_s;
-    QTest::newRow("list with a browser") << QStringList{u"--list"_s, u"Firefox"_s} << u"--list takes no browser"_s;
+    QTest::newRow("layout without a value")
+        << QStringList{u"Firefox"_s, u"--layout"_s} << u"macOS or Linux"_s;
+    QTest::newRow("list with a browser")
+        << QStringList{u"--list"_s, u"Firefox"_s} << u"--list takes no browser"_s;
 }
 
 void TestCleanCommand::badUsageNamesTheAcceptedValues()
@@ -152,16 +156,18 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
     Cli cli;
     cli.workspace.setInstalled({u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s});
     cli.home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
-    cli.home.file(u"Library/Application Support/Chromium/Local State"_s,
-                  R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work"}}}})");
+    cli.home.file(
+        u"Library/Application Support/Chromium/Local State"_s,
+        R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work"}}}})");
     cli.home.file(u"Library/Application Support/Firefox/Profiles/x1.default-esr/prefs.js"_s);
     cli.home.folder(u"Library/Application Support/Firefox/Profiles/Crash Reports"_s);
     QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
     const QStringList lines = cli.out.split(u'\n', Qt::SkipEmptyParts);
     QCOMPARE(lines.size(), 5);
     QCOMPARE(lines.at(0), u"Safari         not installed  not activated"_s);
-    QCOMPARE(lines.at(2),
-             u"Chromium       installed      not activated  profiles: Default (Person 1), Profile 2 (Work)"_s);
+    QCOMPARE(
+        lines.at(2),
+        u"Chromium       installed      not activated  profiles: Default (Person 1), Profile 2 (Work)"_s);
     QCOMPARE(lines.at(3), u"Firefox        installed      activated      profiles: x1.default-esr"_s);
 
     Cli noAccess(false);

@@ -109,7 +109,8 @@ void TestLifecycle::aFolderChangeUpdatesTheTiles()
     agent.folderWatch.change();
     QTRY_COMPARE(tiles.size(), 1);
     QCOMPARE(agent.app.browserTiles(), QStringList{u"Chromium"_s});
-    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers), QVariantList{u"org.chromium.Chromium"_s});
+    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
+             QVariantList{u"org.chromium.Chromium"_s});
 }
 
 void TestLifecycle::terminationStopsTheWatchAndTheObservations()

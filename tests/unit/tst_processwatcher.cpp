@@ -45,8 +45,8 @@ void TestProcessWatcher::knownExecutables_data()
     QTest::newRow("Firefox ESR") << u"/usr/lib/firefox-esr/firefox-esr"_s << u"Firefox"_s;
     QTest::newRow("Chrome") << u"/opt/google/chrome/chrome"_s << u"Google Chrome"_s;
     QTest::newRow("Opera") << u"/usr/lib/x86_64-linux-gnu/opera/opera"_s << u"Opera"_s;
-    QTest::newRow("the Chromium snap's chrome") << u"/snap/chromium/2890/usr/lib/chromium-browser/chrome"_s
-                                               << u"Chromium"_s;
+    QTest::newRow("the Chromium snap's chrome")
+        << u"/snap/chromium/2890/usr/lib/chromium-browser/chrome"_s << u"Chromium"_s;
     QTest::newRow("Flatpak Firefox") << u"/app/lib/firefox/firefox"_s << u"Firefox"_s;
     QTest::newRow("crash handler") << u"/usr/lib/chromium/chrome_crashpad_handler"_s << u""_s;
     QTest::newRow("a name that only starts alike") << u"/usr/bin/firefoxy"_s << u""_s;

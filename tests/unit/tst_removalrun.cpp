@@ -67,26 +67,31 @@ void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
     QVariantMap all;
     for (const QString& category : SettingsKeys::categories)
         all.insert(SettingsKeys::settingsKey(u"Opera"_s, category), true);
-    QTest::newRow("everything, in run order")
-        << u"Opera"_s << all
-        << QStringList{u"removeCookies Opera"_s,
-                       u"removeNonFavLocalStorage Opera"_s,
-                       u"removeFlash Opera"_s,
-                       u"removeSilverlight"_s,
-                       u"removeBrowserCache Opera"_s,
-                       u"removeBrowserHistory Opera history"_s,
-                       u"removeBrowserHistory Opera favicons"_s,
-                       u"removeBrowserHistory Opera webpage"_s,
-                       u"removeBrowserHistory Opera forms"_s,
-                       u"removeBrowserHistory Opera downloads"_s,
-                       u"removeBrowserHistory Opera websitePrefs"_s,
-                       u"removeBrowserHistory Opera searchEngines"_s}
-        << QStringList{u"Cookies"_s,        u"LocalStorage and Databases"_s,
-                       u"Flash"_s,          u"Silverlight"_s,
-                       u"Cache"_s,          u"History"_s,
-                       u"Favicons"_s,       u"Webpage previews"_s,
-                       u"Form values"_s,    u"Downloads"_s,
-                       u"Website preferences"_s, u"Other search engines"_s};
+    QTest::newRow("everything, in run order") << u"Opera"_s << all
+                                              << QStringList{u"removeCookies Opera"_s,
+                                                             u"removeNonFavLocalStorage Opera"_s,
+                                                             u"removeFlash Opera"_s,
+                                                             u"removeSilverlight"_s,
+                                                             u"removeBrowserCache Opera"_s,
+                                                             u"removeBrowserHistory Opera history"_s,
+                                                             u"removeBrowserHistory Opera favicons"_s,
+                                                             u"removeBrowserHistory Opera webpage"_s,
+                                                             u"removeBrowserHistory Opera forms"_s,
+                                                             u"removeBrowserHistory Opera downloads"_s,
+                                                             u"removeBrowserHistory Opera websitePrefs"_s,
+                                                             u"removeBrowserHistory Opera searchEngines"_s}
+                                              << QStringList{u"Cookies"_s,
+                                                             u"LocalStorage and Databases"_s,
+                                                             u"Flash"_s,
+                                                             u"Silverlight"_s,
+                                                             u"Cache"_s,
+                                                             u"History"_s,
+                                                             u"Favicons"_s,
+                                                             u"Webpage previews"_s,
+                                                             u"Form values"_s,
+                                                             u"Downloads"_s,
+                                                             u"Website preferences"_s,
+                                                             u"Other search engines"_s};
     QTest::newRow("other browsers' choices and non-true values are not selections")
         << u"Firefox"_s
         << QVariantMap{{u"Safari:cookies"_s, true}, {u"Firefox:cache"_s, 1}, {u"Firefox:forms"_s, u"true"_s}}
@@ -109,7 +114,8 @@ void TestRemovalRun::notificationTexts_data()
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QStringList>("labels");
     QTest::addColumn<QString>("text");
-    QTest::newRow("two") << u"Safari"_s << QStringList{u"Cookies"_s, u"Cache"_s} << u"Cookies, Cache removed from Safari"_s;
+    QTest::newRow("two") << u"Safari"_s << QStringList{u"Cookies"_s, u"Cache"_s}
+                         << u"Cookies, Cache removed from Safari"_s;
     QTest::newRow("none") << u"Firefox"_s << QStringList{}
                           << u"Whoops, you havn't selected anything to be removed from Firefox"_s;
     QTest::newRow("percent signs stay") << u"B%1%@"_s << QStringList{u"%2"_s} << u"%2 removed from B%1%@"_s;
@@ -138,7 +144,8 @@ void TestRemovalRun::aQuitSetsOffASilentAndANotifyingRun()
     QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
     QVERIFY(p.agent.app.waitForRuns(5000));
     QCOMPARE(runTimes.size(), 2);
-    QVERIFY2(runTimes.at(0) >= 50 && runTimes.at(1) >= 300, qPrintable(u"%1 %2"_s.arg(runTimes.at(0)).arg(runTimes.at(1))));
+    QVERIFY2(runTimes.at(0) >= 50 && runTimes.at(1) >= 300,
+             qPrintable(u"%1 %2"_s.arg(runTimes.at(0)).arg(runTimes.at(1))));
     QCOMPARE(p.agent.notifications.delivered().first().title, u"Corvella"_s);
     QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cookies, History removed from Safari"_s);
     QTest::qWait(100);
@@ -163,8 +170,9 @@ void TestRemovalRun::quitsThatDoNothing()
     QFETCH(QString, id);
     QFETCH(bool, protecting);
     ProtectedAgent p;
-    p.home.t.defaults.setObject(QVariantList{u"com.apple.Safari"_s, u"com.google.Chrome"_s, u"com.operasoftware.Opera"_s},
-                                SettingsKeys::enabledBrowsers);
+    p.home.t.defaults.setObject(
+        QVariantList{u"com.apple.Safari"_s, u"com.google.Chrome"_s, u"com.operasoftware.Opera"_s},
+        SettingsKeys::enabledBrowsers);
     p.home.t.defaults.setBool(protecting, SettingsKeys::isRunning);
     p.quit(name, id);
     QTest::qWait(500);
@@ -203,7 +211,8 @@ void TestRemovalRun::aSelectionChangedBetweenTheRunsReachesTheSecond()
     QTRY_COMPARE(p.agent.cleaners.calls().size(), 1);
     p.select({{u"Firefox:cache"_s, true}});
     QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
-    QCOMPARE(p.agent.cleaners.calls(), QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
+    QCOMPARE(p.agent.cleaners.calls(),
+             QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
     QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cache removed from Firefox"_s);
 }
 
@@ -224,9 +233,10 @@ void TestRemovalRun::runsAreStrictlySerialAndOffTheMainThread()
     p.agent.app.clearData(u"Firefox"_s, false);
     QVERIFY(p.agent.app.waitForRuns(5000));
     QCOMPARE(overlaps.loadRelaxed(), 0);
-    QCOMPARE(p.agent.cleaners.calls(),
-             QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s, u"removeCookies Safari"_s,
-                          u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
+    QCOMPARE(
+        p.agent.cleaners.calls(),
+        QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s, u"removeCookies Safari"_s,
+                     u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
     for (QThread* thread : p.agent.cleaners.threads())
         QVERIFY(thread != QThread::currentThread());
 }

@@ -401,7 +401,9 @@ void TestSandbox::aPreviewReportsAndChangesNothing()
     sandbox.write(QByteArray("new"), QStringLiteral("~/Cookies/a"));
     sandbox.runSql(QStringLiteral("DELETE FROM t"), QStringLiteral("~/History.db"));
     // Reading still works, so a preview walks the same steps as a real run.
-    QCOMPARE(sandbox.returnArrayFromSql(QStringLiteral(" select v from t"), QStringLiteral("~/History.db"))->size(), 1);
+    QCOMPARE(sandbox.returnArrayFromSql(QStringLiteral(" select v from t"), QStringLiteral("~/History.db"))
+                 ->size(),
+             1);
     QCOMPARE(preview.lines,
              QStringList({QStringLiteral("remove %1 5").arg(home.path(QStringLiteral("Cookies"))),
                           QStringLiteral("remove files below %1 4").arg(home.path(QStringLiteral("Cache"))),

@@ -27,7 +27,8 @@ public:
         QMutexLocker lock(&m_mutex);
         m_installed.clear();
         for (const QString& id : bundleIdentifiers)
-            m_installed.insert(id, QStringLiteral("/usr/share/applications/") + id + QStringLiteral(".desktop"));
+            m_installed.insert(id,
+                               QStringLiteral("/usr/share/applications/") + id + QStringLiteral(".desktop"));
     }
     void setRunning(const QList<RunningApplication>& running)
     {

@@ -3,9 +3,9 @@
 #include "platform/SystemLog.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusMessage>
 
 namespace {
 
@@ -31,7 +31,8 @@ FreedesktopNotificationCenter::FreedesktopNotificationCenter(SystemLog& log, QOb
 
 void FreedesktopNotificationCenter::deliver(const UserNotification& notification)
 {
-    QMetaObject::invokeMethod(this, [this, notification] { post(notification); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, notification] { post(notification); }, Qt::QueuedConnection);
 }
 
 void FreedesktopNotificationCenter::post(const UserNotification& notification)
@@ -46,8 +47,8 @@ void FreedesktopNotificationCenter::post(const UserNotification& notification)
     // click would not be reported.
     const QStringList actions{QStringLiteral("default"), QString()};
     const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("corvella")}};
-    call << QStringLiteral("Corvella") << quint32(0) << QString() << notification.title << notification.subtitle
-         << actions << hints << qint32(-1);
+    call << QStringLiteral("Corvella") << quint32(0) << QString() << notification.title
+         << notification.subtitle << actions << hints << qint32(-1);
     // Asynchronous, so a stuck notification server never stops the agent.
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, notification] {

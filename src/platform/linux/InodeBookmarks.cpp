@@ -67,7 +67,8 @@ bool InodeBookmarks::isAccessible(const QString& path) const
     QMutexLocker lock(&m_mutex);
     for (auto it = m_accessing.cbegin(); it != m_accessing.cend(); ++it) {
         const QString& scope = it.key();
-        if (path == scope || path.startsWith(scope.endsWith(QLatin1Char('/')) ? scope : scope + QLatin1Char('/')))
+        if (path == scope ||
+            path.startsWith(scope.endsWith(QLatin1Char('/')) ? scope : scope + QLatin1Char('/')))
             return true;
     }
     return false;

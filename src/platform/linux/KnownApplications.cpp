@@ -17,9 +17,12 @@ const QList<KnownApplication>& KnownApplications::all()
     // Safari has no Linux build; it is listed so every bundle identifier has an answer.
     static const QList<KnownApplication> applications{
         {QStringLiteral("Safari"), QStringLiteral("com.apple.Safari"), {}, {}, {}, {}},
-        {QStringLiteral("Google Chrome"), QStringLiteral("com.google.Chrome"),
+        {QStringLiteral("Google Chrome"),
+         QStringLiteral("com.google.Chrome"),
          list({"google-chrome.desktop", "com.google.Chrome.desktop"}),
-         list({"google-chrome", "google-chrome-stable"}), list({"chrome"}), {}},
+         list({"google-chrome", "google-chrome-stable"}),
+         list({"chrome"}),
+         {}},
         {QStringLiteral("Chromium"), QStringLiteral("org.chromium.Chromium"),
          list({"chromium.desktop", "chromium-browser.desktop", "org.chromium.Chromium.desktop",
                "chromium_chromium.desktop"}),
@@ -34,8 +37,12 @@ const QList<KnownApplication>& KnownApplications::all()
          list({"opera.desktop", "com.opera.Opera.desktop", "opera_opera.desktop"}), list({"opera"}),
          list({"opera"}), QStringLiteral("opera")},
         // The login helper; the agent asks whether it runs to learn that it was started at login.
-        {QStringLiteral("Corvella Login Helper"), QStringLiteral("com.tovanex.Corvella6Helper"), {},
-         list({"corvella-login-helper"}), list({"corvella-login-helper"}), {}},
+        {QStringLiteral("Corvella Login Helper"),
+         QStringLiteral("com.tovanex.Corvella6Helper"),
+         {},
+         list({"corvella-login-helper"}),
+         list({"corvella-login-helper"}),
+         {}},
     };
     return applications;
 }

@@ -22,7 +22,8 @@ WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
     WorkspaceLocations locations;
     const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME", home + QStringLiteral("/.local/share"));
     QStringList dataFolders{dataHome};
-    dataFolders += environmentList("XDG_DATA_DIRS", {QStringLiteral("/usr/local/share"), QStringLiteral("/usr/share")});
+    dataFolders +=
+        environmentList("XDG_DATA_DIRS", {QStringLiteral("/usr/local/share"), QStringLiteral("/usr/share")});
     dataFolders += {home + QStringLiteral("/.local/share/flatpak/exports/share"),
                     QStringLiteral("/var/lib/flatpak/exports/share")};
     for (const QString& folder : std::as_const(dataFolders))
@@ -30,7 +31,8 @@ WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
     locations.applicationFolders.append(QStringLiteral("/var/lib/snapd/desktop/applications"));
     locations.applicationFolders.removeDuplicates();
 
-    locations.commandFolders = environmentList("PATH", {QStringLiteral("/usr/local/bin"), QStringLiteral("/usr/bin")});
+    locations.commandFolders =
+        environmentList("PATH", {QStringLiteral("/usr/local/bin"), QStringLiteral("/usr/bin")});
     locations.commandFolders += {QStringLiteral("/snap/bin"), QStringLiteral("/var/lib/flatpak/exports/bin")};
     locations.commandFolders.removeDuplicates();
 
