@@ -207,13 +207,6 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
 
 int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue)
 {
-    const auto refuseRunning = [&] {
-        m_services.err << "corvella-clean: " << options.browser
-                       << " is running; quit it first. Nothing was changed." << Qt::endl;
-        return BrowserRunning;
-    };
-    if (catalogue.browserIsRunning(options.browser))
-        return refuseRunning();
     QVariantMap choices;
     if (options.categories.isEmpty()) {
         choices =
@@ -225,8 +218,11 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
     BrowserCleaners cleaners({sandbox, catalogue, m_services.defaults, m_services.log});
     const std::optional<QStringList> labels = RemovalRun::perform(
         options.browser, [&] { return choices; }, {cleaners, catalogue, m_services.log, m_services.lockPath});
-    if (!labels)
-        return refuseRunning(); // it started while this run waited for the agent's
+    if (!labels) {
+        m_services.err << "corvella-clean: " << options.browser
+                       << " is running; quit it first. Nothing was changed." << Qt::endl;
+        return BrowserRunning;
+    }
     if (!options.preview)
         m_services.out << RemovalRun::notificationText(options.browser, *labels) << Qt::endl;
     return Success;

@@ -73,8 +73,8 @@ QString BrowserCatalogue::browserForID(const QString& bundleIdentifier)
 
 std::optional<QString> BrowserCatalogue::browserForTerminatedApplication(const QVariantMap& userInfo)
 {
-    const QVariant nameValue = userInfo.value(QStringLiteral("NSApplicationName"));
-    const QVariant idValue = userInfo.value(QStringLiteral("NSApplicationBundleIdentifier"));
+    const QVariant nameValue = userInfo.value(Workspace::applicationNameKey);
+    const QVariant idValue = userInfo.value(Workspace::bundleIdentifierKey);
     const QString name = nameValue.isValid() ? nameValue.toString() : QString();
     const QString bundleIdentifier = idValue.isValid() ? idValue.toString() : QString();
     for (const QString& key : {safari, googleChrome, chromium, firefox}) {

@@ -160,8 +160,6 @@ void TestRemovalRun::quitsThatDoNothing_data()
     QTest::newRow("protection off") << u"Safari"_s << u"com.apple.Safari"_s << false;
     QTest::newRow("installed but not activated") << u"Chromium"_s << u"org.chromium.Chromium"_s << true;
     QTest::newRow("not a browser") << u"Terminal"_s << u"org.gnome.Terminal"_s << true;
-    QTest::newRow("name match is exact") << u"Google Chrome Canary"_s << u"com.google.Chrome"_s << true;
-    QTest::newRow("Opera's name, another identifier") << u"Opera"_s << u"com.example"_s << true;
 }
 
 void TestRemovalRun::quitsThatDoNothing()
