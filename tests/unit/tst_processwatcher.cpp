@@ -21,7 +21,8 @@ private slots:
     void knownExecutables();
     void installedMeansADesktopEntryOrACommand();
     void reportsTheExitOfABrowsersMainProcess();
-    void helpersAndChildrenAreNotApplications();
+    void helpersAndForksAreNotApplicationsButInstancesAre();
+    void aBrowserStartedBeforeTheWatcherIsWatched();
     void findsABrowserALauncherBecameByExec();
 
 private:
@@ -92,7 +93,8 @@ void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
     QProcess firefox;
     firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
     QVERIFY(firefox.waitForStarted());
-    watcher.scan();
+    // Until its exec is complete a process shows no arguments; the next look finds it.
+    QTRY_VERIFY((watcher.scan(), !watcher.running().isEmpty()));
     const QList<RunningApplication> running = watcher.running();
     QCOMPARE(running.size(), 1);
     QCOMPARE(running.first().name, u"Firefox"_s);
@@ -107,7 +109,7 @@ void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
     firefox.waitForFinished();
 }
 
-void TestProcessWatcher::helpersAndChildrenAreNotApplications()
+void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
 {
     ProcessWatcher watcher({});
     QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
@@ -115,22 +117,58 @@ void TestProcessWatcher::helpersAndChildrenAreNotApplications()
     // A renderer: the browser's executable, but a helper by its arguments.
     QProcess renderer;
     renderer.start(chromium, {u"-c"_s, u"sleep 30; :"_s, u"chromium"_s, u"--type=renderer"_s});
-    // A browser that started a child of its own executable.
-    QProcess browser;
-    browser.start(chromium, {u"-c"_s, chromium + u" -c 'sleep 30; :'; :"_s});
-    QVERIFY(renderer.waitForStarted() && browser.waitForStarted());
+    // A zygote whose title Chromium rewrote into one string.
+    QProcess zygote;
+    zygote.start(chromium, {u"-c"_s, u"sleep 30; :"_s, u"chromium --type=zygote --no-sandbox"_s});
+    // A browser that forked itself (a subshell keeps the parent's command line).
+    QProcess forking;
+    forking.start(chromium, {u"-c"_s, u"(sleep 30; :); :"_s});
+    // A browser that launched a second instance of itself with arguments of its own.
+    QProcess launching;
+    launching.start(chromium, {u"-c"_s, chromium + u" -c 'sleep 30; :' --profile-directory=Other; :"_s});
+    QVERIFY(renderer.waitForStarted() && zygote.waitForStarted() && forking.waitForStarted() &&
+            launching.waitForStarted());
     QTest::qWait(300);
     watcher.scan();
-    const QList<RunningApplication> running = watcher.running();
-    QCOMPARE(running.size(), 1);
-    QCOMPARE(running.first().pid, browser.processId());
+    QList<qint64> pids;
+    for (const RunningApplication& application : watcher.running())
+        pids.append(application.pid);
+    QCOMPARE(pids.size(), 3);
+    QVERIFY(pids.contains(forking.processId()) && pids.contains(launching.processId()));
+    QVERIFY(!pids.contains(renderer.processId()) && !pids.contains(zygote.processId()));
+    const qint64 instance = pids.at(2);
+    QVERIFY(instance != forking.processId() && instance != launching.processId());
+    QCOMPARE(ProcessWatcher::lookNow().size(), 3);
+
     renderer.kill();
     renderer.waitForFinished();
     QVERIFY(!terminated.wait(300));
-    browser.kill();
+    // The instance's own quit counts, even while its parent runs on.
+    ::kill(pid_t(instance), SIGKILL);
     QVERIFY(terminated.wait(2000));
-    QCOMPARE(terminated.size(), 1);
-    ::system("pkill -f \"^.*/chromium -c sleep 30; :\" 2>/dev/null");
+    QCOMPARE(terminated.takeFirst().first().value<RunningApplication>().pid, instance);
+    for (QProcess* process : {&zygote, &forking, &launching}) {
+        process->kill();
+        process->waitForFinished();
+    }
+    ::system("pkill -f \"^.*/chromium -c\" 2>/dev/null");
+}
+
+void TestProcessWatcher::aBrowserStartedBeforeTheWatcherIsWatched()
+{
+    QProcess firefox;
+    firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
+    QVERIFY(firefox.waitForStarted());
+    QTest::qWait(100);
+    // Looking now finds it before any watcher exists, as corvella-clean and every run look.
+    QCOMPARE(ProcessWatcher::lookNow().size(), 1);
+    ProcessWatcher watcher({});
+    QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
+    QCOMPARE(watcher.running().size(), 1);
+    QCOMPARE(watcher.running().first().pid, firefox.processId());
+    firefox.kill();
+    QVERIFY(terminated.wait(2000));
+    QVERIFY(ProcessWatcher::lookNow().isEmpty());
 }
 
 void TestProcessWatcher::findsABrowserALauncherBecameByExec()

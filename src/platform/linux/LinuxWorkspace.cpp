@@ -81,7 +81,9 @@ std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(co
     return std::nullopt;
 }
 
+// Asked before every run, so it looks at the processes as they are now: a browser the watcher has
+// not come to yet (it started a moment ago, or runs without a lock file) still counts.
 QList<RunningApplication> LinuxWorkspace::runningApplications()
 {
-    return m_watcher->running();
+    return ProcessWatcher::lookNow();
 }

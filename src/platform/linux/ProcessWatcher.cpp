@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 
 #include <dirent.h>
+#include <functional>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -38,13 +39,14 @@ QByteArray readProcFile(int pid, const char* entry)
     return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.readAll() : QByteArray();
 }
 
-// Renderers, GPU and utility processes, zygotes and content processes run the browser's own
-// executable but are not the application.
-bool isHelperProcess(int pid)
+// Renderers, GPU and utility processes, zygotes, content processes and Firefox's fork server run the
+// browser's own executable but are not the application. Chromium rewrites its children's titles into
+// one string, arguments separated by spaces instead of NULs.
+bool isHelper(QByteArray commandLine)
 {
-    const QList<QByteArray> arguments = readProcFile(pid, "cmdline").split('\0');
-    for (const QByteArray& argument : arguments) {
-        if (argument.startsWith("--type=") || argument == "-contentproc")
+    commandLine.replace('\0', ' ');
+    for (const QByteArray& argument : commandLine.split(' ')) {
+        if (argument.startsWith("--type=") || argument == "-contentproc" || argument == "-forkserver")
             return true;
     }
     return false;
@@ -61,9 +63,51 @@ int parentOf(int pid)
     return fields.size() > 1 ? fields.at(1).toInt() : 0;
 }
 
+bool ownedByThisUser(int pid)
+{
+    struct stat st
+    {};
+    return ::stat(QFile::encodeName(QStringLiteral("/proc/%1").arg(pid)).constData(), &st) == 0 &&
+           st.st_uid == ::getuid();
+}
+
+// The application whose main process this is: a known executable that is no helper. A child of the
+// same application is one of two things: a fork the browser made for itself (a GPU probe, say),
+// which keeps its parent's command line; or a second instance it launched ("open profile in a new
+// browser"), which was started with its own arguments and is an application like any other.
+const KnownApplication* applicationOf(int pid, const QString& executable)
+{
+    const KnownApplication* application = KnownApplications::forExecutable(executable);
+    if (!application)
+        return nullptr;
+    // Empty for a moment while the process execs; it is young, so it is looked at again.
+    const QByteArray commandLine = readProcFile(pid, "cmdline");
+    if (commandLine.isEmpty() || isHelper(commandLine))
+        return nullptr;
+    const int parent = parentOf(pid);
+    if (KnownApplications::forExecutable(executableOf(parent)) == application &&
+        readProcFile(parent, "cmdline") == commandLine)
+        return nullptr;
+    return application;
+}
+
 int pidfdOpen(int pid)
 {
     return int(::syscall(SYS_pidfd_open, pid, 0));
+}
+
+void forEachProcess(const std::function<void(int)>& visit)
+{
+    DIR* proc = ::opendir("/proc");
+    if (!proc)
+        return;
+    while (const dirent* entry = ::readdir(proc)) {
+        char* end = nullptr;
+        const long pid = std::strtol(entry->d_name, &end, 10);
+        if (pid > 0 && *end == '\0')
+            visit(int(pid));
+    }
+    ::closedir(proc);
 }
 
 } // namespace
@@ -100,44 +144,32 @@ void ProcessWatcher::scan()
 {
     watchLockFolders();
     const qint64 now = m_clock.elapsed();
-    // Whatever ran before the agent started has long since become what it is.
+    // What ran before the agent started is examined once, now, and has long since become what it is.
     const qint64 firstSeen = m_firstScan ? now - kSettleMs : now;
     m_firstScan = false;
 
     QHash<int, qint64> seen;
     seen.reserve(m_seen.size() + 16);
-    DIR* proc = ::opendir("/proc");
-    if (!proc)
-        return;
-    while (const dirent* entry = ::readdir(proc)) {
-        char* end = nullptr;
-        const long pid = std::strtol(entry->d_name, &end, 10);
-        if (pid <= 0 || *end != '\0')
-            continue;
-        const auto known = m_seen.constFind(int(pid));
-        const qint64 since = known != m_seen.cend() ? *known : firstSeen;
-        if (!m_watched.count(int(pid)) && now - since < kSettleMs)
-            examine(int(pid));
-        seen.insert(int(pid), since);
-    }
-    ::closedir(proc);
+    forEachProcess([&](int pid) {
+        const auto known = m_seen.constFind(pid);
+        const bool isNew = known == m_seen.cend();
+        const qint64 since = isNew ? firstSeen : *known;
+        // A young process is looked at again: a launcher may yet become the browser by exec.
+        if (!m_watched.count(pid) && (isNew || now - since < kSettleMs))
+            examine(pid);
+        seen.insert(pid, since);
+    });
     m_seen.swap(seen);
 }
 
 void ProcessWatcher::examine(int pid)
 {
-    struct stat st
-    {};
-    if (::stat(QFile::encodeName(QStringLiteral("/proc/%1").arg(pid)).constData(), &st) != 0 ||
-        st.st_uid != ::getuid())
+    if (!ownedByThisUser(pid))
         return;
     const QString executable = executableOf(pid);
-    const KnownApplication* application = KnownApplications::forExecutable(executable);
-    if (!application || isHelperProcess(pid))
+    const KnownApplication* application = applicationOf(pid, executable);
+    if (!application)
         return;
-    if (KnownApplications::forExecutable(executableOf(parentOf(pid))) == application)
-        return; // a child the browser started for itself
-
     const int pidfd = pidfdOpen(pid);
     if (pidfd < 0)
         return;
@@ -153,6 +185,18 @@ void ProcessWatcher::examine(int pid)
     connect(watched.notifier.get(), &QSocketNotifier::activated, this, [this, pid] { exited(pid); });
     QMutexLocker lock(&m_runningMutex);
     m_running.append(watched.application);
+}
+
+QList<RunningApplication> ProcessWatcher::lookNow()
+{
+    QList<RunningApplication> running;
+    forEachProcess([&running](int pid) {
+        if (!ownedByThisUser(pid))
+            return;
+        if (const KnownApplication* application = applicationOf(pid, executableOf(pid)))
+            running.append({application->name, application->bundleIdentifier, pid});
+    });
+    return running;
 }
 
 void ProcessWatcher::exited(int pid)

@@ -26,9 +26,12 @@ public:
     explicit ProcessWatcher(const QStringList& lockFolders, QObject* parent = nullptr);
     ~ProcessWatcher() override;
 
-    // Safe from any thread.
+    // The processes watched now. Safe from any thread.
     QList<RunningApplication> running() const;
     void scan();
+    // The main processes of known applications running for this user at this moment, found by
+    // looking at every process now (whatever the watcher has settled on). Safe from any thread.
+    static QList<RunningApplication> lookNow();
 
     static constexpr int kFallbackIntervalMs = 2000;
 
