@@ -8,6 +8,7 @@
 #include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sandbox.h"
 
@@ -79,9 +80,14 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
 {
     Options options;
     QStringList positional;
+    bool optionsEnded = false;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString& argument = arguments.at(i);
-        if (argument == QLatin1String("--list")) {
+        if (optionsEnded) {
+            positional.append(argument);
+        } else if (argument == QLatin1String("--")) {
+            optionsEnded = true;
+        } else if (argument == QLatin1String("--list")) {
             options.list = true;
         } else if (argument == QLatin1String("--preview")) {
             options.preview = true;
@@ -139,9 +145,10 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
 
 int CleanCommand::run(const QStringList& arguments)
 {
-    if (arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"))) {
+    const QStringList options_ = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
+    if (options_.contains(QLatin1String("--help")) || options_.contains(QLatin1String("-h"))) {
         m_services.out << kUsage << Qt::endl;
-        return Success;
+        return finish(Success);
     }
     const std::optional<Options> options = parse(arguments);
     if (!options)
@@ -156,7 +163,7 @@ int CleanCommand::run(const QStringList& arguments)
                      options->preview ? &preview : nullptr});
     BrowserCatalogue catalogue(m_services.workspace, m_services.defaults, sandbox);
     if (options->list)
-        return list(sandbox, catalogue);
+        return finish(list(sandbox, catalogue));
     if (!sandbox.enableAccess()) {
         m_services.err << "corvella-clean: no access to the home folder "
                        << sandbox.checkForUserDirectory(QStringLiteral("~"))
@@ -164,10 +171,31 @@ int CleanCommand::run(const QStringList& arguments)
                        << "\", or run corvella-clean in a terminal and answer y." << Qt::endl;
         return NoHomeAccess;
     }
-    const int result = clean(*options, sandbox, catalogue);
+    // Access was given for this run; a grant that could not be saved means asking again next time.
+    const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
+    const bool grantSaved =
+        AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, panel})
+            .hasPermissionForFilePath(home);
+    int result = clean(*options, sandbox, catalogue);
     if (result == Success && options->preview && preview.count == 0)
         m_services.out << "Nothing would be removed from " << options->browser << '.' << Qt::endl;
-    return result;
+    if (!grantSaved) {
+        m_services.err << "corvella-clean: warning: the access to " << home
+                       << " could not be saved in the settings (see the log); you will be asked again."
+                       << Qt::endl;
+        result = result == Success ? NotWritten : result;
+    }
+    return finish(result);
+}
+
+// Output that could not be written (a full disk, a closed pipe) must not pass for success.
+int CleanCommand::finish(int code)
+{
+    m_services.out.flush();
+    if (m_services.out.status() == QTextStream::Ok)
+        return code;
+    m_services.err << "corvella-clean: the output could not be written." << Qt::endl;
+    return code == Success ? NotWritten : code;
 }
 
 int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
@@ -216,14 +244,34 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
             choices.insert(SettingsKeys::settingsKey(options.browser, category), true);
     }
     BrowserCleaners cleaners({sandbox, catalogue, m_services.defaults, m_services.log});
-    const std::optional<QStringList> labels = RemovalRun::perform(
-        options.browser, [&] { return choices; }, {cleaners, catalogue, m_services.log, m_services.lockPath});
-    if (!labels) {
+    RemovalRunServices run{cleaners, catalogue, m_services.log, m_services.lockPath};
+    run.lockWait.timeoutMs = kLockTimeoutMs;
+    run.lockWait.waiting = [this] {
+        m_services.err << "corvella-clean: waiting for another removal run to finish (at most "
+                       << kLockTimeoutMs / 1000 << " s)..." << Qt::endl;
+    };
+    // A preview changes nothing, so a running browser is no reason to refuse it.
+    run.refuseRunningBrowser = !options.preview;
+    const RunOutcome outcome = RemovalRun::perform(
+        options.browser, [&] { return choices; }, run);
+    switch (outcome.status) {
+    case RunOutcome::BrowserRunning:
         m_services.err << "corvella-clean: " << options.browser
                        << " is running; quit it first. Nothing was changed." << Qt::endl;
         return BrowserRunning;
+    case RunOutcome::LockNotTaken:
+        m_services.err << "corvella-clean: another removal run did not finish within "
+                       << kLockTimeoutMs / 1000 << " s. Nothing was changed; try again later." << Qt::endl;
+        return LockBusy;
+    case RunOutcome::NoAccess:
+        return NoHomeAccess; // not reached: access was obtained before the run
+    case RunOutcome::Done:
+        break;
     }
+    if (options.preview && catalogue.browserIsRunning(options.browser))
+        m_services.out << options.browser << " is running: a run would refuse to touch it until it quits."
+                       << Qt::endl;
     if (!options.preview)
-        m_services.out << RemovalRun::notificationText(options.browser, *labels) << Qt::endl;
+        m_services.out << RemovalRun::notificationText(options.browser, outcome.labels) << Qt::endl;
     return Success;
 }

@@ -39,8 +39,13 @@ public:
         Success = 0,
         BadUsage = 2,
         NoHomeAccess = 3,
-        BrowserRunning = 4
+        BrowserRunning = 4,
+        NotWritten = 5, // the output or the grant of access could not be written
+        LockBusy = 6    // another removal run held the lock past kLockTimeoutMs
     };
+
+    // How long a run waits for another one (of the agent, or a second corvella-clean) to finish.
+    static constexpr int kLockTimeoutMs = 120000;
 
     explicit CleanCommand(const CleanServices& services);
 
@@ -62,6 +67,7 @@ private:
     int usageError(const QString& message);
     int list(Sandbox& sandbox, BrowserCatalogue& catalogue);
     int clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue);
+    int finish(int code);
 
     CleanServices m_services;
 };

@@ -88,6 +88,7 @@ void AppDelegate::applicationWillTerminate()
     if (m_terminated)
         return;
     m_terminated = true;
+    m_stopping = true; // a run still waiting for the lock gives up
     stopObservingSettings();
     for (const auto& connection : std::as_const(m_launchObservations))
         disconnect(connection);
@@ -269,13 +270,36 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
     if (!m_removalQueue)
         m_removalQueue = std::make_unique<RemovalQueue>();
     m_removalQueue->addOperation([this, browser, andNotify] {
-        const std::optional<QStringList> labels =
-            RemovalRun::perform(browser, [this] { return m_settingsController.content(); },
-                                {m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath});
-        if (labels && andNotify)
+        // Protection may have been switched off, or the browser deactivated, since the quit.
+        if (!m_defaults.boolForKey(SettingsKeys::isRunning) ||
+            !m_services.catalogue.checkIfBrowserEnabled(browser))
+            return;
+        RemovalRunServices run{m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath};
+        run.lockWait.stop = [this] { return m_stopping.load(); };
+        run.hasAccess = [this] {
+            return AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
+                .hasPermissionForFilePath(checkForUserDirectory(QStringLiteral("~")));
+        };
+        const RunOutcome outcome = RemovalRun::perform(
+            browser, [this] { return m_settingsController.content(); }, run);
+        if (outcome.status == RunOutcome::NoAccess)
+            tellAccessIsMissing(browser);
+        else if (outcome.status == RunOutcome::Done && andNotify)
             displayNotificationWithTitle(QStringLiteral("Corvella"),
-                                         RemovalRun::notificationText(browser, *labels));
+                                         RemovalRun::notificationText(browser, outcome.labels));
     });
+}
+
+// Once per agent session (until access is granted): every quit would otherwise repeat it.
+void AppDelegate::tellAccessIsMissing(const QString& browser)
+{
+    if (m_toldAccessIsMissing.exchange(true))
+        return;
+    displayNotificationWithTitle(
+        QStringLiteral("Corvella"),
+        tr("Corvella has no access to your home folder, so nothing was removed from %1. Grant it once "
+           "with \"corvella-clean --allow-home-access --list\".")
+            .arg(browser));
 }
 
 void AppDelegate::displayNotificationWithTitle(const QString& title, const QString& andText)

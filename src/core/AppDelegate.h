@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QVariant>
 
+#include <atomic>
 #include <memory>
 
 class BrowserCatalogue;
@@ -117,6 +118,7 @@ signals:
 private:
     void updateMenu();
     void checkDock();
+    void tellAccessIsMissing(const QString& browser);
     void checkRunStatus();
 
     UserDefaults& m_defaults;
@@ -129,6 +131,8 @@ private:
     bool m_watchingApplicationsFolder = false;
     bool m_editingBrowserSettings = false;
     bool m_terminated = false;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<bool> m_toldAccessIsMissing = false;
     int m_silentRunDelayMs = 2000;
     int m_notifyingRunDelayMs = 8000;
     QStringList m_browserTiles;

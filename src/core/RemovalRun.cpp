@@ -103,18 +103,29 @@ QString RemovalRun::notificationText(const QString& browser, const QStringList& 
                        {labels.join(QStringLiteral(", ")), browser});
 }
 
-std::optional<QStringList> RemovalRun::perform(const QString& browser,
-                                               const std::function<QVariantMap()>& choices,
-                                               const RemovalRunServices& services)
+RunOutcome RemovalRun::perform(const QString& browser, const std::function<QVariantMap()>& choices,
+                               const RemovalRunServices& services)
 {
-    const RunLock lock(services.lockPath, services.log);
-    if (services.catalogue.browserIsRunning(browser)) {
+    const RunLock lock(services.lockPath, services.log, services.lockWait);
+    if (!lock.isHeld()) {
+        services.log.log(
+            QStringLiteral("Corvella did not remove data of %1: another removal run held the lock")
+                .arg(browser));
+        return {RunOutcome::LockNotTaken, {}};
+    }
+    if (services.hasAccess && !services.hasAccess()) {
+        services.log.log(
+            QStringLiteral("Corvella did not remove data of %1: it has no access to the home folder")
+                .arg(browser));
+        return {RunOutcome::NoAccess, {}};
+    }
+    if (services.refuseRunningBrowser && services.catalogue.browserIsRunning(browser)) {
         services.log.log(QStringLiteral("Corvella skipped removing data of %1: it is running").arg(browser));
-        return std::nullopt;
+        return {RunOutcome::BrowserRunning, {}};
     }
     const QStringList labels = performCategoryLoop(browser, choices(), services.cleaners);
     services.log.log(QStringLiteral("Corvella removal run for %1: %2")
                          .arg(browser, labels.isEmpty() ? QStringLiteral("nothing selected")
                                                         : labels.join(QStringLiteral(", "))));
-    return labels;
+    return {RunOutcome::Done, labels};
 }

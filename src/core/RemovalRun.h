@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/RunLock.h"
+
 #include <QStringList>
 #include <QVariantMap>
 
@@ -18,6 +20,25 @@ struct RemovalRunServices
     SystemLog& log;
     // The lock that keeps runs of the agent and of corvella-clean apart; empty: none.
     QString lockPath;
+    RunLock::Wait lockWait = {};
+    // Whether the user granted access to the home folder (asked without a panel); empty: granted.
+    std::function<bool()> hasAccess = {};
+    // A preview changes nothing and may look at a running browser's files.
+    bool refuseRunningBrowser = true;
+};
+
+// How a run ended.
+struct RunOutcome
+{
+    enum Status
+    {
+        Done,
+        BrowserRunning, // nothing was touched: editing a running browser's files corrupts them
+        NoAccess,       // nothing was touched: the user has not granted the home folder
+        LockNotTaken,   // another run held the lock until the wait was given up
+    };
+    Status status = Done;
+    QStringList labels; // the categories processed, when done
 };
 
 // One removal run for one browser: the selected categories, in their fixed order, each handed to
@@ -34,10 +55,9 @@ QStringList performCategoryLoop(const QString& browser, const QVariantMap& choic
 // "Cookies, Cache removed from Safari", or the text for a run with nothing selected.
 QString notificationText(const QString& browser, const QStringList& labels);
 
-// The whole run: waits for the shared lock, skips the run when the browser is running again
-// (editing a running browser's files corrupts them), takes the choices at that moment, and runs
-// the loop. The labels, or no value when the run was skipped.
-std::optional<QStringList> perform(const QString& browser, const std::function<QVariantMap()>& choices,
-                                   const RemovalRunServices& services);
+// The whole run: waits for the shared lock, does nothing without access to the home folder or
+// while the browser runs, takes the choices at that moment, and runs the loop.
+RunOutcome perform(const QString& browser, const std::function<QVariantMap()>& choices,
+                   const RemovalRunServices& services);
 
 } // namespace RemovalRun

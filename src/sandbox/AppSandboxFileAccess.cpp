@@ -64,6 +64,16 @@ std::optional<QByteArray> AppSandboxFileAccess::persistPermissionURL(const QUrl&
     return data;
 }
 
+bool AppSandboxFileAccess::hasPermissionForFilePath(const QString& path)
+{
+    if (path.isEmpty())
+        return false;
+    const QUrl url = FileUrl::standardizedResolvingSymlinks(FileUrl::forPath(path));
+    const std::optional<QByteArray> bookmark =
+        AppSandboxFileAccessPersist(m_services.defaults).bookmarkDataForURL(url);
+    return bookmark && m_services.bookmarks.resolve(*bookmark).path.has_value();
+}
+
 bool AppSandboxFileAccess::accessFilePath(const QString& path, bool persistPermission, const Block& block)
 {
     assertParameter(!path.isEmpty(), "path", kSource);

@@ -44,6 +44,9 @@ public:
     std::optional<QByteArray> persistPermissionPath(const QString& path);
     std::optional<QByteArray> persistPermissionURL(const QUrl& url);
 
+    // Whether a grant record covers the path and still leads somewhere; never asks.
+    bool hasPermissionForFilePath(const QString& path);
+
     // True when access was obtained and the block ran inside it.
     bool accessFilePath(const QString& path, bool persistPermission, const Block& block);
     bool accessFileURL(const QUrl& fileURL, bool persistPermission, const Block& block);

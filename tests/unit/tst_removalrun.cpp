@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <csignal>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -46,10 +47,13 @@ private slots:
     void aQuitSetsOffASilentAndANotifyingRun();
     void quitsThatDoNothing_data();
     void quitsThatDoNothing();
-    void notificationsAreDecidedAtTheQuit();
+    void changesAfterTheQuit_data();
+    void changesAfterTheQuit();
+    void withoutAccessARunRemovesNothingAndSaysSoOnce();
     void aSelectionChangedBetweenTheRunsReachesTheSecond();
     void runsAreStrictlySerialAndOffTheMainThread();
     void aBrowserRunningAgainIsNotTouched();
+    void aRunWaitsForTheLockHeldByAnotherProcess_data();
     void aRunWaitsForTheLockHeldByAnotherProcess();
     void aClickedNotificationIsRemoved();
 };
@@ -179,26 +183,59 @@ void TestRemovalRun::quitsThatDoNothing()
     QVERIFY(p.agent.notifications.delivered().isEmpty());
 }
 
-void TestRemovalRun::notificationsAreDecidedAtTheQuit()
+void TestRemovalRun::changesAfterTheQuit_data()
 {
-    // Runs already scheduled still happen when protection goes off, and notifications switched off
-    // after the quit still come.
-    ProtectedAgent p;
-    p.select({});
-    p.quit(u"Firefox"_s);
-    p.home.t.defaults.setBool(false, SettingsKeys::displayNotifications);
-    p.home.t.defaults.setBool(false, SettingsKeys::isRunning);
-    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
-    QCOMPARE(p.agent.notifications.delivered().first().subtitle,
-             u"Whoops, you havn't selected anything to be removed from Firefox"_s);
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("beforeTheQuit");
+    QTest::addColumn<int>("runs");
+    QTest::addColumn<int>("notifications");
+    QTest::newRow("notifications off before the quit")
+        << SettingsKeys::displayNotifications << QVariant(false) << true << 2 << 0;
+    // Read at the quit: switching them off in the next seconds does not reach these runs.
+    QTest::newRow("notifications off after the quit")
+        << SettingsKeys::displayNotifications << QVariant(false) << false << 2 << 1;
+    QTest::newRow("protection off after the quit")
+        << SettingsKeys::isRunning << QVariant(false) << false << 0 << 0;
+    QTest::newRow("browser deactivated after the quit")
+        << SettingsKeys::enabledBrowsers << QVariant(QVariantList{u"com.apple.Safari"_s}) << false << 0 << 0;
+}
 
-    ProtectedAgent quiet;
-    quiet.home.t.defaults.setBool(false, SettingsKeys::displayNotifications);
-    quiet.select({{u"Firefox:cache"_s, true}});
-    quiet.quit(u"Firefox"_s);
-    QTRY_COMPARE(quiet.agent.cleaners.calls().size(), 2);
-    QVERIFY(quiet.agent.app.waitForRuns(1000));
-    QVERIFY(quiet.agent.notifications.delivered().isEmpty());
+void TestRemovalRun::changesAfterTheQuit()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    QFETCH(bool, beforeTheQuit);
+    QFETCH(int, runs);
+    QFETCH(int, notifications);
+    ProtectedAgent p;
+    p.select({{u"Firefox:cache"_s, true}});
+    if (beforeTheQuit)
+        p.home.t.defaults.setObject(value, key);
+    p.quit(u"Firefox"_s);
+    if (!beforeTheQuit)
+        p.home.t.defaults.setObject(value, key);
+    QTest::qWait(600);
+    QVERIFY(p.agent.app.waitForRuns(1000));
+    QCOMPARE(p.agent.cleaners.calls().size(), runs);
+    QCOMPARE(p.agent.notifications.delivered().size(), notifications);
+}
+
+void TestRemovalRun::withoutAccessARunRemovesNothingAndSaysSoOnce()
+{
+    TestHome home(false);
+    TestAgent agent(home.t);
+    home.t.defaults.setBool(true, SettingsKeys::isRunning);
+    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
+    home.t.defaults.setObject(QVariantMap{{u"Firefox:cache"_s, true}}, SettingsKeys::settings);
+    agent.app.startObservingSettings();
+    for (int i = 0; i < 2; ++i)
+        agent.app.clearData(u"Firefox"_s, true);
+    QVERIFY(agent.app.waitForRuns(2000));
+    QVERIFY(agent.cleaners.calls().isEmpty());
+    QCOMPARE(agent.notifications.delivered().size(), 1);
+    QVERIFY(agent.notifications.delivered().first().subtitle.contains(u"no access to your home folder"_s));
+    QVERIFY(agent.panel.requests.isEmpty()); // never asks from a run
 }
 
 void TestRemovalRun::aSelectionChangedBetweenTheRunsReachesTheSecond()
@@ -251,30 +288,55 @@ void TestRemovalRun::aBrowserRunningAgainIsNotTouched()
     QVERIFY(p.agent.notifications.delivered().isEmpty());
 }
 
-void TestRemovalRun::aRunWaitsForTheLockHeldByAnotherProcess()
+// Another process holds the run lock for the given time; returns its pid once it holds it.
+static pid_t holdRunLock(TestHome& home, int ms)
 {
-    TestHome home;
-    const QString lockPath = RunLock::pathForHome(home.path());
     int ready[2];
-    QVERIFY(::pipe(ready) == 0);
+    if (::pipe(ready) != 0)
+        return -1;
     const pid_t child = ::fork();
     if (child == 0) {
-        const RunLock held(lockPath, home.t.log);
+        const RunLock held(RunLock::pathForHome(home.path()), home.t.log);
         [[maybe_unused]] auto written = ::write(ready[1], "x", 1);
-        ::usleep(400 * 1000);
+        ::usleep(useconds_t(ms) * 1000);
         ::_exit(0);
     }
     char byte;
-    QCOMPARE(::read(ready[0], &byte, 1), 1);
-    TestAgent agent(home.t, lockPath);
+    return ::read(ready[0], &byte, 1) == 1 ? child : -1;
+}
+
+void TestRemovalRun::aRunWaitsForTheLockHeldByAnotherProcess_data()
+{
+    QTest::addColumn<bool>("quitWhileWaiting");
+    QTest::newRow("the lock is freed") << false;
+    QTest::newRow("the agent quits meanwhile") << true;
+}
+
+void TestRemovalRun::aRunWaitsForTheLockHeldByAnotherProcess()
+{
+    QFETCH(bool, quitWhileWaiting);
+    TestHome home;
+    const pid_t child = holdRunLock(home, quitWhileWaiting ? 5000 : 400);
+    QVERIFY(child > 0);
+    TestAgent agent(home.t, RunLock::pathForHome(home.path()));
+    home.t.defaults.setBool(true, SettingsKeys::isRunning);
+    home.t.defaults.setObject(QVariantList{u"com.operasoftware.Opera"_s}, SettingsKeys::enabledBrowsers);
     home.t.defaults.setObject(QVariantMap{{u"Opera:cache"_s, true}}, SettingsKeys::settings);
     agent.app.startObservingSettings();
     QElapsedTimer clock;
     clock.start();
     agent.app.clearData(u"Opera"_s, false);
-    QVERIFY(agent.app.waitForRuns(5000));
-    QVERIFY(clock.elapsed() >= 300);
-    QCOMPARE(agent.cleaners.calls(), QStringList{u"removeBrowserCache Opera"_s});
+    if (quitWhileWaiting) {
+        QTest::qWait(200);
+        agent.app.applicationWillTerminate(); // must not wait for the other process
+        QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(agent.cleaners.calls().isEmpty());
+        ::kill(child, SIGKILL);
+    } else {
+        QVERIFY(agent.app.waitForRuns(5000));
+        QVERIFY(clock.elapsed() >= 300);
+        QCOMPARE(agent.cleaners.calls(), QStringList{u"removeBrowserCache Opera"_s});
+    }
     ::waitpid(child, nullptr, 0);
 }
 
