@@ -34,13 +34,13 @@ unsigned char entryType(int dirFd, const dirent* entry)
     return DT_LNK; // anything else is removed like a link: the entry itself
 }
 
-bool passesGate(Walk& walk, const char* name, unsigned char type)
+bool passesGate(Walk& walk, int dirFd, const char* name, unsigned char type)
 {
     if (!walk.gate || type != DT_REG)
         return true;
     const size_t length = walk.path.size();
     walk.path.append("/").append(name);
-    const bool pass = walk.gate(QFile::decodeName(walk.path.c_str()));
+    const bool pass = walk.gate(dirFd, QByteArray(name), QFile::decodeName(walk.path.c_str()));
     walk.path.resize(length);
     return pass;
 }
@@ -80,7 +80,7 @@ bool emptyFolder(int dirFd, Walk& walk)
                 complete = (emptied && ::unlinkat(::dirfd(dir), name, AT_REMOVEDIR) == 0) && complete;
             continue;
         }
-        if (!passesGate(walk, name, type) || ::unlinkat(::dirfd(dir), name, 0) != 0)
+        if (!passesGate(walk, ::dirfd(dir), name, type) || ::unlinkat(::dirfd(dir), name, 0) != 0)
             complete = false;
     }
     ::closedir(dir);
@@ -99,8 +99,16 @@ bool removeItem(const QString& path, const FileGate& gate)
     if (::lstat(native.constData(), &st) != 0)
         return true;
     if (!S_ISDIR(st.st_mode)) {
-        if (gate && S_ISREG(st.st_mode) && !gate(path))
-            return false;
+        if (gate && S_ISREG(st.st_mode)) {
+            const qsizetype slash = native.lastIndexOf('/');
+            const QByteArray folder = slash <= 0 ? QByteArray("/") : native.left(slash);
+            const int dirFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            const bool pass = dirFd >= 0 && gate(dirFd, native.mid(slash + 1), path);
+            if (dirFd >= 0)
+                ::close(dirFd);
+            if (!pass)
+                return false;
+        }
         return ::unlink(native.constData()) == 0;
     }
     const int fd = ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);

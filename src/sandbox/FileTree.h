@@ -8,8 +8,9 @@
 // removed as links and never followed, and no work is done per entry beyond what removal needs.
 namespace FileTree {
 
-// Called with the full path of each regular file before it is deleted; false keeps the file.
-using FileGate = std::function<bool(const QString& path)>;
+// Called for each regular file before it is deleted, with the folder it is in (open at dirFd), its
+// name there, and its full path (for messages); false keeps the file.
+using FileGate = std::function<bool(int dirFd, const QByteArray& name, const QString& path)>;
 
 // Removes a file, a link, or a folder with everything below it. True when the item is gone.
 bool removeItem(const QString& path, const FileGate& gate = {});

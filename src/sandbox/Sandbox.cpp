@@ -213,7 +213,22 @@ FileTree::FileGate Sandbox::wipeGate() const
 {
     if (!m_services.defaults.boolForKey(SettingsKeys::secureDeleteData))
         return {};
-    return [](const QString& file) { return SecureDelete::wipe(file); };
+    return [this](int dirFd, const QByteArray& name, const QString& path) {
+        switch (SecureDelete::wipeAt(dirFd, name)) {
+        case SecureDelete::Outcome::Wiped:
+        case SecureDelete::Outcome::Nothing:
+            return true;
+        case SecureDelete::Outcome::SharedByLinks:
+            m_services.log.log(QStringLiteral("Corvella removed %1 without overwriting it: other hard links "
+                                              "share its data, and overwriting would destroy them")
+                                   .arg(path));
+            return true;
+        case SecureDelete::Outcome::Failed:
+            break;
+        }
+        m_services.log.log(QStringLiteral("Corvella kept %1: it could not be overwritten").arg(path));
+        return false;
+    };
 }
 
 void Sandbox::removeNative(const QString& nativePath)

@@ -10,82 +10,164 @@
 
 namespace {
 
-bool exists(const QByteArray& path)
+constexpr size_t kChunk = 64 * 1024;
+
+// The folder and the last component of a path, the folder opened for *at calls; -1 when it cannot be.
+struct Parent
 {
-    struct stat st
-    {};
-    return ::stat(path.constData(), &st) == 0;
+    explicit Parent(const QString& path)
+    {
+        const QByteArray native = QFile::encodeName(path);
+        const qsizetype slash = native.lastIndexOf('/');
+        name = slash < 0 ? native : native.mid(slash + 1);
+        const QByteArray folder = slash < 0    ? QByteArray(".")
+                                  : slash == 0 ? QByteArray("/")
+                                               : native.left(slash);
+        fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    }
+    ~Parent()
+    {
+        if (fd >= 0)
+            ::close(fd);
+    }
+    Parent(const Parent&) = delete;
+    Parent& operator=(const Parent&) = delete;
+
+    int fd = -1;
+    QByteArray name;
+};
+
+void fillPattern(unsigned char* buffer, size_t size, int phase)
+{
+    if (phase == 1) {
+        std::fill(buffer, buffer + size, 0x55);
+    } else if (phase == 2) {
+        std::fill(buffer, buffer + size, 0xAA);
+    } else {
+        std::random_device entropy;
+        std::mt19937 generator(entropy());
+        for (size_t i = 0; i < size; ++i)
+            buffer[i] = static_cast<unsigned char>(generator() % 255); // 0..254: 0xFF never occurs
+    }
 }
 
-bool allPasses(const QString& path)
+bool writeRange(int fd, const unsigned char* buffer, off_t from, off_t to)
 {
-    return SecureDelete::wipe(path, 1) && SecureDelete::wipe(path, 2) && SecureDelete::wipe(path, 3);
+    while (from < to) {
+        const size_t chunk = size_t(std::min<off_t>(to - from, off_t(kChunk)));
+        const ssize_t written = ::pwrite(fd, buffer, chunk, from);
+        if (written < 0 && errno == EINTR)
+            continue;
+        // A write that fails outright would fail again for ever: the pass fails instead of spinning.
+        if (written <= 0)
+            return false;
+        from += written;
+    }
+    return true;
+}
+
+// One pass over the data of the file (the holes of a sparse file stay holes), then synced, so the
+// kernel cannot drop it when the file is unlinked.
+bool pass(int fd, int phase, off_t size)
+{
+    static thread_local unsigned char buffer[kChunk];
+    fillPattern(buffer, kChunk, phase);
+    off_t offset = 0;
+    while (offset < size) {
+        off_t data = ::lseek(fd, offset, SEEK_DATA);
+        if (data < 0 && errno == ENXIO)
+            break; // only a hole is left
+        off_t hole = data < 0 ? size : ::lseek(fd, data, SEEK_HOLE);
+        if (data < 0) // no hole support: all of it is data
+            data = offset;
+        if (hole < 0 || hole > size)
+            hole = size;
+        if (!writeRange(fd, buffer, data, hole))
+            return false;
+        offset = hole;
+    }
+    return ::fsync(fd) == 0;
+}
+
+// The regular file, opened for writing without following a link; -1 when it cannot be.
+int openForWipe(int dirFd, const QByteArray& name, struct stat& st)
+{
+    const int fd = ::openat(dirFd, name.constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return -1;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+bool wipeOpen(int fd, const struct stat& st)
+{
+    for (int phase = 1; phase <= 3; ++phase) {
+        if (!pass(fd, phase, st.st_size))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
 
 namespace SecureDelete {
 
-bool wipe(const QString& path, int phase)
+Outcome wipeAt(int dirFd, const QByteArray& name)
 {
-    unsigned char buffer[1024];
-    if (phase == 1) {
-        std::fill(std::begin(buffer), std::end(buffer), 0x55);
-    } else if (phase == 2) {
-        std::fill(std::begin(buffer), std::end(buffer), 0xAA);
-    } else if (phase == 3) {
-        std::random_device entropy;
-        std::mt19937 generator(entropy());
-        for (unsigned char& byte : buffer)
-            byte = static_cast<unsigned char>(generator() % 255); // 0..254: 0xFF never occurs
-    } else {
-        return false;
-    }
-
-    // O_NOFOLLOW: a link is never written through, so a link out of the home folder stays harmless.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0)
-        return false;
     struct stat st
     {};
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    if (::fstatat(dirFd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno == ENOENT ? Outcome::Nothing : Outcome::Failed;
+    if (S_ISDIR(st.st_mode))
+        return Outcome::Nothing;
+    const int fd = openForWipe(dirFd, name, st);
+    if (fd < 0)
+        return Outcome::Failed;
+    if (st.st_nlink > 1) {
         ::close(fd);
+        return Outcome::SharedByLinks;
+    }
+    const bool wiped = wipeOpen(fd, st);
+    return ::close(fd) == 0 && wiped ? Outcome::Wiped : Outcome::Failed;
+}
+
+bool wipe(const QString& path, int phase)
+{
+    if (phase < 1 || phase > 3)
         return false;
-    }
-    // Only the low 32 bits of the size count, as the wipe has always done.
-    uint32_t remaining = static_cast<uint32_t>(st.st_size);
-    while (remaining > 0) {
-        const size_t chunk = std::min<size_t>(remaining, sizeof buffer);
-        const ssize_t written = ::write(fd, buffer, chunk);
-        if (written < 0 && errno == EINTR)
-            continue;
-        // A write that fails outright would fail again for ever: the pass fails instead of spinning.
-        if (written <= 0) {
-            ::close(fd);
-            return false;
-        }
-        remaining -= static_cast<uint32_t>(written);
-    }
-    return ::close(fd) == 0;
+    const Parent parent(path);
+    struct stat st
+    {};
+    const int fd = parent.fd < 0 ? -1 : openForWipe(parent.fd, parent.name, st);
+    if (fd < 0)
+        return false;
+    const bool written = pass(fd, phase, st.st_size);
+    return ::close(fd) == 0 && written;
 }
 
 bool wipe(const QString& path)
 {
-    const QByteArray native = QFile::encodeName(path);
-    if (!exists(native))
-        return true;
-    struct stat st
-    {};
-    if (::stat(native.constData(), &st) == 0 && S_ISDIR(st.st_mode))
-        return true; // a folder's files are removed plainly by the caller
-    return allPasses(path);
+    const Parent parent(path);
+    return parent.fd >= 0 && wipeAt(parent.fd, parent.name) != Outcome::Failed;
 }
 
 bool wipeContentsofDir(const QString& path)
 {
-    if (!exists(QFile::encodeName(path)))
+    const Parent parent(path);
+    if (parent.fd < 0)
+        return false;
+    struct stat st
+    {};
+    if (::fstatat(parent.fd, parent.name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
         return true;
-    return allPasses(path);
+    const int fd = openForWipe(parent.fd, parent.name, st);
+    if (fd < 0)
+        return false;
+    const bool wiped = wipeOpen(fd, st);
+    return ::close(fd) == 0 && wiped;
 }
 
 } // namespace SecureDelete

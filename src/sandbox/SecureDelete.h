@@ -1,15 +1,28 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 // Overwrites a file in place, three times (0x55, 0xAA, random bytes), before the file layer
-// deletes it. It never deletes anything itself.
+// deletes it. It never deletes anything itself. Every pass is written through to the disk before
+// the next one (and before the unlink that follows), works on one descriptor opened from the
+// parent folder without following links, and leaves the holes of a sparse file alone.
 namespace SecureDelete {
 
-// True when nothing exists at the path, or it was overwritten completely. A folder is never
-// overwritten (its files are removed plainly afterwards) and never fails.
+enum class Outcome
+{
+    Wiped,
+    Nothing,       // no file there, or a folder (its files are removed plainly by the caller)
+    SharedByLinks, // another hard link names the same data: overwriting it would destroy that file
+    Failed,        // could not be opened or written: the file must be kept
+};
+
+// All three passes over the regular file `name` in the folder open at dirFd.
+Outcome wipeAt(int dirFd, const QByteArray& name);
+
+// The same for a path. True unless the wipe failed (a file shared by links is not overwritten).
 bool wipe(const QString& path);
-// One pass (1, 2 or 3) over the whole file; true when it was written and closed without error.
+// One pass (1, 2 or 3) over the whole file; true when it was written and synced without error.
 bool wipe(const QString& path, int phase);
 // All three passes on the path, taken as one file; true when nothing exists at it or all succeed.
 bool wipeContentsofDir(const QString& path);

@@ -1,6 +1,12 @@
+#include "platform/SettingsKeys.h"
 #include "sandbox/SecureDelete.h"
 #include "support/PlistFixtures.h"
+#include "support/TestHome.h"
 #include "support/Unprivileged.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
@@ -20,6 +26,10 @@ private slots:
     void anUnknownPassWritesNothing();
     void aFileThatCannotBeOpenedForWritingFails();
     void aLinkIsNeverWrittenThrough();
+    void aFileSharedByAnotherHardLinkIsOnlyUnlinked();
+    void wipesFilesItCannotNameByPath_data();
+    void wipesFilesItCannotNameByPath();
+    void aLargeSparseFileIsWipedWithoutFillingItsHoles();
 
 private:
     QByteArray contents(const QString& path)
@@ -106,6 +116,77 @@ void TestSecureDelete::aLinkIsNeverWrittenThrough()
     QVERIFY(QFile::link(m_file, link));
     QVERIFY(!SecureDelete::wipe(link));
     QCOMPARE(contents(m_file), m_original);
+}
+
+void TestSecureDelete::aFileSharedByAnotherHardLinkIsOnlyUnlinked()
+{
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
+    const QString cookies = home.file(QStringLiteral("Library/Cookies/Cookies.binarycookies"), m_original);
+    // The other name lies outside the home folder: its content is not Corvella's to destroy.
+    const QString outside = m_dir->filePath(QStringLiteral("backup"));
+    QVERIFY(::link(QFile::encodeName(cookies).constData(), QFile::encodeName(outside).constData()) == 0);
+    home.sandbox.remove(QStringLiteral("~/Library/Cookies/Cookies.binarycookies"));
+    QVERIFY(!QFile::exists(cookies));
+    QCOMPARE(contents(outside), m_original);
+    QCOMPARE(home.t.log.lines().filter(QStringLiteral("other hard links")).size(), 1);
+}
+
+void TestSecureDelete::wipesFilesItCannotNameByPath_data()
+{
+    QTest::addColumn<QByteArray>("relative");
+    QTest::newRow("a name that is not UTF-8") << QByteArray("Library/Caches/Firefox/cache2/\xff\xfe-entry");
+    QByteArray deep("Library/Caches/Firefox");
+    while (deep.size() < 4200) // past PATH_MAX
+        deep += "/a-folder-name-of-forty-characters-or-so";
+    QTest::newRow("a path past PATH_MAX") << deep + "/entry";
+}
+
+void TestSecureDelete::wipesFilesItCannotNameByPath()
+{
+    QFETCH(QByteArray, relative);
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
+    // Made component by component, as no single call takes a path that long.
+    int dir = ::open(QFile::encodeName(home.path()).constData(), O_RDONLY | O_DIRECTORY);
+    const QList<QByteArray> parts = relative.split('/');
+    for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
+        ::mkdirat(dir, parts.at(i).constData(), 0700);
+        const int next = ::openat(dir, parts.at(i).constData(), O_RDONLY | O_DIRECTORY);
+        ::close(dir);
+        dir = next;
+    }
+    QVERIFY(dir >= 0);
+    const int fd = ::openat(dir, parts.last().constData(), O_RDWR | O_CREAT, 0600);
+    ::close(dir);
+    QCOMPARE(::write(fd, m_original.constData(), size_t(m_original.size())), ssize_t(m_original.size()));
+    // The descriptor outlives the unlink and shows what the wipe left in the data.
+    home.sandbox.remove(QStringLiteral("~/Library/Caches/Firefox"));
+    QVERIFY(!home.exists(QStringLiteral("Library/Caches/Firefox")));
+    QByteArray left(m_original.size(), 0);
+    QCOMPARE(::pread(fd, left.data(), size_t(left.size()), 0), ssize_t(left.size()));
+    ::close(fd);
+    QVERIFY(left.count('x') < 100); // random bytes, not what was there
+    QVERIFY(!left.contains(char(0xFF)));
+}
+
+void TestSecureDelete::aLargeSparseFileIsWipedWithoutFillingItsHoles()
+{
+    // Data 4 GiB in, past what a 32-bit size reaches; everything before it is a hole.
+    const qint64 offset = qint64(1) << 32;
+    const int fd = ::open(QFile::encodeName(m_file).constData(), O_RDWR | O_TRUNC);
+    QVERIFY(fd >= 0);
+    QCOMPARE(::pwrite(fd, "secret", 6, offset), ssize_t(6));
+    QVERIFY(SecureDelete::wipe(m_file));
+    char left[6] = {};
+    QCOMPARE(::pread(fd, left, 6, offset), ssize_t(6));
+    struct stat st
+    {};
+    ::fstat(fd, &st);
+    ::close(fd);
+    QVERIFY(QByteArray(left, 6) != QByteArray("secret"));
+    QCOMPARE(qint64(st.st_size), offset + 6);
+    QVERIFY2(st.st_blocks * 512 < 1024 * 1024, "the holes were filled");
 }
 
 QTEST_GUILESS_MAIN(TestSecureDelete)
