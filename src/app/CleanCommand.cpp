@@ -245,10 +245,10 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
     }
     BrowserCleaners cleaners({sandbox, catalogue, m_services.defaults, m_services.log});
     RemovalRunServices run{cleaners, catalogue, m_services.log, m_services.lockPath};
-    run.lockWait.timeoutMs = kLockTimeoutMs;
+    run.lockWait.timeoutMs = m_services.lockTimeoutMs;
     run.lockWait.waiting = [this] {
         m_services.err << "corvella-clean: waiting for another removal run to finish (at most "
-                       << kLockTimeoutMs / 1000 << " s)..." << Qt::endl;
+                       << m_services.lockTimeoutMs / 1000 << " s)..." << Qt::endl;
     };
     // A preview changes nothing, so a running browser is no reason to refuse it.
     run.refuseRunningBrowser = !options.preview;
@@ -261,7 +261,8 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
         return BrowserRunning;
     case RunOutcome::LockNotTaken:
         m_services.err << "corvella-clean: another removal run did not finish within "
-                       << kLockTimeoutMs / 1000 << " s. Nothing was changed; try again later." << Qt::endl;
+                       << m_services.lockTimeoutMs / 1000 << " s. Nothing was changed; try again later."
+                       << Qt::endl;
         return LockBusy;
     case RunOutcome::NoAccess:
         return NoHomeAccess; // not reached: access was obtained before the run

@@ -26,6 +26,8 @@ struct CleanServices
     std::function<std::optional<bool>(const QString& question)> ask;
     // The lock shared with the agent's runs; empty: none.
     QString lockPath;
+    // How long a run waits for another one (of the agent, or a second corvella-clean) to finish.
+    int lockTimeoutMs = 120000;
 };
 
 // corvella-clean: one removal run from the command line, with the agent's loop, cleaners and order.
@@ -41,11 +43,8 @@ public:
         NoHomeAccess = 3,
         BrowserRunning = 4,
         NotWritten = 5, // the output or the grant of access could not be written
-        LockBusy = 6    // another removal run held the lock past kLockTimeoutMs
+        LockBusy = 6    // another removal run held the lock past the wait
     };
-
-    // How long a run waits for another one (of the agent, or a second corvella-clean) to finish.
-    static constexpr int kLockTimeoutMs = 120000;
 
     explicit CleanCommand(const CleanServices& services);
 

@@ -12,6 +12,7 @@
 #include "platform/UserNotificationCenter.h"
 #include "platform/Workspace.h"
 #include "sandbox/AppSandboxFileAccess.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -33,8 +34,11 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
         if (registration && registration->typeId() == QMetaType::QVariantMap)
             defaults.registerDefaults(registration->toMap());
     }
+    // Registered as well as stored, so the home folder is known even when the settings cannot be saved.
+    defaults.registerDefaults({{SettingsKeys::userFolder, RealHomeDirectory()}});
     defaults.setObject(RealHomeDirectory(), SettingsKeys::userFolder);
     defaults.synchronize();
+    AppSandboxFileAccessPersist(defaults).removeRecordsBelowGrants();
 }
 
 AppDelegate::AppDelegate(const AppServices& services, QObject* parent)
@@ -69,6 +73,7 @@ void AppDelegate::applicationDidFinishLaunching()
         &m_services.notifications, &UserNotificationCenter::didActivateNotification,
         &m_services.notifications, &UserNotificationCenter::removeDeliveredNotification);
     startObservingSettings();
+    m_launched = true;
     m_launchObservations << connect(&m_services.workspace, &Workspace::didTerminateApplication, this,
                                     &AppDelegate::appTerminated);
     m_launchObservations << connect(&m_services.folderWatch, &FolderWatch::foldersChanged,
@@ -158,6 +163,22 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
         checkDock();
     if (keyPath == SettingsKeys::isRunning)
         checkRunStatus();
+    if (keyPath.startsWith(AppSandboxFileAccessPersist::keyPrefix))
+        grantsChanged();
+}
+
+// Access granted while the agent runs (from corvella-clean, say): finish the start-up steps that
+// needed it, and tell the user again should it be lost later.
+void AppDelegate::grantsChanged()
+{
+    const bool granted =
+        AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
+            .hasPermissionForFilePath(checkForUserDirectory(QStringLiteral("~")));
+    if (!granted)
+        return;
+    m_toldAccessIsMissing = false;
+    if (m_launched && !m_watchingApplicationsFolder)
+        watchApplicationsFolder();
 }
 
 void AppDelegate::setCategorySelected(const QString& browser, const QString& category, bool selected)
@@ -229,7 +250,6 @@ void AppDelegate::watchApplicationsFolder()
         return;
     AppSandboxFileAccess access =
         AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel});
-    access.persistPermissionPath(checkForUserDirectory(kApplicationsFolder));
     const QString home = checkForUserDirectory(QStringLiteral("~"));
     m_watchingApplicationsFolder = access.accessFileURLandKeepAlive(QUrl::fromLocalFile(home), true, [this] {
         if (!m_services.folderWatch.isWatching())
@@ -243,8 +263,6 @@ void AppDelegate::stopObserving()
 {
     if (!m_services.folderWatch.isWatching())
         return;
-    AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
-        .persistPermissionPath(checkForUserDirectory(kApplicationsFolder));
     m_services.folderWatch.stop();
 }
 

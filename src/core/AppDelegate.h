@@ -119,6 +119,7 @@ private:
     void updateMenu();
     void checkDock();
     void tellAccessIsMissing(const QString& browser);
+    void grantsChanged();
     void checkRunStatus();
 
     UserDefaults& m_defaults;
@@ -131,6 +132,7 @@ private:
     bool m_watchingApplicationsFolder = false;
     bool m_editingBrowserSettings = false;
     bool m_terminated = false;
+    bool m_launched = false;
     std::atomic<bool> m_stopping = false;
     std::atomic<bool> m_toldAccessIsMissing = false;
     int m_silentRunDelayMs = 2000;

@@ -161,18 +161,26 @@ bool UserDefaults::setObject(const QVariant& value, const QString& forKey)
     auto normal = PropertyList::normalized(value);
     if (!normal)
         return false;
-    change(forKey, normal);
-    return true;
+    return change({{forKey, normal}});
 }
 
-void UserDefaults::removeObjectForKey(const QString& key)
+bool UserDefaults::removeObjectForKey(const QString& key)
 {
-    change(key, std::nullopt);
+    return change({{key, std::nullopt}});
+}
+
+bool UserDefaults::removeObjectsForKeys(const QStringList& keys)
+{
+    QMap<QString, std::optional<QVariant>> changes;
+    for (const QString& key : keys)
+        changes.insert(key, std::nullopt);
+    return change(changes);
 }
 
 // Applies one key's change on top of what the store holds now, so writers of other keys (another
-// process included) lose nothing.
-void UserDefaults::change(const QString& key, const std::optional<QVariant>& value)
+// process included) lose nothing. What could not be saved did not happen: the values stay as they
+// are on disk, and the caller learns it.
+bool UserDefaults::change(const QMap<QString, std::optional<QVariant>>& changes)
 {
     QVariantMap before, after;
     {
@@ -186,16 +194,22 @@ void UserDefaults::change(const QString& key, const std::optional<QVariant>& val
                           .arg(keptAs));
         }
         QVariantMap domain = stored.value_or(m_persistent);
-        if (value)
-            domain.insert(key, *value);
-        else
-            domain.remove(key);
-        if (!stored || domain != *stored)
-            m_backend->write(domain);
+        for (auto it = changes.cbegin(); it != changes.cend(); ++it) {
+            if (it.value())
+                domain.insert(it.key(), *it.value());
+            else
+                domain.remove(it.key());
+        }
+        if ((!stored || domain != *stored) && !m_backend->write(domain)) {
+            m_log.log(QStringLiteral("Corvella could not save its settings (%1): %2")
+                          .arg(changes.keys().join(QStringLiteral(", ")), m_backend->errorString()));
+            return false;
+        }
         m_persistent = domain;
         after = merged(m_registration, m_persistent);
     }
     announce(before, after);
+    return true;
 }
 
 bool UserDefaults::synchronize()

@@ -41,10 +41,13 @@ public:
     // Both domains merged, the persistent one winning.
     QVariantMap dictionaryRepresentation() const;
 
-    // False (and nothing stored) for a value a property list cannot hold.
+    // False, and nothing changed, for a value a property list cannot hold or a change that could not
+    // be saved (a full disk, a folder that cannot be written); the failure is logged.
     bool setObject(const QVariant& value, const QString& forKey);
     bool setBool(bool value, const QString& forKey) { return setObject(QVariant(value), forKey); }
-    void removeObjectForKey(const QString& key);
+    bool removeObjectForKey(const QString& key);
+    // Several keys in one write.
+    bool removeObjectsForKeys(const QStringList& keys);
     // Picks up what other processes stored; false when the store cannot be read.
     bool synchronize();
 
@@ -55,7 +58,8 @@ signals:
     void defaultsChanged();
 
 private:
-    void change(const QString& key, const std::optional<QVariant>& value);
+    // Each key with its new value (no value: removed), applied in one write.
+    bool change(const QMap<QString, std::optional<QVariant>>& changes);
     bool reload();
     void announce(const QVariantMap& before, const QVariantMap& after);
 

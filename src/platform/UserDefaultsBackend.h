@@ -17,7 +17,10 @@ public:
     // cannot be read as a dictionary.
     virtual std::optional<QVariantMap> read() = 0;
     // Replaces the stored domain atomically: a reader sees the old or the new domain, never a mix.
+    // False, with the old domain kept as it was, when it could not be written.
     virtual bool write(const QVariantMap& domain) = 0;
+    // Why the last write failed.
+    virtual QString errorString() const { return QString(); }
     // Moves an unreadable store aside so nothing the user had is destroyed; its new name.
     virtual QString quarantine() = 0;
     // Excludes the other writers of the same store (other processes included).

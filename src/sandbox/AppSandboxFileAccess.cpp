@@ -59,8 +59,9 @@ std::optional<QByteArray> AppSandboxFileAccess::persistPermissionURL(const QUrl&
 {
     assertParameter(!url.isEmpty(), "url", kSource);
     auto data = m_services.bookmarks.create(FileUrl::path(url));
-    if (data)
-        AppSandboxFileAccessPersist(m_services.defaults).setBookmarkData(*data, url);
+    // A record that could not be saved is no record: the user will be asked again.
+    if (!data || !AppSandboxFileAccessPersist(m_services.defaults).setBookmarkData(*data, url))
+        return std::nullopt;
     return data;
 }
 

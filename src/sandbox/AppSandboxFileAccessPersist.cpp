@@ -15,17 +15,38 @@ QString AppSandboxFileAccessPersist::keyForBookmarkDataForURL(const QUrl& url)
 std::optional<QByteArray> AppSandboxFileAccessPersist::bookmarkDataForURL(const QUrl& url) const
 {
     assertParameter(!url.isEmpty(), "url", kSource);
-    for (QUrl candidate = url; FileUrl::path(candidate).size() >= 2; candidate = FileUrl::parent(candidate)) {
+    for (QUrl candidate = url;; candidate = FileUrl::parent(candidate)) {
         if (auto data = m_defaults.dataForKey(keyForBookmarkDataForURL(candidate)))
             return data;
+        if (FileUrl::path(candidate).size() < 2) // the root folder was the last to look at
+            return std::nullopt;
     }
-    return std::nullopt;
 }
 
-void AppSandboxFileAccessPersist::setBookmarkData(const QByteArray& data, const QUrl& forURL)
+bool AppSandboxFileAccessPersist::setBookmarkData(const QByteArray& data, const QUrl& forURL)
 {
     assertParameter(!forURL.isEmpty(), "url", kSource);
-    m_defaults.setObject(data, keyForBookmarkDataForURL(forURL));
+    return m_defaults.setObject(data, keyForBookmarkDataForURL(forURL));
+}
+
+bool AppSandboxFileAccessPersist::removeRecordsBelowGrants()
+{
+    QStringList folders;
+    const QVariantMap all = m_defaults.dictionaryRepresentation();
+    for (auto it = all.keyBegin(); it != all.keyEnd(); ++it) {
+        if (it->startsWith(keyPrefix))
+            folders.append(FileUrl::path(QUrl(it->mid(keyPrefix.size()))));
+    }
+    QStringList below;
+    for (const QString& path : std::as_const(folders)) {
+        const bool covered = std::any_of(folders.cbegin(), folders.cend(), [&path](const QString& folder) {
+            const QString prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+            return folder != path && path.startsWith(prefix);
+        });
+        if (covered)
+            below.append(keyForBookmarkDataForURL(FileUrl::forPath(path)));
+    }
+    return below.isEmpty() || m_defaults.removeObjectsForKeys(below);
 }
 
 void AppSandboxFileAccessPersist::clearBookmarkDataForURL(const QUrl& url)

@@ -1,5 +1,6 @@
 #include "sandbox/Sandbox.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/PathLayout.h"
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 #include <climits>
@@ -49,10 +49,7 @@ std::optional<struct stat> lstatOf(const QString& path)
 
 std::optional<QByteArray> readFile(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return file.readAll();
+    return AtomicFile::read(path);
 }
 
 bool existsFollowingLinks(const QString& path)
@@ -76,17 +73,6 @@ qint64 sizeBelow(const QString& path)
          QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         total += sizeBelow(path + QLatin1Char('/') + name);
     return total;
-}
-
-// Statements that only read may run during a preview; anything else would change the database.
-bool onlyReads(const QString& sql)
-{
-    const QString text = sql.trimmed();
-    qsizetype end = 0;
-    while (end < text.size() && text.at(end).isLetter())
-        ++end;
-    const QString verb = text.left(end).toUpper();
-    return verb == QLatin1String("SELECT") || verb == QLatin1String("PRAGMA");
 }
 
 QDateTime fromTimespec(const timespec& ts)
@@ -178,8 +164,6 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
         }
     }
 
-    if (!native->isEmpty())
-        access.persistPermissionPath(*native);
     if (home.isEmpty()) {
         m_services.log.log(denial.arg(expanded));
         return false;
@@ -203,10 +187,8 @@ bool Sandbox::hasAccess()
     const QString home = checkForUserDirectory(QStringLiteral("~"));
     if (home.isEmpty())
         return false;
-    AppSandboxFileAccess access =
-        AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel});
-    access.persistPermissionPath(home);
-    return access.accessFilePath(home, true, [] {});
+    return AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel})
+        .accessFilePath(home, true, [] {});
 }
 
 FileTree::FileGate Sandbox::wipeGate() const
@@ -459,14 +441,10 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
                 m_services.preview->record(QStringLiteral("write"), native, bytes->size(), QString());
                 return;
             }
-            const QFileDevice::Permissions kept = QFile::permissions(native);
-            QSaveFile file(native);
-            if (!file.open(QIODevice::WriteOnly))
-                return;
-            if (kept)
-                file.setPermissions(kept);
-            if (file.write(*bytes) == bytes->size())
-                file.commit();
+            const QString error = AtomicFile::write(native, *bytes, 0600);
+            if (!error.isEmpty())
+                m_services.log.log(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
+                                       .arg(native, error));
         },
         kWriteDenial);
 }
@@ -486,13 +464,19 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
         [&](const QString& native) {
             if (!existsFollowingLinks(native))
                 return; // a database is never created
-            if (m_services.preview && !onlyReads(sql)) {
+            if (!Sqlite::isDatabaseFile(native)) {
+                m_services.log.log(
+                    QStringLiteral("Corvella left %1 alone: it is not a SQLite database").arg(native));
+                return;
+            }
+            // A preview opens the database read-only and runs only what SQLite says cannot change it.
+            Sqlite db;
+            if (!db.openExisting(native, m_services.preview != nullptr))
+                return;
+            if (m_services.preview && !db.isReadOnly(sql)) {
                 m_services.preview->record(QStringLiteral("change"), native, sizeBelow(native), sql);
                 return;
             }
-            Sqlite db;
-            if (!db.open(native))
-                return;
             rows = db.executeQuery(sql).value_or(QList<QVariantMap>());
         },
         kSandboxDenial);

@@ -1,4 +1,7 @@
 #include "sandbox/Sqlite.h"
+#include <QFile>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <QDateTime>
 #include <QUuid>
@@ -73,6 +76,45 @@ bool Sqlite::open(const QString& path)
         return false;
     m_filePath = path;
     return true;
+}
+
+bool Sqlite::openExisting(const QString& path, bool readOnly)
+{
+    close();
+    const int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    if (sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr) != SQLITE_OK) {
+        sqlite3_close(m_db);
+        m_db = nullptr;
+        return false;
+    }
+    m_filePath = path;
+    return true;
+}
+
+bool Sqlite::isReadOnly(const QString& sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    if (!prepareSql(sql, &statement))
+        return false;
+    const bool readOnly = sqlite3_stmt_readonly(statement) != 0;
+    sqlite3_finalize(statement);
+    return readOnly;
+}
+
+bool Sqlite::isDatabaseFile(const QString& path)
+{
+    static const char header[] = "SQLite format 3"; // and its NUL: 16 bytes
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    struct stat st
+    {};
+    char start[sizeof header] = {};
+    const bool database = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) &&
+                          ::read(fd, start, sizeof start) == ssize_t(sizeof start) &&
+                          std::memcmp(start, header, sizeof header) == 0;
+    ::close(fd);
+    return database;
 }
 
 void Sqlite::close()

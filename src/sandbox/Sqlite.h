@@ -34,6 +34,12 @@ public:
     sqlite3* db() const { return m_db; }
 
     bool open(const QString& path);
+    // Opens a database that exists, never creating one; read-only, not even a journal can change it.
+    bool openExisting(const QString& path, bool readOnly);
+    // Whether SQLite itself says the first statement of the text cannot change the database.
+    bool isReadOnly(const QString& sql);
+    // Whether the file is a SQLite database (its header says so); a zero-byte file is not.
+    static bool isDatabaseFile(const QString& path);
     void close();
 
     // Runs only the first statement of the text; no value when it does not prepare. Throws

@@ -7,7 +7,10 @@
 #include <QFile>
 #include <QFileInfo>
 
-TestHome::TestHome(bool granted) : sandbox({t.defaults, bookmarks, panel, t.log})
+TestHome::TestHome(bool granted, const QString& parent)
+    : dir(parent.isEmpty() ? QDir::tempPath() + QStringLiteral("/home-XXXXXX")
+                           : parent + QStringLiteral("/home-XXXXXX")),
+      sandbox({t.defaults, bookmarks, panel, t.log})
 {
     // The canonical path, so that paths the file layer resolves compare equal.
     t.defaults.setObject(QFileInfo(dir.path()).canonicalFilePath(), SettingsKeys::userFolder);

@@ -11,7 +11,9 @@
 // Paths are laid out the macOS way unless a test chooses another layout.
 struct TestHome
 {
-    explicit TestHome(bool granted = true);
+    // `parent`: the folder to make the home in (a small file system, say); empty: the system's temporary
+    // folder.
+    explicit TestHome(bool granted = true, const QString& parent = QString());
 
     QString path(const QString& relative = QString()) const;
     // Makes the file with its folders; returns its full path.

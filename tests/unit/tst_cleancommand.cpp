@@ -1,4 +1,5 @@
 #include "app/CleanCommand.h"
+#include "core/RunLock.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
@@ -14,18 +15,20 @@ struct Cli
 {
     explicit Cli(bool granted = true) : home(granted) {}
 
-    int run(const QStringList& arguments)
+    int run(const QStringList& arguments, QIODevice* output = nullptr)
     {
         out.clear();
         err.clear();
         QTextStream outStream(&out);
+        if (output)
+            outStream.setDevice(output);
         QTextStream errStream(&err);
         CleanCommand command({home.t.defaults, home.t.log, home.bookmarks, workspace, outStream, errStream,
                               [this](const QString& question) -> std::optional<bool> {
                                   questions.append(question);
                                   return answer;
                               },
-                              QString()});
+                              lockPath, 300});
         return command.run(arguments);
     }
     bool homeGrantRecorded()
@@ -38,6 +41,7 @@ struct Cli
     TestHome home;
     FakeWorkspace workspace;
     std::optional<bool> answer;
+    QString lockPath;
     QStringList questions;
     QString out;
     QString err;
@@ -53,6 +57,8 @@ private slots:
     void withoutAGrantOrATerminalItSaysHowToGrant();
     void theGrantFromTheOptionOrTheTerminalIsRemembered();
     void aRunningBrowserIsNotTouched();
+    void aGrantThatCannotBeSavedIsReported();
+    void endsOfOptionsOutputAndTheLock();
     void aLayoutOptionIsNotStored();
     void listShowsInstalledActivatedAndProfiles();
 };
@@ -142,6 +148,36 @@ void TestCleanCommand::aRunningBrowserIsNotTouched()
     QVERIFY(cli.err.contains(u"Chromium is running"_s));
     QVERIFY(cli.out.isEmpty());
     QCOMPARE(cli.run({u"Firefox"_s, u"cookies"_s}), int(CleanCommand::Success));
+    // A preview changes nothing, so it may look; it says the browser runs.
+    QCOMPARE(cli.run({u"--preview"_s, u"Chromium"_s, u"cookies"_s}), int(CleanCommand::Success));
+    QVERIFY2(cli.out.contains(u"Chromium is running"_s), qPrintable(cli.out));
+}
+
+void TestCleanCommand::aGrantThatCannotBeSavedIsReported()
+{
+    Cli cli(false);
+    cli.home.t.backend->failWrites = true;
+    QCOMPARE(cli.run({u"--allow-home-access"_s, u"Opera"_s, u"cache"_s}), int(CleanCommand::NotWritten));
+    QCOMPARE(cli.out, u"Cache removed from Opera\n"_s); // access was given for this run
+    QVERIFY2(cli.err.contains(u"could not be saved"_s), qPrintable(cli.err));
+    QVERIFY(!cli.homeGrantRecorded());
+}
+
+void TestCleanCommand::endsOfOptionsOutputAndTheLock()
+{
+    Cli cli;
+    QCOMPARE(cli.run({u"--"_s, u"Firefox"_s, u"cache"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.run({u"--"_s, u"--list"_s}), int(CleanCommand::BadUsage)); // a browser name now
+
+    QFile full(u"/dev/full"_s);
+    QVERIFY(full.open(QIODevice::WriteOnly));
+    QCOMPARE(cli.run({u"Firefox"_s, u"cache"_s}, &full), int(CleanCommand::NotWritten));
+
+    cli.lockPath = cli.home.path(u"removal.lock"_s);
+    const RunLock held(cli.lockPath, cli.home.t.log); // another run, holding on
+    QCOMPARE(cli.run({u"Firefox"_s, u"cache"_s}), int(CleanCommand::LockBusy));
+    QVERIFY2(cli.err.contains(u"waiting for another removal run"_s), qPrintable(cli.err));
+    QVERIFY(cli.out.isEmpty());
 }
 
 void TestCleanCommand::aLayoutOptionIsNotStored()

@@ -1,14 +1,21 @@
 #include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
+#include "sandbox/FileUrl.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
+#include "support/SmallFileSystem.h"
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 // "a b c" as a list of relative paths.
@@ -38,6 +45,14 @@ private slots:
     void secureDeleteKeepsAFileItCannotOverwrite();
     void listingsAndReads();
     void writeIsAtomicAndKeepsPermissions();
+    void aFailedWriteLeavesTheOldFile();
+    void sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data();
+    void sqlThatWouldChangeADatabaseDoesNotRunInAPreview();
+    void aFileThatIsNoDatabaseIsNeverWritten_data();
+    void aFileThatIsNoDatabaseIsNeverWritten();
+    void specialFilesReadAsNothing_data();
+    void specialFilesReadAsNothing();
+    void onlyTheChosenFolderIsRecorded();
     void linuxLayoutMapsReferencePaths_data();
     void linuxLayoutMapsReferencePaths();
 };
@@ -412,6 +427,125 @@ void TestSandbox::aPreviewReportsAndChangesNothing()
     QCOMPARE(home.read(QStringLiteral("Cookies/a")), QByteArray("12345"));
     QVERIFY(home.exists(QStringLiteral("Cache/x/y")) && home.exists(QStringLiteral("Cache/z")));
     QCOMPARE(Sqlite(db).executeQuery(QStringLiteral("SELECT v FROM t"))->size(), 1);
+}
+
+void TestSandbox::aFailedWriteLeavesTheOldFile()
+{
+    SmallFileSystem disk;
+    if (!disk.isMounted())
+        QSKIP("a small file system cannot be mounted here (needs root)");
+    TestHome home(true, disk.path());
+    const QString prefs = home.file(QStringLiteral("Default/Preferences"), "{\"homepage\":\"kept\"}");
+    disk.fill();
+    home.sandbox.write(QByteArray(20000, ' '), QStringLiteral("~/Default/Preferences"));
+    QFile file(prefs);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("{\"homepage\":\"kept\"}"));
+    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    QVERIFY(!home.t.log.lines().filter(QStringLiteral("could not write")).isEmpty());
+}
+
+void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data()
+{
+    QTest::addColumn<QString>("sql");
+    QTest::addColumn<bool>("runs");
+    QTest::newRow("select") << QStringLiteral("SELECT v FROM t") << true;
+    QTest::newRow("reading pragma") << QStringLiteral("PRAGMA user_version") << true;
+    QTest::newRow("setting pragma") << QStringLiteral("PRAGMA user_version=7") << false;
+    QTest::newRow("journal mode") << QStringLiteral("PRAGMA journal_mode=WAL") << false;
+    QTest::newRow("delete") << QStringLiteral("DELETE FROM t") << false;
+    QTest::newRow("vacuum") << QStringLiteral("VACUUM") << false;
+}
+
+void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview()
+{
+    QFETCH(QString, sql);
+    QFETCH(bool, runs);
+    TestHome home;
+    const QString db = home.path(QStringLiteral("History"));
+    {
+        Sqlite sqlite(db);
+        sqlite.executeQuery(QStringLiteral("CREATE TABLE t (v)"));
+        sqlite.executeQuery(QStringLiteral("INSERT INTO t VALUES (1)"));
+    }
+    const QByteArray before = home.read(QStringLiteral("History"));
+    ListedPreview preview;
+    Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, &preview});
+    sandbox.runSql(sql, QStringLiteral("~/History"));
+    QCOMPARE(preview.lines.size(), runs ? 0 : 1);
+    QCOMPARE(home.read(QStringLiteral("History")), before);
+    QVERIFY(!home.exists(QStringLiteral("History-wal")));
+}
+
+void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("sql");
+    QTest::newRow("zero bytes, create") << QByteArray() << QStringLiteral("CREATE TABLE x (a)");
+    QTest::newRow("zero bytes, vacuum") << QByteArray() << QStringLiteral("VACUUM");
+    QTest::newRow("zero bytes, pragma") << QByteArray() << QStringLiteral("PRAGMA user_version=7");
+    QTest::newRow("JSON") << QByteArray("{\"a\":1}") << QStringLiteral("VACUUM");
+}
+
+void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, sql);
+    TestHome home;
+    home.file(QStringLiteral("Web Data"), content);
+    home.sandbox.runSql(sql, QStringLiteral("~/Web Data"));
+    QCOMPARE(home.read(QStringLiteral("Web Data")), content);
+    QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("Web Data")});
+}
+
+void TestSandbox::specialFilesReadAsNothing_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("FIFO") << QStringLiteral("fifo");
+    QTest::newRow("link to /dev/zero") << QStringLiteral("zero");
+    QTest::newRow("folder") << QStringLiteral("folder");
+}
+
+void TestSandbox::specialFilesReadAsNothing()
+{
+    QFETCH(QString, kind);
+    TestHome home;
+    const QString path = home.path(QStringLiteral("Local State"));
+    if (kind == QLatin1String("fifo"))
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else if (kind == QLatin1String("zero"))
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
+    else
+        home.folder(QStringLiteral("Local State"));
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/Local State")));
+    QVERIFY(!home.sandbox.dataWithContentsOfFile(QStringLiteral("~/Local State")));
+    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/Local State")).isEmpty());
+    QVERIFY(clock.elapsed() < 1000);
+}
+
+void TestSandbox::onlyTheChosenFolderIsRecorded()
+{
+    TestHome home;
+    home.file(QStringLiteral("Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb/LOG"));
+    home.sandbox.remove(QStringLiteral("~/Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb"));
+    home.sandbox.write(QByteArray("{}"), QStringLiteral("~/Library/Preferences.json"));
+    home.sandbox.fileExists(QStringLiteral("~/Library/Caches"));
+    auto records = [&] {
+        return home.t.defaults.dictionaryRepresentation().keys().filter(
+            AppSandboxFileAccessPersist::keyPrefix);
+    };
+    const QStringList homeOnly{
+        AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(home.path()))};
+    QCOMPARE(records(), homeOnly);
+    // Records below the granted folder that earlier versions wrote go at the next start.
+    home.t.defaults.setObject(QByteArray("old"),
+                              AppSandboxFileAccessPersist::keyForBookmarkDataForURL(
+                                  FileUrl::forPath(home.path(QStringLiteral("Library/Caches/x")))));
+    QVERIFY(AppSandboxFileAccessPersist(home.t.defaults).removeRecordsBelowGrants());
+    QCOMPARE(records(), homeOnly);
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)

@@ -2,6 +2,7 @@
 #include "platform/fake/MemoryLog.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 #include "support/PlistFixtures.h"
+#include "support/SmallFileSystem.h"
 #include "support/TestDefaults.h"
 
 #include <QDir>
@@ -24,6 +25,8 @@ private slots:
     void keepsItsValuesWhileTheFileIsMidWrite();
     void concurrentWritersLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
+    void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
+    void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere();
 
 private:
     std::unique_ptr<UserDefaults> open(MemoryLog& log)
@@ -222,6 +225,41 @@ void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
     QVERIFY(worker->wait(10000));
     QTRY_VERIFY(seenOn != nullptr);
     QCOMPARE(seenOn, QThread::currentThread());
+}
+
+void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data()
+{
+    QTest::addColumn<bool>("fullDisk"); // else: a settings folder that cannot be written
+    QTest::newRow("full disk") << true;
+    QTest::newRow("read-only file system") << false;
+}
+
+void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere()
+{
+    QFETCH(bool, fullDisk);
+    SmallFileSystem disk;
+    if (!disk.isMounted())
+        QSKIP("a small file system cannot be mounted here (needs root)");
+    const QString file = UserDefaults::filePathForHome(disk.path());
+    MemoryLog log;
+    auto defaults = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
+    QVERIFY(defaults->setObject(QVariantList{QStringLiteral("org.mozilla.firefox")},
+                                QStringLiteral("enabledBrowsers")));
+    QFile original(file);
+    QVERIFY(original.open(QIODevice::ReadOnly));
+    const QByteArray before = original.readAll();
+    if (fullDisk)
+        disk.fill();
+    else
+        QVERIFY(disk.makeReadOnly(QStringLiteral(".config/corvella")));
+    QVERIFY(!defaults->setObject(QString(5000, QLatin1Char('x')), QStringLiteral("padding")));
+    QVERIFY(!defaults->objectForKey(QStringLiteral("padding")));
+    QVERIFY(original.seek(0));
+    QCOMPARE(original.readAll(), before);
+    QCOMPARE(log.lines().filter(QStringLiteral("could not save its settings")).size(), 1);
+    // The file still reads: a later start keeps every choice.
+    auto reopened = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
+    QCOMPARE(reopened->arrayForKey(QStringLiteral("enabledBrowsers")).size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestUserDefaults)

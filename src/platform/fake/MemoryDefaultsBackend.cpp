@@ -6,6 +6,8 @@ MemoryDefaultsBackend::MemoryDefaultsBackend(std::optional<QVariantMap> stored, 
 
 bool MemoryDefaultsBackend::write(const QVariantMap& domain)
 {
+    if (failWrites)
+        return false;
     m_stored = domain;
     ++m_writes;
     return true;

@@ -20,6 +20,9 @@ public:
     // Another writer replaces the stored domain (no value: it leaves it unreadable).
     void changeExternally(const std::optional<QVariantMap>& stored);
     int writes() const { return m_writes; }
+    // While set, every write fails as on a full disk, leaving the stored domain as it was.
+    bool failWrites = false;
+    QString errorString() const override { return QStringLiteral("No space left on device"); }
     QList<std::optional<QVariantMap>> quarantined() const { return m_quarantined; }
 
 private:

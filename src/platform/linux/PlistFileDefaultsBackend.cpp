@@ -1,12 +1,13 @@
 #include "platform/linux/PlistFileDefaultsBackend.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/PropertyList.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+#include <QThread>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -16,9 +17,11 @@
 PlistFileDefaultsBackend::PlistFileDefaultsBackend(const QString& filePath, QObject* parent)
     : UserDefaultsBackend(parent), m_filePath(filePath)
 {
-    QDir().mkpath(QFileInfo(m_filePath).absolutePath());
-    QFile::setPermissions(QFileInfo(m_filePath).absolutePath(),
-                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    // Private when Corvella makes it; a folder that exists keeps the permissions its owner chose.
+    const QString folder = QFileInfo(m_filePath).absolutePath();
+    if (!QFileInfo::exists(folder) && QDir().mkpath(folder))
+        QFile::setPermissions(folder,
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     // Editors and atomic writers replace the file, so the folder is watched as well; a burst of
     // events (write, rename) becomes one reload.
     m_settle.setSingleShot(true);
@@ -49,28 +52,30 @@ void PlistFileDefaultsBackend::watch()
 
 std::optional<QVariantMap> PlistFileDefaultsBackend::read()
 {
-    QFile file(m_filePath);
-    if (!file.exists())
-        return QVariantMap();
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const auto value = PropertyList::parse(file.readAll());
-    if (!value || value->typeId() != QMetaType::QVariantMap)
-        return std::nullopt;
-    return value->toMap();
+    // An editor that saves in place (truncate, then write) leaves a half-written file for a moment:
+    // read again a few times before calling it unreadable.
+    for (int attempt = 0;; ++attempt) {
+        if (!QFileInfo::exists(m_filePath) && !QFileInfo(m_filePath).isSymLink())
+            return QVariantMap();
+        const std::optional<QByteArray> bytes = AtomicFile::read(m_filePath);
+        const auto value = bytes ? PropertyList::parse(*bytes) : std::nullopt;
+        if (value && value->typeId() == QMetaType::QVariantMap)
+            return value->toMap();
+        if (attempt == kReadAttempts - 1)
+            return std::nullopt;
+        QThread::msleep(kReadRetryMs);
+    }
 }
 
 bool PlistFileDefaultsBackend::write(const QVariantMap& domain)
 {
     const auto xml = PropertyList::toXml(domain);
-    if (!xml)
+    if (!xml) {
+        m_error = QStringLiteral("a value cannot be stored in a property list");
         return false;
-    QSaveFile file(m_filePath);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    file.write(*xml);
-    return file.commit();
+    }
+    m_error = AtomicFile::write(m_filePath, *xml, 0600);
+    return m_error.isEmpty();
 }
 
 QString PlistFileDefaultsBackend::quarantine()

@@ -18,6 +18,7 @@ public:
     std::optional<QVariantMap> read() override;
     bool write(const QVariantMap& domain) override;
     QString quarantine() override;
+    QString errorString() const override { return m_error; }
     void lock() override;
     void unlock() override;
 
@@ -26,7 +27,11 @@ public:
 private:
     void watch();
 
+    static constexpr int kReadAttempts = 5;
+    static constexpr int kReadRetryMs = 20;
+
     QString m_filePath;
+    QString m_error;
     int m_lockFd = -1;
     int m_lockDepth = 0;
     QFileSystemWatcher m_watcher;
