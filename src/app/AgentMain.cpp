@@ -62,14 +62,17 @@ int main(int argc, char* argv[])
     const QString home = RealHomeDirectory();
     const QString settingsFile = UserDefaults::filePathForHome(home);
 
-    SingleInstance instance(QFileInfo(settingsFile).absolutePath());
+    SingleInstance instance(SingleInstance::defaultFolder());
     // The desktop may hand over a URL; anything else asks the running agent to show itself.
     const QStringList arguments = QApplication::arguments();
     const QByteArray request =
         arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
     if (!instance.claim(request)) {
-        std::fprintf(stderr, "corvella: the agent is already running (pid %lld); handed over to it.\n",
-                     static_cast<long long>(instance.runningPid()));
+        if (instance.runningPid() > 0)
+            std::fprintf(stderr, "corvella: the agent is already running (pid %lld); handed over to it.\n",
+                         static_cast<long long>(instance.runningPid()));
+        else
+            std::fprintf(stderr, "corvella: the agent is already running; handed over to it.\n");
         return 0;
     }
 

@@ -5,16 +5,20 @@
 
 class QLocalServer;
 
-// One agent per user: the first start holds a lock in the settings folder and listens there; a
-// later start hands its request (a URL, or "show yourself") to the first and exits.
+// One agent per user: the first start holds a lock in the user's runtime folder and listens there
+// (where deleting the settings cannot remove them); a later start hands its request (a URL, or
+// "show yourself") to the first, learns its pid, and exits.
 class SingleInstance : public QObject
 {
     Q_OBJECT
 public:
+    // The user's runtime folder ($XDG_RUNTIME_DIR, or a private one Qt makes) followed by "corvella".
+    static QString defaultFolder();
+
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
 
     // True when this process is the agent. Otherwise the request went to the running agent
-    // (when it could be delivered) and runningPid() names it.
+    // (when it could be delivered) and runningPid() names it (0 when it did not answer).
     bool claim(const QByteArray& request);
     qint64 runningPid() const { return m_runningPid; }
 

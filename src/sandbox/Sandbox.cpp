@@ -164,13 +164,15 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
         }
     }
 
+    // Denials name the file as it is on this system, not its reference path.
+    const QString shown = native->isEmpty() ? expanded : *native;
     if (home.isEmpty()) {
-        m_services.log.log(denial.arg(expanded));
+        m_services.log.log(denial.arg(shown));
         return false;
     }
     const bool granted = access.accessFilePath(home, true, [&] { action(*native); });
     if (!granted)
-        m_services.log.log(denial.arg(expanded));
+        m_services.log.log(denial.arg(shown));
     return granted;
 }
 

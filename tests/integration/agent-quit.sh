@@ -35,6 +35,7 @@ cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
 </plist>
 PLIST
 chown -R "$user" "$home/.config/corvella"
+cp "$home/.config/corvella/com.tovanex.Corvella6.plist" "$work/settings.plist"
 cp /bin/sleep "$home/fake/firefox-esr"
 chown "$user" "$home/fake/firefox-esr"
 
@@ -50,9 +51,21 @@ sleep 2
 "$HOME/fake/firefox-esr" 3          # found by the watcher, then exits
 date +%s%3N > "$work/exit.time"
 sleep 11
-"$work/corvella" > "$work/second.log" 2>&1
-echo $? > "$work/second.rc"
 agent=$(pgrep -u "$(id -u)" -x corvella)
+echo "$agent" > "$work/agent.pid"
+# The user deletes the settings folder while the agent runs, then starts it five times at once.
+settings=$(cat "$work/settings.plist")
+rm -rf "$HOME/.config/corvella"
+starts=()
+for n in 1 2 3 4 5; do "$work/corvella" > "$work/second.$n.log" 2>&1 & starts+=($!); done
+for n in 1 2 3 4 5; do wait "${starts[$((n - 1))]}"; echo $? > "$work/second.$n.rc"; done
+# Settings made again (a restore): the agent must notice them, and protect again.
+mkdir -p "$HOME/.config/corvella"
+echo "$settings" > "$HOME/.config/corvella/com.tovanex.Corvella6.plist"
+"$work/corvella-clean" --allow-home-access --list > /dev/null 2>&1
+sleep 1
+"$HOME/fake/firefox-esr" 3
+sleep 10
 kill -TERM $agent
 for _ in $(seq 50); do kill -0 $agent 2>/dev/null || break; sleep 0.1; done
 kill -0 $agent 2>/dev/null && echo "agent still running 5 s after SIGTERM" > "$work/term.fail"
@@ -67,19 +80,22 @@ fail=0
 check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
 exit_time=$(cat "$work/exit.time")
 mapfile -t runs < <(grep "Corvella removal run for Firefox: Cookies, Cache" "$work/agent.log" | cut -d' ' -f1)
-check '[ ${#runs[@]} -eq 2 ]' "expected two removal runs, saw ${#runs[@]}"
-if [ ${#runs[@]} -eq 2 ]; then
+check '[ ${#runs[@]} -eq 4 ]' "expected two removal runs for each of two quits, saw ${#runs[@]}"
+if [ ${#runs[@]} -eq 4 ]; then
     first=$((runs[0] - exit_time)); second=$((runs[1] - exit_time))
     echo "runs at ${first} ms and ${second} ms after the exit"
     check '[ $first -ge 1500 ] && [ $first -le 3500 ]' "first run at $first ms, not about 2 s"
     check '[ $second -ge 7500 ] && [ $second -le 9500 ]' "second run at $second ms, not about 8 s"
 fi
 notes=$(wc -l < "$work/notifications.log")
-check '[ "$notes" -eq 1 ]' "expected exactly one notification, saw $notes"
+check '[ "$notes" -eq 2 ]' "expected exactly one notification for each quit, saw $notes"
 check 'grep -q "|Corvella|Cookies, Cache removed from Firefox$" "$work/notifications.log"' \
     "notification text: $(cat "$work/notifications.log")"
-check '[ "$(cat "$work/second.rc")" = 0 ] && grep -q "already running" "$work/second.log"' \
-    "a second start must hand over and exit 0: $(cat "$work/second.log")"
+agent=$(cat "$work/agent.pid")
+for n in 1 2 3 4 5; do
+    check '[ "$(cat "$work/second.$n.rc")" = 0 ] && grep -q "already running (pid $agent)" "$work/second.$n.log"' \
+        "start $n beside the agent (pid $agent) must hand over to it and exit 0: $(cat "$work/second.$n.log")"
+done
 check '[ ! -e "$work/term.fail" ]' "$(cat "$work/term.fail" 2>/dev/null)"
 check 'grep -qE "^Firefox +(not )?installed +activated" "$work/list.log"' "corvella-clean --list: $(cat "$work/list.log")"
 if [ $fail != 0 ]; then

@@ -14,6 +14,7 @@ private slots:
     void theFirstLaunchOpensThePopoverAndDoesNotWatch();
     void laterLaunchesWatchTheApplicationsFolders();
     void aRefusedGrantIsLoggedAndTriedAgain();
+    void aGrantMadeWhileRunningFinishesTheStartUp();
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void aFolderChangeUpdatesTheTiles();
@@ -61,6 +62,22 @@ void TestLifecycle::aRefusedGrantIsLoggedAndTriedAgain()
     agent.app.watchApplicationsFolder();
     QVERIFY(agent.app.watchingApplicationsFolder());
     QCOMPARE(agent.folderWatch.starts, 1);
+}
+
+void TestLifecycle::aGrantMadeWhileRunningFinishesTheStartUp()
+{
+    TestHome home(false);
+    home.t.defaults.setBool(false, SettingsKeys::firstRun);
+    TestAgent agent(home.t);
+    agent.app.applicationDidFinishLaunching();
+    QVERIFY(!agent.app.watchingApplicationsFolder());
+    agent.panel.requests.clear();
+    // corvella-clean --allow-home-access, run meanwhile, records the grant in the shared settings.
+    home.panel.answer(home.path());
+    QVERIFY(home.sandbox.enableAccess());
+    QVERIFY(agent.app.watchingApplicationsFolder());
+    QCOMPARE(agent.folderWatch.starts, 1);
+    QVERIFY(agent.panel.requests.isEmpty());
 }
 
 void TestLifecycle::withoutAnActivatedBrowserTheUserIsAsked()

@@ -25,6 +25,7 @@ private slots:
     void keepsItsValuesWhileTheFileIsMidWrite();
     void concurrentWritersLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
+    void noticesItsFolderDeletedAndMadeAgain();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere();
 
@@ -225,6 +226,22 @@ void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
     QVERIFY(worker->wait(10000));
     QTRY_VERIFY(seenOn != nullptr);
     QCOMPARE(seenOn, QThread::currentThread());
+}
+
+void TestUserDefaults::noticesItsFolderDeletedAndMadeAgain()
+{
+    MemoryLog log;
+    auto defaults = open(log);
+    QVERIFY(defaults->setBool(true, QStringLiteral("isRunning")));
+    const QString folder = QFileInfo(m_file).absolutePath();
+    QVERIFY(QDir(folder).removeRecursively());
+    QTRY_VERIFY(!defaults->boolForKey(QStringLiteral("isRunning")));
+    // Made again by another program (a restore, a sync client), then written.
+    QVERIFY(QDir().mkpath(folder));
+    QTest::qWait(200);
+    auto other = open(log);
+    QVERIFY(other->setBool(true, QStringLiteral("isRunning")));
+    QTRY_VERIFY(defaults->boolForKey(QStringLiteral("isRunning")));
 }
 
 void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data()

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 PlistFileDefaultsBackend::PlistFileDefaultsBackend(const QString& filePath, QObject* parent)
@@ -41,13 +42,34 @@ PlistFileDefaultsBackend::~PlistFileDefaultsBackend()
         ::close(m_lockFd);
 }
 
-void PlistFileDefaultsBackend::watch()
+// Private when Corvella makes it; a folder that exists keeps the permissions its owner chose.
+void PlistFileDefaultsBackend::makeFolder()
 {
     const QString folder = QFileInfo(m_filePath).absolutePath();
-    if (!m_watcher.directories().contains(folder))
-        m_watcher.addPath(folder);
-    if (QFileInfo::exists(m_filePath) && !m_watcher.files().contains(m_filePath))
-        m_watcher.addPath(m_filePath);
+    if (!QFileInfo::exists(folder) && QDir().mkpath(folder))
+        QFile::setPermissions(folder,
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+}
+
+// While the settings folder is gone (a user deleted ~/.config/corvella), its nearest existing
+// ancestor is watched instead, so the folder and file made again are noticed.
+void PlistFileDefaultsBackend::watch()
+{
+    QString folder = QFileInfo(m_filePath).absolutePath();
+    while (!QFileInfo(folder).isDir() && folder.size() > 1)
+        folder = QFileInfo(folder).absolutePath();
+    QStringList wanted{folder};
+    if (QFileInfo::exists(m_filePath))
+        wanted.append(m_filePath);
+    const QStringList watched = m_watcher.directories() + m_watcher.files();
+    for (const QString& path : watched) {
+        if (!wanted.contains(path))
+            m_watcher.removePath(path);
+    }
+    for (const QString& path : std::as_const(wanted)) {
+        if (!watched.contains(path))
+            m_watcher.addPath(path);
+    }
 }
 
 std::optional<QVariantMap> PlistFileDefaultsBackend::read()
@@ -74,6 +96,7 @@ bool PlistFileDefaultsBackend::write(const QVariantMap& domain)
         m_error = QStringLiteral("a value cannot be stored in a property list");
         return false;
     }
+    makeFolder(); // deleted while Corvella runs
     m_error = AtomicFile::write(m_filePath, *xml, 0600);
     return m_error.isEmpty();
 }
@@ -91,8 +114,18 @@ void PlistFileDefaultsBackend::lock()
 {
     if (m_lockDepth++ > 0)
         return;
+    // A lock file deleted with its folder no longer excludes anyone: open the one there now.
+    const QByteArray lockPath = QFile::encodeName(m_filePath + QStringLiteral(".lock"));
+    struct stat held
+    {
+    }, there{};
+    if (m_lockFd >= 0 && (::fstat(m_lockFd, &held) != 0 || ::stat(lockPath.constData(), &there) != 0 ||
+                          held.st_ino != there.st_ino || held.st_dev != there.st_dev)) {
+        ::close(m_lockFd);
+        m_lockFd = -1;
+    }
     if (m_lockFd < 0) {
-        const QByteArray lockPath = QFile::encodeName(m_filePath + QStringLiteral(".lock"));
+        makeFolder();
         m_lockFd = ::open(lockPath.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     }
     // Without a lock file (read-only folder) writes still work, only unserialised.

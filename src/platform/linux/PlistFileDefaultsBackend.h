@@ -26,6 +26,7 @@ public:
 
 private:
     void watch();
+    void makeFolder();
 
     static constexpr int kReadAttempts = 5;
     static constexpr int kReadRetryMs = 20;
