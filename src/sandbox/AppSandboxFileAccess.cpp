@@ -7,6 +7,7 @@
 #include "sandbox/FileUrl.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
@@ -65,13 +66,26 @@ std::optional<QByteArray> AppSandboxFileAccess::persistPermissionURL(const QUrl&
     return data;
 }
 
+// The path as given, "." and ".." removed but links kept: a home folder that is a link is granted
+// under its own name, so re-pointing the link to a migrated copy renews that grant.
+QUrl AppSandboxFileAccess::asTheUserKnowsIt(const QUrl& url)
+{
+    return FileUrl::forPath(QDir::cleanPath(FileUrl::path(url)));
+}
+
+std::optional<QByteArray> AppSandboxFileAccess::recordFor(const QUrl& url) const
+{
+    const AppSandboxFileAccessPersist persist(m_services.defaults);
+    if (auto bookmark = persist.bookmarkDataForURL(asTheUserKnowsIt(url)))
+        return bookmark;
+    return persist.bookmarkDataForURL(FileUrl::standardizedResolvingSymlinks(url));
+}
+
 bool AppSandboxFileAccess::hasPermissionForFilePath(const QString& path)
 {
     if (path.isEmpty())
         return false;
-    const QUrl url = FileUrl::standardizedResolvingSymlinks(FileUrl::forPath(path));
-    const std::optional<QByteArray> bookmark =
-        AppSandboxFileAccessPersist(m_services.defaults).bookmarkDataForURL(url);
+    const std::optional<QByteArray> bookmark = recordFor(FileUrl::forPath(path));
     return bookmark && m_services.bookmarks.resolve(*bookmark).path.has_value();
 }
 
@@ -130,9 +144,9 @@ bool AppSandboxFileAccess::requestAccessPermissionsForFileURL(const QUrl& fileUR
     assertParameter(!fileURL.isEmpty(), "fileURL", kSource);
     assertParameter(bool(block), "block", kSource);
 
-    const QUrl url = FileUrl::standardizedResolvingSymlinks(fileURL);
+    const QUrl url = asTheUserKnowsIt(fileURL);
     AppSandboxFileAccessPersist persist(m_services.defaults);
-    std::optional<QByteArray> bookmark = persist.bookmarkDataForURL(url);
+    std::optional<QByteArray> bookmark = recordFor(fileURL);
 
     if (bookmark) {
         const auto resolution = m_services.bookmarks.resolve(*bookmark);

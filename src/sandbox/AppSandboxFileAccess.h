@@ -73,6 +73,10 @@ public:
     }
 
 private:
+    static QUrl asTheUserKnowsIt(const QUrl& url);
+    // The record that covers the URL as given, else as its links resolve.
+    std::optional<QByteArray> recordFor(const QUrl& url) const;
+
     FileAccessServices m_services;
     QString m_title;
     QString m_message;

@@ -3,6 +3,7 @@
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
+#include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
 
 #include <QDir>
@@ -26,6 +27,7 @@ private slots:
     void thePanelOffersOnlyThePathAndItsAncestors();
     void aStaleRecordIsReplaced();
     void aRecordOfAVanishedFolderAsksAgain();
+    void aHomeLinkPointedAtAMigratedCopyIsRenewed();
     void thePanelRunsOnTheMainThreadForAWorker();
     void missingArgumentsAreProgrammingErrors();
 
@@ -213,6 +215,25 @@ void TestAppSandboxFileAccess::aRecordOfAVanishedFolderAsksAgain()
     request(home() + QStringLiteral("/gone/cookies.sqlite"), &granted);
     QVERIFY(!granted);
     QCOMPARE(m_panel.requests.size(), 1);
+}
+
+void TestAppSandboxFileAccess::aHomeLinkPointedAtAMigratedCopyIsRenewed()
+{
+    const QString old = home() + QStringLiteral("/old"), migrated = home() + QStringLiteral("/new");
+    const QString link = home() + QStringLiteral("/ann");
+    QVERIFY(QDir().mkpath(old) && QDir().mkpath(migrated));
+    QVERIFY(QFile::link(old, link));
+    m_panel.answer(link);
+    QCOMPARE(request(link), QUrl::fromLocalFile(link));
+    const QString key = AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(link));
+    const auto first = m_t->defaults.dataForKey(key);
+    QVERIFY(first);
+
+    QVERIFY(QFile::remove(link) && QFile::link(migrated, link));
+    QVERIFY(access().hasPermissionForFilePath(link));
+    QVERIFY(!request(link).isEmpty());
+    QCOMPARE(m_panel.requests.size(), 1); // renewed, not asked again
+    QVERIFY(m_t->defaults.dataForKey(key) != first);
 }
 
 void TestAppSandboxFileAccess::thePanelRunsOnTheMainThreadForAWorker()

@@ -99,6 +99,12 @@ void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
     QCOMPARE(lines.first(), QStringLiteral("Corvella Sandbox has denied access to ") + expanded);
     QCOMPARE(lines.last(), QStringLiteral("Cookie Sandbox has denied access to ") + expanded);
     QCOMPARE(home.panel.requests.size(), 6); // asked each time, never remembered
+
+    // On this system's layout the line names the real file, not its reference path.
+    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    s.fileExists(QStringLiteral("~/Library/Application Support/Chromium/Local State"));
+    QCOMPARE(home.t.log.lines().last(), QStringLiteral("Corvella Sandbox has denied access to ") +
+                                            home.path(QStringLiteral(".config/chromium/Local State")));
 }
 
 void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
