@@ -9,6 +9,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 #include "sandbox/AppSandboxFileAccess.h"
+#include "sandbox/ProblemReport.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sandbox.h"
 
@@ -159,8 +160,9 @@ int CleanCommand::run(const QStringList& arguments)
     // --list never asks: it shows profiles only when access is already held or granted by the option.
     TerminalOpenPanel panel(options->allowHomeAccess, options->list ? nullptr : m_services.ask);
     PrintedPreview preview(m_services.out);
+    ProblemReport problems;
     Sandbox sandbox({m_services.defaults, m_services.bookmarks, panel, m_services.log,
-                     options->preview ? &preview : nullptr});
+                     options->preview ? &preview : nullptr, &problems});
     BrowserCatalogue catalogue(m_services.workspace, m_services.defaults, sandbox);
     if (options->list)
         return finish(list(sandbox, catalogue));
@@ -179,6 +181,10 @@ int CleanCommand::run(const QStringList& arguments)
     int result = clean(*options, sandbox, catalogue);
     if (result == Success && options->preview && preview.count == 0)
         m_services.out << "Nothing would be removed from " << options->browser << '.' << Qt::endl;
+    if (const QStringList lines = problems.lines(); !lines.isEmpty())
+        m_services.err << "corvella-clean: warning: " << lines.size()
+                       << (lines.size() == 1 ? " item was" : " items were")
+                       << " left as they were; the first: " << lines.first() << Qt::endl;
     if (!grantSaved) {
         m_services.err << "corvella-clean: warning: the access to " << home
                        << " could not be saved in the settings (see the log); you will be asked again."

@@ -78,4 +78,19 @@ std::optional<QString> nativePath(const QString& layout, const QString& home, co
     return std::nullopt;
 }
 
+QStringList roots(const QString& layout, const QString& home)
+{
+    const bool reference = layout == macOS || (layout != linux_ && platformDefault() == macOS);
+    QStringList roots;
+    for (const Row& row : linuxRows()) {
+        if (reference) {
+            roots.append(home + QLatin1Char('/') + QLatin1String(row.reference));
+            continue;
+        }
+        for (const QString& candidate : row.candidates)
+            roots.append(home + QLatin1Char('/') + candidate);
+    }
+    return roots;
+}
+
 } // namespace PathLayout

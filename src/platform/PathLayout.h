@@ -18,4 +18,8 @@ QString platformDefault();
 // Paths outside "<home>/Library" are native already. An unknown layout name means the platform's.
 std::optional<QString> nativePath(const QString& layout, const QString& home, const QString& path);
 
+// The browsers' data and cache roots (and Corvella's scripts folder) on this layout, as paths below
+// the home folder would name them: "<home>/.cache/chromium", ... A user may link any of them elsewhere.
+QStringList roots(const QString& layout, const QString& home);
+
 } // namespace PathLayout

@@ -6,6 +6,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/ProblemReport.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/SecureDelete.h"
 #include "sandbox/Sqlite.h"
@@ -101,6 +102,13 @@ QString fileType(mode_t mode)
 
 Sandbox::Sandbox(const SandboxServices& services) : m_services(services) {}
 
+void Sandbox::problem(const QString& line) const
+{
+    m_services.log.log(line);
+    if (m_services.problems)
+        m_services.problems->add(line);
+}
+
 QString Sandbox::checkForUserDirectory(const QString& path) const
 {
     if (!path.startsWith(QLatin1Char('~')))
@@ -131,6 +139,31 @@ bool Sandbox::insideHome(const QString& nativePath) const
     return parent == home || parent.startsWith(home + QLatin1Char('/'));
 }
 
+// A browser's data or cache root that the user linked elsewhere (~/.cache on another disk) is still
+// the browser's: its target counts when it is a folder the user owns. It is resolved once; links
+// below the root are never followed, so the path's folder must resolve to exactly the root's
+// target followed by the rest of the path.
+bool Sandbox::insideALinkedRoot(const QString& nativePath, const QString& layout) const
+{
+    const QString home = checkForUserDirectory(QStringLiteral("~"));
+    const QString parent = QFileInfo(QDir::cleanPath(nativePath)).absolutePath();
+    const QString resolvedParent = QFileInfo(parent).canonicalFilePath();
+    if (home.isEmpty() || resolvedParent.isEmpty())
+        return false;
+    for (const QString& root : PathLayout::roots(layout, home)) {
+        if (parent != root && !parent.startsWith(root + QLatin1Char('/')))
+            continue;
+        const QString target = QFileInfo(root).canonicalFilePath();
+        struct stat st
+        {};
+        if (target.isEmpty() || ::stat(QFile::encodeName(target).constData(), &st) != 0 ||
+            !S_ISDIR(st.st_mode) || st.st_uid != ::getuid())
+            return false;
+        return resolvedParent == target + parent.mid(root.size());
+    }
+    return false;
+}
+
 bool Sandbox::envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                        const QString& denial)
 {
@@ -152,14 +185,13 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
     if (effect != Effect::Reads) {
         // A link is removed as a link wherever it points; what is written through a link must
         // land in the home folder too.
-        const bool outside =
-            !insideHome(*native) || (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
-                                     !insideHome(QFileInfo(*native).canonicalFilePath()));
+        const bool outside = !(insideHome(*native) || insideALinkedRoot(*native, layout)) ||
+                             (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
+                              !insideHome(QFileInfo(*native).canonicalFilePath()));
         if (outside) {
             if (QFileInfo(QFileInfo(*native).absolutePath()).exists())
-                m_services.log.log(
-                    QStringLiteral("Corvella refused to change %1: it lies outside the home folder")
-                        .arg(*native));
+                problem(QStringLiteral("Corvella refused to change %1: it lies outside the home folder")
+                            .arg(*native));
             return false;
         }
     }
@@ -210,7 +242,7 @@ FileTree::FileGate Sandbox::wipeGate() const
         case SecureDelete::Outcome::Failed:
             break;
         }
-        m_services.log.log(QStringLiteral("Corvella kept %1: it could not be overwritten").arg(path));
+        problem(QStringLiteral("Corvella kept %1: it could not be overwritten").arg(path));
         return false;
     };
 }
@@ -235,8 +267,8 @@ void Sandbox::remove(const QString& path)
     envelope(
         path, Effect::Removes,
         [&](const QString& native) {
-            if (!existsFollowingLinks(native))
-                return;
+            if (!lstatOf(native))
+                return; // a link is removed whether or not its target exists
             if (m_services.preview)
                 m_services.preview->record(QStringLiteral("remove"), native, sizeBelow(native), QString());
             else
@@ -445,8 +477,8 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
             }
             const QString error = AtomicFile::write(native, *bytes, 0600);
             if (!error.isEmpty())
-                m_services.log.log(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
-                                       .arg(native, error));
+                problem(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
+                            .arg(native, error));
         },
         kWriteDenial);
 }

@@ -8,6 +8,7 @@
 
 #include <optional>
 
+class ProblemReport;
 class RemovalPreview;
 class SystemLog;
 
@@ -20,6 +21,8 @@ struct SandboxServices
     SystemLog& log;
     // When set, removals, writes and changing SQL are reported here instead of done.
     RemovalPreview* preview = nullptr;
+    // When set, collects what was refused, kept or could not be written (besides the log).
+    ProblemReport* problems = nullptr;
 };
 
 // The one door to the disk. Every operation expands "~" to the real home folder, maps the path to
@@ -76,6 +79,8 @@ private:
     bool envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                   const QString& denial);
     bool insideHome(const QString& nativePath) const;
+    bool insideALinkedRoot(const QString& nativePath, const QString& layout) const;
+    void problem(const QString& line) const;
     void removeNative(const QString& nativePath);
     FileTree::FileGate wipeGate() const;
 

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -53,6 +54,9 @@ private slots:
     void specialFilesReadAsNothing_data();
     void specialFilesReadAsNothing();
     void onlyTheChosenFolderIsRecorded();
+    void linkedRootsAreTheBrowsersLinksBelowThemAreNot_data();
+    void linkedRootsAreTheBrowsersLinksBelowThemAreNot();
+    void danglingLinksAreRemoved();
     void linuxLayoutMapsReferencePaths_data();
     void linuxLayoutMapsReferencePaths();
 };
@@ -142,7 +146,6 @@ void TestSandbox::remove_data()
     QTest::newRow("a file") << "dir/file" << paths("dir/file") << paths("dir dir/other");
     QTest::newRow("a whole tree") << "dir" << paths("dir dir/sub/deep/f dir/.hidden") << paths("target/t");
     QTest::newRow("a link to a folder") << "link" << paths("link") << paths("target target/t");
-    QTest::newRow("a link to nothing") << "dangling" << paths("") << paths("dangling");
     QTest::newRow("a missing path") << "nothing" << paths("") << paths("dir/file");
 }
 
@@ -158,7 +161,6 @@ void TestSandbox::remove()
     home.file(QStringLiteral("dir/sub/deep/f"));
     home.file(QStringLiteral("target/t"));
     QVERIFY(QFile::link(home.path(QStringLiteral("target")), home.path(QStringLiteral("link"))));
-    QVERIFY(QFile::link(home.path(QStringLiteral("nowhere")), home.path(QStringLiteral("dangling"))));
 
     home.sandbox.remove(QStringLiteral("~/") + target);
     for (const QString& path : gone)
@@ -552,6 +554,59 @@ void TestSandbox::onlyTheChosenFolderIsRecorded()
                                   FileUrl::forPath(home.path(QStringLiteral("Library/Caches/x")))));
     QVERIFY(AppSandboxFileAccessPersist(home.t.defaults).removeRecordsBelowGrants());
     QCOMPARE(records(), homeOnly);
+}
+
+void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot_data()
+{
+    QTest::addColumn<QString>("linked"); // relative to the home: the link made to the outside folder
+    QTest::addColumn<QString>("target"); // the path removed, on this system's layout
+    QTest::addColumn<bool>("ownedByUser");
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("~/.cache on another disk") << ".cache"
+                                              << ".cache/chromium/Default/Cache" << true << true;
+    QTest::newRow("the browser's own folder") << ".config/chromium"
+                                              << ".config/chromium/Default/History" << true << true;
+    QTest::newRow("a root linked to someone else's folder")
+        << ".cache/chromium"
+        << ".cache/chromium/Default/Cache" << false << false;
+    QTest::newRow("a link below a root") << ".config/chromium/Default"
+                                         << ".config/chromium/Default/History" << true << false;
+}
+
+void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
+{
+    QFETCH(QString, linked);
+    QFETCH(QString, target);
+    QFETCH(bool, ownedByUser);
+    QFETCH(bool, removed);
+    TestHome home;
+    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    QTemporaryDir outside;
+    const QString real = outside.filePath(QStringLiteral("real"));
+    QVERIFY(QDir().mkpath(real + QLatin1Char('/') + QFileInfo(target).path().mid(linked.size())));
+    QVERIFY(PlistFixtures::writeFile(real + target.mid(linked.size()), "visited"));
+    if (!ownedByUser)
+        QCOMPARE(::chown(QFile::encodeName(real).constData(), 65534, 65534), 0);
+    QVERIFY(QDir().mkpath(QFileInfo(home.path(linked)).path()));
+    QVERIFY(QFile::link(real, home.path(linked)));
+    // The same file by its reference path: the layout maps it below the linked folder.
+    const QString reference = target.startsWith(QLatin1String(".cache"))
+                                  ? QStringLiteral("~/Library/Caches/Chromium") + target.mid(15)
+                                  : QStringLiteral("~/Library/Application Support/Chromium") + target.mid(16);
+    home.sandbox.remove(reference);
+    QCOMPARE(!QFile::exists(real + target.mid(linked.size())), removed);
+    QCOMPARE(home.t.log.lines().filter(QStringLiteral("outside the home folder")).isEmpty(), removed);
+}
+
+void TestSandbox::danglingLinksAreRemoved()
+{
+    TestHome home;
+    // Browsers' lock files are links to "host-pid", which names no file at all.
+    QVERIFY(QFile::link(QStringLiteral("myhost-4242"), home.path(QStringLiteral("SingletonLock"))));
+    QVERIFY(QFile::link(QStringLiteral("/nonexistent/target"), home.path(QStringLiteral("outside"))));
+    home.sandbox.remove(QStringLiteral("~/SingletonLock"));
+    home.sandbox.remove(QStringLiteral("~/outside"));
+    QVERIFY(QDir(home.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)
