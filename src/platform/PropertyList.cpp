@@ -1,6 +1,8 @@
 #include "platform/PropertyList.h"
 
 #include <QDateTime>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
 
 #include <plist/plist.h>
 
@@ -96,63 +98,151 @@ std::optional<QVariant> fromNode(plist_t node)
     }
 }
 
-plist_t toNode(const QVariant& value)
+// XML property lists are read and written here rather than by libplist: its XML side keeps dates as
+// 32-bit seconds and unsigned integers as signed ones, and refuses a byte-order mark or UTF-16,
+// all of which other property-list tools write.
+std::optional<QVariant> readXmlValue(QXmlStreamReader& xml);
+
+std::optional<QVariant> readXmlDict(QXmlStreamReader& xml)
+{
+    QVariantMap map;
+    while (xml.readNextStartElement()) {
+        if (xml.name() != QLatin1String("key"))
+            return std::nullopt;
+        const QString key = xml.readElementText();
+        if (xml.hasError() || !xml.readNextStartElement())
+            return std::nullopt;
+        auto value = readXmlValue(xml);
+        if (!value)
+            return std::nullopt;
+        map.insert(key, *value);
+    }
+    return QVariant(map);
+}
+
+std::optional<QVariant> readXmlValue(QXmlStreamReader& xml)
+{
+    const QStringView name = xml.name();
+    if (name == QLatin1String("dict"))
+        return readXmlDict(xml);
+    if (name == QLatin1String("array")) {
+        QVariantList list;
+        while (xml.readNextStartElement()) {
+            auto item = readXmlValue(xml);
+            if (!item)
+                return std::nullopt;
+            list.append(*item);
+        }
+        return QVariant(list);
+    }
+    if (name == QLatin1String("true") || name == QLatin1String("false")) {
+        const bool value = name == QLatin1String("true");
+        xml.skipCurrentElement();
+        return QVariant(value);
+    }
+    const QString text = xml.readElementText().trimmed();
+    if (xml.hasError())
+        return std::nullopt;
+    if (name == QLatin1String("string"))
+        return QVariant(text);
+    if (name == QLatin1String("integer")) {
+        bool ok = false;
+        const qint64 value = text.toLongLong(&ok);
+        if (ok)
+            return QVariant(value);
+        const quint64 large = text.toULongLong(&ok); // 2^63 and above
+        return ok ? std::optional(QVariant(large)) : std::nullopt;
+    }
+    if (name == QLatin1String("real")) {
+        bool ok = false;
+        const double value = text.toDouble(&ok);
+        return ok ? std::optional(QVariant(value)) : std::nullopt;
+    }
+    if (name == QLatin1String("date")) {
+        const QDateTime date = QDateTime::fromString(text, Qt::ISODate);
+        return date.isValid() ? std::optional(QVariant(date.toUTC())) : std::nullopt;
+    }
+    if (name == QLatin1String("data")) {
+        QByteArray base64 = text.toLatin1();
+        base64.replace(' ', "").replace('\n', "").replace('\t', "").replace('\r', "");
+        auto decoded = QByteArray::fromBase64Encoding(base64);
+        return decoded ? std::optional(QVariant(*decoded)) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<QVariant> parseXml(const QByteArray& bytes)
+{
+    QXmlStreamReader xml(bytes); // finds the encoding from a byte-order mark or the declaration
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("plist") || !xml.readNextStartElement())
+        return std::nullopt;
+    auto value = readXmlValue(xml);
+    if (!value)
+        return std::nullopt;
+    // Nothing but the end of the plist element and of the document may follow.
+    if (xml.readNextStartElement())
+        return std::nullopt;
+    while (!xml.atEnd())
+        xml.readNext();
+    if (xml.hasError())
+        return std::nullopt;
+    return value;
+}
+
+bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
 {
     switch (value.typeId()) {
     case QMetaType::Bool:
-        return plist_new_bool(value.toBool());
+        xml.writeEmptyElement(value.toBool() ? QStringLiteral("true") : QStringLiteral("false"));
+        return true;
+    case QMetaType::ULongLong:
+        xml.writeTextElement(QStringLiteral("integer"), QString::number(value.toULongLong()));
+        return true;
     case QMetaType::Int:
     case QMetaType::UInt:
     case QMetaType::Long:
     case QMetaType::LongLong:
-    case QMetaType::ULongLong:
     case QMetaType::Short:
     case QMetaType::UShort:
-        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
+        xml.writeTextElement(QStringLiteral("integer"), QString::number(value.toLongLong()));
+        return true;
     case QMetaType::Double:
     case QMetaType::Float:
-        return plist_new_real(value.toDouble());
-    case QMetaType::QString: {
-        const QByteArray utf8 = value.toString().toUtf8();
-        return plist_new_string(utf8.constData());
-    }
-    case QMetaType::QByteArray: {
-        const QByteArray bytes = value.toByteArray();
-        return plist_new_data(bytes.constData(), static_cast<uint64_t>(bytes.size()));
-    }
-    case QMetaType::QDateTime: {
-        const qint64 ms = value.toDateTime().toMSecsSinceEpoch() - kPlistEpochOffset * 1000;
-        const qint64 sec = ms >= 0 ? ms / 1000 : (ms - 999) / 1000;
-        return plist_new_date(static_cast<int32_t>(sec), static_cast<int32_t>((ms - sec * 1000) * 1000));
-    }
+        xml.writeTextElement(QStringLiteral("real"), QString::number(value.toDouble(), 'g', 17));
+        return true;
+    case QMetaType::QString:
+        xml.writeTextElement(QStringLiteral("string"), value.toString());
+        return true;
+    case QMetaType::QByteArray:
+        xml.writeTextElement(QStringLiteral("data"), QString::fromLatin1(value.toByteArray().toBase64()));
+        return true;
+    case QMetaType::QDateTime:
+        xml.writeTextElement(QStringLiteral("date"),
+                             value.toDateTime().toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ssZ")));
+        return true;
     case QMetaType::QVariantList:
     case QMetaType::QStringList: {
-        plist_t array = plist_new_array();
+        xml.writeStartElement(QStringLiteral("array"));
         for (const QVariant& item : value.toList()) {
-            plist_t node = toNode(item);
-            if (!node) {
-                plist_free(array);
-                return nullptr;
-            }
-            plist_array_append_item(array, node);
+            if (!writeXmlValue(xml, item))
+                return false;
         }
-        return array;
+        xml.writeEndElement();
+        return true;
     }
     case QMetaType::QVariantMap: {
-        plist_t dict = plist_new_dict();
+        xml.writeStartElement(QStringLiteral("dict"));
         const QVariantMap map = value.toMap();
         for (auto it = map.cbegin(); it != map.cend(); ++it) {
-            plist_t node = toNode(it.value());
-            if (!node) {
-                plist_free(dict);
-                return nullptr;
-            }
-            plist_dict_set_item(dict, it.key().toUtf8().constData(), node);
+            xml.writeTextElement(QStringLiteral("key"), it.key());
+            if (!writeXmlValue(xml, it.value()))
+                return false;
         }
-        return dict;
+        xml.writeEndElement();
+        return true;
     }
     default:
-        return nullptr;
+        return false;
     }
 }
 
@@ -164,8 +254,10 @@ std::optional<QVariant> parse(const QByteArray& bytes)
 {
     if (bytes.isEmpty() || bytes.size() > std::numeric_limits<uint32_t>::max())
         return std::nullopt;
+    if (!bytes.startsWith("bplist"))
+        return parseXml(bytes);
     plist_t raw = nullptr;
-    plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &raw);
+    plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &raw);
     if (!raw)
         return std::nullopt;
     PlistPtr root(raw);
@@ -174,25 +266,75 @@ std::optional<QVariant> parse(const QByteArray& bytes)
 
 std::optional<QByteArray> toXml(const QVariant& value)
 {
-    PlistPtr root(toNode(value));
-    if (!root)
+    QByteArray bytes;
+    QXmlStreamWriter xml(&bytes);
+    xml.setAutoFormatting(true);
+    xml.setAutoFormattingIndent(-1); // one tab, as property-list tools write them
+    xml.writeStartDocument();
+    xml.writeDTD(QStringLiteral("<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                                "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">"));
+    xml.writeStartElement(QStringLiteral("plist"));
+    xml.writeAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
+    if (!writeXmlValue(xml, value))
         return std::nullopt;
-    char* xml = nullptr;
-    uint32_t length = 0;
-    plist_to_xml(root.get(), &xml, &length);
-    if (!xml)
-        return std::nullopt;
-    QByteArray result(xml, static_cast<qsizetype>(length));
-    plist_to_xml_free(xml);
-    return result;
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    return bytes;
 }
 
 std::optional<QVariant> normalized(const QVariant& value)
 {
-    PlistPtr root(toNode(value));
-    if (!root)
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+    case QMetaType::Double:
+    case QMetaType::QString:
+    case QMetaType::QByteArray:
+        return value;
+    case QMetaType::Float:
+        return QVariant(value.toDouble());
+    case QMetaType::ULongLong:
+        if (value.toULongLong() > quint64(std::numeric_limits<qint64>::max()))
+            return value;
+        return QVariant(value.toLongLong());
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+        return QVariant(value.toLongLong());
+    case QMetaType::QDateTime: {
+        // Stored to the second, in UTC.
+        const QDateTime date = value.toDateTime();
+        if (!date.isValid())
+            return std::nullopt;
+        return QVariant(QDateTime::fromSecsSinceEpoch(date.toSecsSinceEpoch(), Qt::UTC));
+    }
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList: {
+        QVariantList list;
+        for (const QVariant& item : value.toList()) {
+            auto normal = normalized(item);
+            if (!normal)
+                return std::nullopt;
+            list.append(*normal);
+        }
+        return QVariant(list);
+    }
+    case QMetaType::QVariantMap: {
+        QVariantMap map;
+        const QVariantMap source = value.toMap();
+        for (auto it = source.cbegin(); it != source.cend(); ++it) {
+            auto normal = normalized(it.value());
+            if (!normal)
+                return std::nullopt;
+            map.insert(it.key(), *normal);
+        }
+        return QVariant(map);
+    }
+    default:
         return std::nullopt;
-    return fromNode(root.get());
+    }
 }
 
 } // namespace PropertyList

@@ -12,6 +12,8 @@ private slots:
     void readsWhatItWrites();
     void rejectsWhatIsNotAPropertyList_data();
     void rejectsWhatIsNotAPropertyList();
+    void keepsWhatOtherToolsWrite_data();
+    void keepsWhatOtherToolsWrite();
 };
 
 namespace {
@@ -59,6 +61,48 @@ void TestPropertyList::rejectsWhatIsNotAPropertyList()
     QFETCH(QByteArray, bytes);
     const auto value = PropertyList::parse(bytes);
     QVERIFY(!value || value->typeId() != QMetaType::QVariantMap);
+}
+
+namespace {
+QByteArray xmlWith(const char* value)
+{
+    return QByteArray(
+               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict><key>k</key>") +
+           value + "</dict></plist>\n";
+}
+} // namespace
+
+void TestPropertyList::keepsWhatOtherToolsWrite_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("a date past 2038") << xmlWith("<date>2200-01-01T00:00:00Z</date>")
+                                      << QVariant(QDateTime(QDate(2200, 1, 1), QTime(0, 0), Qt::UTC));
+    QTest::newRow("a date before 1901") << xmlWith("<date>1800-06-30T12:00:00Z</date>")
+                                        << QVariant(QDateTime(QDate(1800, 6, 30), QTime(12, 0), Qt::UTC));
+    QTest::newRow("2^64 - 1") << xmlWith("<integer>18446744073709551615</integer>")
+                              << QVariant(std::numeric_limits<quint64>::max());
+    QTest::newRow("a byte-order mark") << QByteArray("\xEF\xBB\xBF") + xmlWith("<string>Zo\xC3\xAB</string>")
+                                       << QVariant(QStringLiteral("Zo\u00EB"));
+    QString utf16 =
+        QString::fromUtf8(xmlWith("<true/>")).replace(QStringLiteral("UTF-8"), QStringLiteral("UTF-16"));
+    QByteArray utf16Bytes("\xFF\xFE");
+    utf16Bytes.append(reinterpret_cast<const char*>(utf16.utf16()), utf16.size() * 2);
+    QTest::newRow("UTF-16") << utf16Bytes << QVariant(true);
+}
+
+void TestPropertyList::keepsWhatOtherToolsWrite()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QVariant, value);
+    const auto read = PropertyList::parse(bytes);
+    QVERIFY(read);
+    QCOMPARE(read->toMap().value(QStringLiteral("k")), value);
+    // And the same after Corvella writes the file again.
+    const auto again = PropertyList::parse(PropertyList::toXml(*read).value_or(QByteArray()));
+    QVERIFY(again);
+    QCOMPARE(*again, *read);
+    QCOMPARE(PropertyList::normalized(value), std::optional(value));
 }
 
 QTEST_GUILESS_MAIN(TestPropertyList)

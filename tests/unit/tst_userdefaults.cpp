@@ -1,9 +1,12 @@
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "platform/fake/MemoryLog.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 #include "support/PlistFixtures.h"
 #include "support/SmallFileSystem.h"
 #include "support/TestDefaults.h"
+#include <atomic>
+#include <thread>
 
 #include <QDir>
 #include <QFile>
@@ -26,6 +29,7 @@ private slots:
     void concurrentWritersLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
     void noticesItsFolderDeletedAndMadeAgain();
+    void anEditorSavingInPlaceIsNotTakenForABrokenFile();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere();
 
@@ -226,6 +230,36 @@ void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
     QVERIFY(worker->wait(10000));
     QTRY_VERIFY(seenOn != nullptr);
     QCOMPARE(seenOn, QThread::currentThread());
+}
+
+void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
+{
+    MemoryLog log;
+    auto defaults = open(log);
+    QVERIFY(defaults->setBool(true, QStringLiteral("isRunning")));
+    const QByteArray edited = *PropertyList::toXml(QVariantMap{{QStringLiteral("editorKey"), true}});
+    std::atomic<bool> done = false;
+    // Truncates, then writes in two parts, as editors that save in place do.
+    std::thread editor([&] {
+        for (int i = 0; i < 60; ++i) {
+            QFile file(m_file);
+            if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+                continue;
+            file.write(edited.left(edited.size() / 2));
+            file.flush();
+            QThread::msleep(3);
+            file.write(edited.mid(edited.size() / 2));
+            file.close();
+            QThread::msleep(2);
+        }
+        done = true;
+    });
+    for (int i = 0; !done; ++i)
+        defaults->setBool(i % 2, QStringLiteral("isRunning"));
+    editor.join();
+    const QStringList setAside =
+        QDir(QFileInfo(m_file).absolutePath()).entryList({QStringLiteral("*.unreadable-*")}, QDir::Files);
+    QVERIFY2(setAside.isEmpty(), qPrintable(setAside.join(u' ')));
 }
 
 void TestUserDefaults::noticesItsFolderDeletedAndMadeAgain()
