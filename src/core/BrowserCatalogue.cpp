@@ -190,8 +190,8 @@ QStringList BrowserCatalogue::firefoxProfiles()
 bool BrowserCatalogue::lockIsLive(const QString& lockPath)
 {
     const std::optional<QString> target = m_sandbox.destinationOfSymbolicLink(lockPath);
-    if (!target)
-        return false;
+    if (!target) // no lock at all, or something there that cannot be read as one
+        return !m_sandbox.fileAttributes(lockPath).isEmpty();
     const qsizetype separator =
         std::max(target->lastIndexOf(QLatin1Char('-')), target->lastIndexOf(QLatin1Char('+')));
     bool isNumber = false;

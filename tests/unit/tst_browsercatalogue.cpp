@@ -188,6 +188,7 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised_data()
     QTest::newRow("lock left by a crash")
         << u"Chromium"_s << chromiumLock << u"host-999999999"_s << false << false;
     QTest::newRow("unreadable lock") << u"Chromium"_s << chromiumLock << u"garbage"_s << false << true;
+    QTest::newRow("a lock that is no link") << u"Chromium"_s << chromiumLock << u""_s << false << true;
     QTest::newRow("Firefox profile lock")
         << u"Firefox"_s << firefoxLock << QString(u"127.0.1.1:+"_s + self) << false << true;
     QTest::newRow("Firefox stale lock")
@@ -207,7 +208,10 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised()
     home.file(QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/prefs.js"));
     if (!lockFile.isEmpty()) {
         home.folder(QFileInfo(lockFile).path());
-        QVERIFY(QFile::link(lockTarget, home.path(lockFile)));
+        if (lockTarget.isEmpty())
+            home.file(lockFile);
+        else
+            QVERIFY(QFile::link(lockTarget, home.path(lockFile)));
     }
     if (processRuns)
         workspace.setRunning({{browser, Catalogue::browserIDFor(browser), 42}});
