@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -30,6 +31,7 @@ private slots:
     void wipesFilesItCannotNameByPath_data();
     void wipesFilesItCannotNameByPath();
     void aLargeSparseFileIsWipedWithoutFillingItsHoles();
+    void theOverwriteReachesTheDiskBeforeTheUnlink();
 
 private:
     QByteArray contents(const QString& path)
@@ -187,6 +189,33 @@ void TestSecureDelete::aLargeSparseFileIsWipedWithoutFillingItsHoles()
     QVERIFY(QByteArray(left, 6) != QByteArray("secret"));
     QCOMPARE(qint64(st.st_size), offset + 6);
     QVERIFY2(st.st_blocks * 512 < 1024 * 1024, "the holes were filled");
+}
+
+void TestSecureDelete::theOverwriteReachesTheDiskBeforeTheUnlink()
+{
+    // A real ext4 file system in an image, so what is on the "device" can be read afterwards.
+    const QString image = m_dir->filePath(QStringLiteral("disk.img"));
+    const QString mountPoint = m_dir->filePath(QStringLiteral("mnt"));
+    QDir().mkpath(mountPoint);
+    QFile(image).open(QIODevice::WriteOnly);
+    QFile(image).resize(8 * 1024 * 1024);
+    if (::geteuid() != 0 ||
+        QProcess::execute(QStringLiteral("mkfs.ext4"), {QStringLiteral("-q"), QStringLiteral("-F"), image}) !=
+            0 ||
+        QProcess::execute(QStringLiteral("mount"),
+                          {QStringLiteral("-o"), QStringLiteral("loop"), image, mountPoint}) != 0)
+        QSKIP("an ext4 image cannot be mounted here (needs root and loop devices)");
+    const QByteArray secret = QByteArray("CORVELLA-SECRET-").repeated(4096); // 64 KiB
+    const QString file = mountPoint + QStringLiteral("/Cookies");
+    QVERIFY(PlistFixtures::writeFile(file, secret));
+    ::sync();
+    // What the file layer does: wipe, then unlink at once.
+    QVERIFY(SecureDelete::wipe(file));
+    QVERIFY(QFile::remove(file));
+    QCOMPARE(QProcess::execute(QStringLiteral("umount"), {mountPoint}), 0);
+    QFile device(image);
+    QVERIFY(device.open(QIODevice::ReadOnly));
+    QCOMPARE(device.readAll().count("CORVELLA-SECRET-"), 0);
 }
 
 QTEST_GUILESS_MAIN(TestSecureDelete)
