@@ -17,15 +17,11 @@ class TestSettings : public QObject
 private slots:
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
     void aMissingDefaultsResourceRegistersNothing();
-    void homeExpansion_data();
-    void homeExpansion();
     void theMirrorHoldsOnlySelectedEntries_data();
     void theMirrorHoldsOnlySelectedEntries();
     void theMirrorIsReplacedNotMerged();
     void aCategoryChoiceReachesTheMirror();
-    void toggleRunStatusFlipsProtection();
     void protectionCannotBeOnWithoutABrowser();
-    void settingChangesReachTheirHandlers();
     void hidingTheStatusItemBringsTheWindowIconBack();
 };
 
@@ -60,37 +56,6 @@ void TestSettings::aMissingDefaultsResourceRegistersNothing()
         QVERIFY(t.defaults.dictionaryForKey(SettingsKeys::settings).isEmpty());
         QVERIFY(t.defaults.stringForKey(SettingsKeys::userFolder));
     }
-}
-
-void TestSettings::homeExpansion_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expanded");
-    QTest::newRow("tilde alone") << "~"
-                                 << "/home/ann";
-    QTest::newRow("tilde slash") << "~/"
-                                 << "/home/ann/";
-    QTest::newRow("below the home") << "~/Library/Cookies"
-                                    << "/home/ann/Library/Cookies";
-    QTest::newRow("user name is not looked up") << "~bob/x"
-                                                << "/home/annbob/x";
-    QTest::newRow("absolute") << "/Applications"
-                              << "/Applications";
-    QTest::newRow("tilde later") << "/~x"
-                                 << "/~x";
-    QTest::newRow("empty") << ""
-                           << "";
-}
-
-void TestSettings::homeExpansion()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expanded);
-    TestDefaults t;
-    t.defaults.setObject(QStringLiteral("/home/ann"), SettingsKeys::userFolder);
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    QCOMPARE(app.checkForUserDirectory(path), expanded);
 }
 
 void TestSettings::theMirrorHoldsOnlySelectedEntries_data()
@@ -161,17 +126,6 @@ void TestSettings::aCategoryChoiceReachesTheMirror()
     QCOMPARE(stored.value(QStringLiteral("Safari:cache")), QVariant(true));
 }
 
-void TestSettings::toggleRunStatusFlipsProtection()
-{
-    TestDefaults t;
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    app.toggleRunStatus();
-    QVERIFY(t.backend->read()->value(SettingsKeys::isRunning).toBool());
-    app.toggleRunStatus();
-    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
-}
-
 void TestSettings::protectionCannotBeOnWithoutABrowser()
 {
     TestDefaults t;
@@ -190,35 +144,6 @@ void TestSettings::protectionCannotBeOnWithoutABrowser()
     QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
     QCOMPARE(enabled.size(), 2);
     QCOMPARE(enabled.last().first(), QVariant(false));
-}
-
-void TestSettings::settingChangesReachTheirHandlers()
-{
-    TestDefaults t;
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    app.startObservingSettings();
-    QSignalSpy info(&app, &AppDelegate::infoLabelNeedsUpdate);
-    QSignalSpy menu(&app, &AppDelegate::statusItemVisibilityChanged);
-    QSignalSpy dock(&app, &AppDelegate::dockPolicyChanged);
-
-    t.defaults.setBool(true, SettingsKeys::isRunning);
-    // The run-state display is always posted, never updated inside the settings write.
-    QCOMPARE(info.size(), 0);
-    QTRY_COMPARE(info.size(), 1);
-    QCOMPARE(menu.size(), 1);
-
-    t.defaults.setBool(true, SettingsKeys::hideDock);
-    QCOMPARE(dock.size(), 1);
-    QCOMPARE(dock.last().first(), QVariant(true));
-
-    t.defaults.setBool(true, SettingsKeys::showInMenu);
-    QCOMPARE(menu.size(), 2);
-    QCOMPARE(menu.last().first(), QVariant(true));
-
-    // Keys without a handler change nothing else.
-    t.defaults.setBool(true, SettingsKeys::secureDeleteData);
-    QCOMPARE(menu.size() + dock.size() + info.size(), 4);
 }
 
 void TestSettings::hidingTheStatusItemBringsTheWindowIconBack()
