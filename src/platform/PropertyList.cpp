@@ -189,22 +189,25 @@ std::optional<QVariant> parseXml(const QByteArray& bytes)
     return value;
 }
 
+// Every integer type but unsigned 64-bit fits a qint64.
+bool isSignedInteger(int typeId)
+{
+    return typeId == QMetaType::Int || typeId == QMetaType::UInt || typeId == QMetaType::Long ||
+           typeId == QMetaType::LongLong || typeId == QMetaType::Short || typeId == QMetaType::UShort;
+}
+
 bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
 {
+    if (isSignedInteger(value.typeId())) {
+        xml.writeTextElement(QStringLiteral("integer"), QString::number(value.toLongLong()));
+        return true;
+    }
     switch (value.typeId()) {
     case QMetaType::Bool:
         xml.writeEmptyElement(value.toBool() ? QStringLiteral("true") : QStringLiteral("false"));
         return true;
     case QMetaType::ULongLong:
         xml.writeTextElement(QStringLiteral("integer"), QString::number(value.toULongLong()));
-        return true;
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-        xml.writeTextElement(QStringLiteral("integer"), QString::number(value.toLongLong()));
         return true;
     case QMetaType::Double:
     case QMetaType::Float:
@@ -284,6 +287,8 @@ std::optional<QByteArray> toXml(const QVariant& value)
 
 std::optional<QVariant> normalized(const QVariant& value)
 {
+    if (isSignedInteger(value.typeId()))
+        return QVariant(value.toLongLong());
     switch (value.typeId()) {
     case QMetaType::Bool:
     case QMetaType::Double:
@@ -295,13 +300,6 @@ std::optional<QVariant> normalized(const QVariant& value)
     case QMetaType::ULongLong:
         if (value.toULongLong() > quint64(std::numeric_limits<qint64>::max()))
             return value;
-        return QVariant(value.toLongLong());
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
         return QVariant(value.toLongLong());
     case QMetaType::QDateTime: {
         // Stored to the second, in UTC.
