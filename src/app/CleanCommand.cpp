@@ -146,8 +146,8 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
 
 int CleanCommand::run(const QStringList& arguments)
 {
-    const QStringList options_ = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
-    if (options_.contains(QLatin1String("--help")) || options_.contains(QLatin1String("-h"))) {
+    const QStringList beforeDashes = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
+    if (beforeDashes.contains(QLatin1String("--help")) || beforeDashes.contains(QLatin1String("-h"))) {
         m_services.out << kUsage << Qt::endl;
         return finish(Success);
     }
