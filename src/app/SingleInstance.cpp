@@ -4,10 +4,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QStandardPaths>
 #include <QThread>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 // An agent starting at the same moment may not listen yet; it is given this long.
@@ -16,7 +19,11 @@ constexpr int kHandOverMs = 3000;
 
 QString SingleInstance::defaultFolder()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/corvella");
+    // Without a session's runtime folder (a headless start), a private folder of this user in /tmp.
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!runtime.isEmpty() && QFileInfo(runtime).isDir())
+        return runtime + QStringLiteral("/corvella");
+    return QDir::tempPath() + QStringLiteral("/corvella-") + QString::number(::getuid());
 }
 
 SingleInstance::SingleInstance(const QString& folder, QObject* parent)

@@ -12,7 +12,7 @@ class SingleInstance : public QObject
 {
     Q_OBJECT
 public:
-    // The user's runtime folder ($XDG_RUNTIME_DIR, or a private one Qt makes) followed by "corvella".
+    // "$XDG_RUNTIME_DIR/corvella", or "/tmp/corvella-<uid>" without a session's runtime folder.
     static QString defaultFolder();
 
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
