@@ -29,6 +29,7 @@ private slots:
     void concurrentWritersLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
     void noticesItsFolderDeletedAndMadeAgain();
+    void makesItsFolderPrivateButLeavesAnExistingOneAlone();
     void anEditorSavingInPlaceIsNotTakenForABrokenFile();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere();
@@ -260,6 +261,24 @@ void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
     const QStringList setAside =
         QDir(QFileInfo(m_file).absolutePath()).entryList({QStringLiteral("*.unreadable-*")}, QDir::Files);
     QVERIFY2(setAside.isEmpty(), qPrintable(setAside.join(u' ')));
+}
+
+void TestUserDefaults::makesItsFolderPrivateButLeavesAnExistingOneAlone()
+{
+    MemoryLog log;
+    const QString folder = QFileInfo(m_file).absolutePath();
+    QDir(folder).removeRecursively();
+    open(log);
+    const auto owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+    QCOMPARE(QFile::permissions(folder) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
+             owner);
+    // The user chose read-and-enter only for the owner, and group access: kept at every start.
+    const auto chosen = QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup;
+    QVERIFY(QFile::setPermissions(folder, chosen));
+    open(log);
+    QCOMPARE(QFile::permissions(folder) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
+             chosen);
+    QFile::setPermissions(folder, owner);
 }
 
 void TestUserDefaults::noticesItsFolderDeletedAndMadeAgain()
