@@ -1,8 +1,13 @@
 #include "cleaners/BrowserCleaners.h"
 
-BrowserCleaners::BrowserCleaners(const CleanerServices& services) : m_services(services) {}
+BrowserCleaners::BrowserCleaners(const CleanerServices& services)
+    : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts)
+{}
 
-void BrowserCleaners::removeCookies(const QString&) {}
+void BrowserCleaners::removeCookies(const QString& browser)
+{
+    m_cookies.removeCookies(browser);
+}
 
 void BrowserCleaners::removeNonFavLocalStorage(const QString&) {}
 

@@ -1,23 +1,13 @@
 #pragma once
 
+#include "cleaners/CleanerServices.h"
 #include "cleaners/Cleaners.h"
+#include "cleaners/CookieCleaner.h"
+#include "sandbox/HelperScripts.h"
 
-class BrowserCatalogue;
-class Sandbox;
-class SystemLog;
-class UserDefaults;
-
-// The services the cleaners work with.
-struct CleanerServices
-{
-    Sandbox& sandbox;
-    BrowserCatalogue& catalogue;
-    UserDefaults& defaults;
-    SystemLog& log;
-};
-
-// The cleaners of the five browsers' data, working only through the file layer.
-// The data families are filled in one by one; until a family is, its entry point removes nothing.
+// The cleaners of the five browsers' data, working only through the file layer: the one dispatcher
+// a removal run calls, handing each category to its family's unit. The families are filled in one by
+// one; until a family is, its entry point removes nothing.
 class BrowserCleaners final : public Cleaners
 {
 public:
@@ -32,4 +22,6 @@ public:
 
 private:
     CleanerServices m_services;
+    HelperScripts m_scripts;
+    CookieCleaner m_cookies;
 };

@@ -16,19 +16,18 @@ namespace {
 const QString kChromeLocalState = QStringLiteral("~/Library/Application Support/Google/Chrome/Local State");
 const QString kChromiumLocalState = QStringLiteral("~/Library/Application Support/Chromium/Local State");
 
-// The data root holding each Chromium-family browser's "SingletonLock".
-QString chromiumFamilyRoot(const QString& browser)
+} // namespace
+
+QString BrowserCatalogue::chromiumDataRoot(const QString& browser)
 {
-    if (browser == BrowserCatalogue::googleChrome)
+    if (browser == googleChrome)
         return QStringLiteral("~/Library/Application Support/Google/Chrome");
-    if (browser == BrowserCatalogue::chromium)
+    if (browser == chromium)
         return QStringLiteral("~/Library/Application Support/Chromium");
-    if (browser == BrowserCatalogue::opera)
-        return BrowserCatalogue::operaDataRoot;
+    if (browser == opera)
+        return operaDataRoot;
     return QString();
 }
-
-} // namespace
 
 const QStringList& BrowserCatalogue::detectionOrder()
 {
@@ -159,7 +158,7 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
         if (application.bundleIdentifier == id)
             return true;
     }
-    if (const QString root = chromiumFamilyRoot(browser); !root.isEmpty())
+    if (const QString root = chromiumDataRoot(browser); !root.isEmpty())
         return lockIsLive(root + QStringLiteral("/SingletonLock"));
     if (browser == firefox) {
         for (const QString& profile : firefoxProfiles()) {

@@ -36,6 +36,10 @@ public:
     // A tile of an installed browser that is not activated carries this suffix.
     static inline const QString disabledSuffix = QStringLiteral("-disabled");
 
+    // The data root of a Chromium-family browser (the folder holding "Local State", or Opera's only
+    // profile); "" for the other browsers.
+    static QString chromiumDataRoot(const QString& browser);
+
     // Detection order, which is also the order of "enabledBrowsers" after browsersChanged().
     static const QStringList& detectionOrder();
     // Tile order, also the order of the enabled and identifier tests.

@@ -17,6 +17,7 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include <cerrno>
 #include <climits>
 #include <dirent.h>
 #include <grp.h>
@@ -481,6 +482,43 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
                             .arg(native, error));
         },
         kWriteDenial);
+}
+
+void Sandbox::createDirectory(const QString& path)
+{
+    if (path.isEmpty())
+        return;
+    // One level at a time, so each new folder's parent exists and is checked like any write target.
+    const QString native = nativePath(path).value_or(QString());
+    const QString home = checkForUserDirectory(QStringLiteral("~"));
+    if (native.isEmpty() || home.isEmpty() || !native.startsWith(home + QLatin1Char('/')))
+        return;
+    const QStringList parts = native.mid(home.size() + 1).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    QString level = home;
+    for (const QString& part : parts) {
+        level += QLatin1Char('/') + part;
+        if (QFileInfo(level).isDir())
+            continue;
+        const bool made = envelope(
+            level, Effect::Writes,
+            [&](const QString& folder) {
+                if (m_services.preview)
+                    m_services.preview->record(QStringLiteral("create folder"), folder, 0, QString());
+                else if (::mkdir(QFile::encodeName(folder).constData(), 0700) != 0 && errno != EEXIST)
+                    problem(QStringLiteral("Corvella could not create the folder %1").arg(folder));
+            },
+            kWriteDenial);
+        if (!made || m_services.preview)
+            return;
+    }
+}
+
+std::optional<QString> Sandbox::nativePath(const QString& path) const
+{
+    const QString layout =
+        m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
+    return PathLayout::nativePath(layout, checkForUserDirectory(QStringLiteral("~")),
+                                  checkForUserDirectory(path));
 }
 
 void Sandbox::runSql(const QString& sql, const QString& onfile)

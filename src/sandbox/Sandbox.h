@@ -61,6 +61,14 @@ public:
     // they are, strings as UTF-8. An existing file keeps its permissions.
     void write(const QVariant& object, const QString& ToFile);
 
+    // Makes the folder with the folders above it, private to the user, inside the grant.
+    void createDirectory(const QString& path);
+    // Where the reference path is on this system ("~" expanded, the layout applied); no value when
+    // the layout has no counterpart.
+    std::optional<QString> nativePath(const QString& path) const;
+    // The preview this file layer reports to instead of acting; null for a real run.
+    RemovalPreview* preview() const { return m_services.preview; }
+
     // Runs the first statement of the text on the database, if it exists; never creates one.
     void runSql(const QString& sql, const QString& onfile);
     // The rows; empty when the database is missing, the statement fails or access is refused;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "cleaners/CleanerServices.h"
+
+#include <QString>
+
+class HelperScripts;
+
+// Every cookie of a browser, in every profile Corvella knows of, and the channel identifiers that
+// Chromium-family browsers keep beside them. Nothing is kept: Firefox's per-site permissions go with
+// its cookies, on purpose.
+class CookieCleaner
+{
+public:
+    CookieCleaner(const CleanerServices& services, HelperScripts& scripts);
+
+    void removeCookies(const QString& browser);
+    // Empties "origin_bound_certs" in every profile's "Origin Bound Certs", before any cookie file goes.
+    void deleteChromeChannelID(const QString& browser);
+    // For the cache cleaner, per profile: empties "channel_id" and compacts the database, if it exists.
+    void deleteChromeChannelIDforProfilePath(const QString& profile, const QString& whichBrowser);
+
+private:
+    CleanerServices m_services;
+    HelperScripts& m_scripts;
+};

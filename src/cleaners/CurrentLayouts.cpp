@@ -1,0 +1,70 @@
+#include "cleaners/CurrentLayouts.h"
+
+#include "cleaners/Profiles.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/SettingsKeys.h"
+#include "platform/UserDefaults.h"
+#include "sandbox/Sandbox.h"
+
+namespace {
+
+enum class Family
+{
+    Chromium, // Google Chrome, Chromium, Opera
+    Firefox,
+};
+
+// One row: below each profile folder, remove a path, or run statements on a database there.
+struct Step
+{
+    Family family;
+    const char* category;
+    const char* path;
+    QStringList sql; // empty: remove the path
+};
+
+const QList<Step>& steps()
+{
+    static const QList<Step> table{
+        {Family::Chromium, "cookies", "Network/Cookies", {}},
+        {Family::Chromium, "cookies", "Trust Tokens", {}},
+        {Family::Chromium, "cookies", "Network/Trust Tokens", {}},
+        {Family::Chromium, "cookies", "Reporting and NEL", {}},
+        {Family::Chromium, "cookies", "Network/Reporting and NEL", {}},
+        {Family::Chromium, "cookies", "DIPS", {}},
+        {Family::Chromium, "cookies", "Device Bound Sessions", {}},
+        {Family::Chromium, "cookies", "MediaDeviceSalts", {}},
+        {Family::Firefox, "cookies", "bounce-tracking-protection.sqlite", {}},
+    };
+    return table;
+}
+
+} // namespace
+
+namespace CurrentLayouts {
+
+void supplement(const CleanerServices& services, const QString& browser, const QString& category)
+{
+    if (!services.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts))
+        return;
+    const bool firefox = browser == BrowserCatalogue::firefox;
+    const QStringList profiles =
+        firefox ? Profiles::firefox(services) : Profiles::chromiumFamily(services, browser);
+    const Family family = firefox ? Family::Firefox : Family::Chromium;
+    for (const QString& profile : profiles) {
+        for (const Step& step : steps()) {
+            if (step.family != family || category != QLatin1String(step.category))
+                continue;
+            const QString path = profile + QLatin1Char('/') + QLatin1String(step.path);
+            if (step.sql.isEmpty()) {
+                services.sandbox.remove(path);
+                continue;
+            }
+            for (const QString& statement : step.sql)
+                services.sandbox.runSql(statement, path);
+            services.sandbox.runSql(QStringLiteral("VACUUM;"), path);
+        }
+    }
+}
+
+} // namespace CurrentLayouts

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "cleaners/CleanerServices.h"
+
+#include <QStringList>
+
+// The profile folders the cleaners visit, as reference paths ("~/Library/Application Support/...").
+// Names that come from browser data pass the file layer's unsafe-name check first.
+namespace Profiles {
+
+// Google Chrome and Chromium: the data root plus each profile of "Local State"; Opera: its data root,
+// its only profile; any other browser: none.
+QStringList chromiumFamily(const CleanerServices& services, const QString& browser);
+// Every entry of the Firefox profiles folder, folder or not, in listing order.
+QStringList firefox(const CleanerServices& services);
+
+} // namespace Profiles

@@ -1,0 +1,73 @@
+#include "support/BrowserFixtures.h"
+
+#include "sandbox/Sqlite.h"
+#include "support/TestHome.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace BrowserFixtures {
+
+QString database(const TestHome& home, const QString& relative, const QStringList& statements)
+{
+    const QString path = home.path(relative);
+    QDir().mkpath(QFileInfo(path).path());
+    Sqlite db(path);
+    for (const QString& statement : statements)
+        db.executeNonQuery(statement);
+    return path;
+}
+
+qint64 rowCount(const QString& database, const QString& table)
+{
+    Sqlite db;
+    if (!db.openExisting(database, true))
+        return -1;
+    const auto rows = db.executeQuery(QStringLiteral("SELECT count(*) AS n FROM ") + table);
+    return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toLongLong() : -1;
+}
+
+void localState(const TestHome& home, const QString& root, const QStringList& profiles)
+{
+    QStringList entries;
+    for (const QString& profile : profiles)
+        entries.append(QStringLiteral("\"%1\":{\"name\":\"Person %1\"}").arg(profile));
+    home.file(root + QStringLiteral("/Local State"),
+              QStringLiteral("{\"profile\":{\"info_cache\":{%1}}}").arg(entries.join(u',')).toUtf8());
+}
+
+void chromiumProfile(const TestHome& home, const QString& folder)
+{
+    const QString cookies = QStringLiteral("CREATE TABLE cookies (host_key TEXT, name TEXT, value TEXT)");
+    const QString cookieRow = QStringLiteral("INSERT INTO cookies VALUES ('.example.org', 'sid', '1')");
+    database(home, folder + QStringLiteral("/Cookies"), {cookies, cookieRow});
+    database(home, folder + QStringLiteral("/Network/Cookies"), {cookies, cookieRow});
+    database(home, folder + QStringLiteral("/Origin Bound Certs"),
+             {QStringLiteral("CREATE TABLE origin_bound_certs (origin TEXT)"),
+              QStringLiteral("INSERT INTO origin_bound_certs VALUES ('example.org')"),
+              QStringLiteral("CREATE TABLE channel_id (host TEXT)"),
+              QStringLiteral("INSERT INTO channel_id VALUES ('example.org')")});
+    home.file(folder + QStringLiteral("/Network/Trust Tokens"));
+    home.file(folder + QStringLiteral("/DIPS"));
+    home.file(folder + QStringLiteral("/Bookmarks"), "{\"roots\":{}}");
+    database(home, folder + QStringLiteral("/Login Data"),
+             {QStringLiteral("CREATE TABLE logins (origin_url TEXT)"),
+              QStringLiteral("INSERT INTO logins VALUES ('https://example.org/')")});
+}
+
+void firefoxProfile(const TestHome& home, const QString& name)
+{
+    const QString folder = QLatin1String(kFirefoxProfiles) + QLatin1Char('/') + name;
+    database(home, folder + QStringLiteral("/cookies.sqlite"),
+             {QStringLiteral("CREATE TABLE moz_cookies (host TEXT)"),
+              QStringLiteral("INSERT INTO moz_cookies VALUES ('.example.org')")});
+    database(home, folder + QStringLiteral("/permissions.sqlite"),
+             {QStringLiteral("CREATE TABLE moz_perms (origin TEXT)")});
+    database(home, folder + QStringLiteral("/places.sqlite"),
+             {QStringLiteral("CREATE TABLE moz_bookmarks (id INTEGER)")});
+    home.file(folder + QStringLiteral("/bounce-tracking-protection.sqlite"));
+    home.file(folder + QStringLiteral("/logins.json"), "{\"logins\":[]}");
+    home.file(folder + QStringLiteral("/prefs.js"));
+}
+
+} // namespace BrowserFixtures

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QStringList>
+
+struct TestHome;
+
+// Browser profiles as the browsers lay them out, made by code in a test home (macOS layout): real
+// SQLite databases in the browsers' table shapes, "Local State" files, property lists. Later cleaner
+// tests add what their families need here.
+namespace BrowserFixtures {
+
+inline const char kChromeRoot[] = "Library/Application Support/Google/Chrome";
+inline const char kChromiumRoot[] = "Library/Application Support/Chromium";
+inline const char kOperaRoot[] = "Library/Application Support/com.operasoftware.Opera";
+inline const char kFirefoxProfiles[] = "Library/Application Support/Firefox/Profiles";
+
+// A SQLite database made from the statements; returns its full path.
+QString database(const TestHome& home, const QString& relative, const QStringList& statements);
+// One row in each table, so "emptied" can be told from "missing".
+qint64 rowCount(const QString& database, const QString& table);
+
+// "Local State" of a Chrome or Chromium root, listing the profile folders.
+void localState(const TestHome& home, const QString& root, const QStringList& profiles);
+// A Chromium-family profile folder (the root itself for Opera) with cookies, channel identifiers,
+// today's network folder, and what must survive a cookie removal (bookmarks, saved passwords).
+void chromiumProfile(const TestHome& home, const QString& folder);
+// A Firefox profile with its cookies, permissions, saved logins and bookmarks database.
+void firefoxProfile(const TestHome& home, const QString& name);
+
+} // namespace BrowserFixtures
