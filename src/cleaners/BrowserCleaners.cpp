@@ -1,7 +1,8 @@
 #include "cleaners/BrowserCleaners.h"
 
 BrowserCleaners::BrowserCleaners(const CleanerServices& services)
-    : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts)
+    : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts),
+      m_storage(services)
 {}
 
 void BrowserCleaners::removeCookies(const QString& browser)
@@ -9,7 +10,10 @@ void BrowserCleaners::removeCookies(const QString& browser)
     m_cookies.removeCookies(browser);
 }
 
-void BrowserCleaners::removeNonFavLocalStorage(const QString&) {}
+void BrowserCleaners::removeNonFavLocalStorage(const QString& browser)
+{
+    m_storage.removeNonFavLocalStorage(browser);
+}
 
 void BrowserCleaners::removeFlash(const QString&) {}
 

@@ -3,6 +3,7 @@
 #include "cleaners/CleanerServices.h"
 #include "cleaners/Cleaners.h"
 #include "cleaners/CookieCleaner.h"
+#include "cleaners/StorageCleaner.h"
 #include "sandbox/HelperScripts.h"
 
 // The cleaners of the five browsers' data, working only through the file layer: the one dispatcher
@@ -24,4 +25,5 @@ private:
     CleanerServices m_services;
     HelperScripts m_scripts;
     CookieCleaner m_cookies;
+    StorageCleaner m_storage;
 };

@@ -35,6 +35,21 @@ const QList<Step>& steps()
         {Family::Chromium, "cookies", "Device Bound Sessions", {}},
         {Family::Chromium, "cookies", "MediaDeviceSalts", {}},
         {Family::Firefox, "cookies", "bounce-tracking-protection.sqlite", {}},
+        {Family::Chromium, "databases", "Session Storage", {}},
+        {Family::Chromium, "databases", "File System", {}},
+        {Family::Chromium, "databases", "blob_storage", {}},
+        {Family::Chromium, "databases", "WebStorage", {}},
+        {Family::Chromium, "databases", "SharedStorage", {}},
+        {Family::Chromium, "databases", "InterestGroups", {}},
+        {Family::Chromium, "databases", "BrowsingTopicsSiteData", {}},
+        {Family::Chromium, "databases", "Conversions", {}},
+        {Family::Chromium, "databases", "PrivateAggregation", {}},
+        {Family::Chromium, "databases", "AggregationService", {}},
+        {Family::Chromium, "databases", "KAnonymityService", {}},
+        {Family::Chromium, "databases", "Site Characteristics Database", {}},
+        {Family::Firefox, "databases", "storage/ls-archive.sqlite", {}},
+        {Family::Firefox, "databases", "storage.sqlite", {}},
+        {Family::Firefox, "databases", "serviceworker.txt", {}},
     };
     return table;
 }

@@ -70,4 +70,41 @@ void firefoxProfile(const TestHome& home, const QString& name)
     home.file(folder + QStringLiteral("/prefs.js"));
 }
 
+void siteDatabases(const TestHome& home, const QString& folder, const QStringList& origins)
+{
+    QStringList statements{QStringLiteral("CREATE TABLE Databases (origin TEXT, name TEXT)"),
+                           QStringLiteral("CREATE TABLE Origins (origin TEXT)")};
+    for (const QString& origin : origins) {
+        QString quoted = origin;
+        quoted.replace(QLatin1Char('\''), QStringLiteral("''"));
+        statements << QStringLiteral("INSERT INTO Databases VALUES ('%1', 'db')").arg(quoted)
+                   << QStringLiteral("INSERT INTO Origins VALUES ('%1')").arg(quoted);
+        home.file(folder + QLatin1Char('/') + origin + QStringLiteral("/0000000000000001.db"));
+    }
+    database(home, folder + QStringLiteral("/Databases.db"), statements);
+}
+
+void localStorageFiles(const TestHome& home, const QString& folder, const QStringList& names)
+{
+    for (const QString& name : names) {
+        home.file(folder + QLatin1Char('/') + name);
+        home.file(folder + QLatin1Char('/') + name + QStringLiteral("-journal"));
+    }
+}
+
+void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes)
+{
+    const QString folder = QLatin1String(kFirefoxProfiles) + QLatin1Char('/') + name;
+    QStringList statements{
+        QStringLiteral("CREATE TABLE webappsstore2 (originKey TEXT, scope TEXT, key TEXT)")};
+    for (QString scope : scopes)
+        statements << QStringLiteral("INSERT INTO webappsstore2 VALUES ('k', '%1', 'v')")
+                          .arg(scope.replace(QLatin1Char('\''), QStringLiteral("''")));
+    database(home, folder + QStringLiteral("/webappsstore.sqlite"), statements);
+    for (const char* kind : {"default", "temporary", "permanent"})
+        home.file(folder + QStringLiteral("/storage/") + QLatin1String(kind) +
+                  QStringLiteral("/https+++example.org/ls/data.sqlite"));
+    home.file(folder + QStringLiteral("/storage.sqlite"));
+}
+
 } // namespace BrowserFixtures

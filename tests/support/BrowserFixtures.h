@@ -27,4 +27,11 @@ void chromiumProfile(const TestHome& home, const QString& folder);
 // A Firefox profile with its cookies, permissions, saved logins and bookmarks database.
 void firefoxProfile(const TestHome& home, const QString& name);
 
+// Site storage in a folder: a "Databases.db" (tables Databases and, for Safari, Origins) listing the
+// origins, each with its folder; and local storage files (each with a "-journal") in `localStorage`.
+void siteDatabases(const TestHome& home, const QString& folder, const QStringList& origins);
+void localStorageFiles(const TestHome& home, const QString& folder, const QStringList& names);
+// A Firefox profile's "webappsstore.sqlite" with one row per scope, and its storage folders.
+void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes);
+
 } // namespace BrowserFixtures

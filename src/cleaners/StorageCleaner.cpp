@@ -1,0 +1,199 @@
+#include "cleaners/StorageCleaner.h"
+
+#include "cleaners/CurrentLayouts.h"
+#include "cleaners/Profiles.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/SystemLog.h"
+#include "sandbox/Sandbox.h"
+
+namespace {
+
+const QString kSafariDatabases = QStringLiteral("~/Library/Safari/Databases");
+const QString kSafariLocalStorage = QStringLiteral("~/Library/Safari/LocalStorage");
+const QString kLocalStorageSuffix = QStringLiteral(".localstorage");
+
+} // namespace
+
+StorageCleaner::StorageCleaner(const CleanerServices& services) : m_services(services) {}
+
+QStringList StorageCleaner::databaseArray(const QStringList& origins)
+{
+    QStringList kept;
+    for (const QString& origin : origins) {
+        if (!origin.startsWith(QLatin1String("chrome-extension_")) &&
+            !origin.startsWith(QLatin1String("safari-extension_")))
+            kept.append(origin);
+    }
+    return kept;
+}
+
+QStringList StorageCleaner::localStorageArray(const QStringList& names, const QString& browser)
+{
+    const QString spared = browser == BrowserCatalogue::safari ? QStringLiteral("safari-extension_")
+                           : BrowserCatalogue::chromiumDataRoot(browser).isEmpty()
+                               ? QString()
+                               : QStringLiteral("chrome-extension_");
+    QStringList kept;
+    for (const QString& name : names) {
+        if (name.endsWith(kLocalStorageSuffix) && (spared.isEmpty() || !name.startsWith(spared)))
+            kept.append(name);
+    }
+    return kept;
+}
+
+QStringList StorageCleaner::mozillaLocalStorage(const QStringList& scopes)
+{
+    QStringList sites;
+    for (const QString& scope : scopes) {
+        if (scope.contains(QLatin1String(".:")))
+            sites.append(scope);
+    }
+    return sites;
+}
+
+void StorageCleaner::removeNonFavLocalStorage(const QString& browser)
+{
+    if (browser == BrowserCatalogue::safari) {
+        safari();
+        return;
+    }
+    if (browser == BrowserCatalogue::firefox) {
+        firefox();
+        CurrentLayouts::supplement(m_services, browser, QStringLiteral("databases"));
+        return;
+    }
+    if (BrowserCatalogue::chromiumDataRoot(browser).isEmpty())
+        return;
+    for (const QString& profile : Profiles::chromiumFamily(m_services, browser))
+        chromiumProfile(profile, browser);
+    CurrentLayouts::supplement(m_services, browser, QStringLiteral("databases"));
+}
+
+void StorageCleaner::safari()
+{
+    Sandbox& sandbox = m_services.sandbox;
+    // Site databases: their folders first, then their rows.
+    const QString databases = kSafariDatabases + QStringLiteral("/Databases.db");
+    if (sandbox.fileExists(databases)) {
+        const QStringList origins = databaseArray(
+            column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases));
+        QStringList folders;
+        for (const QString& origin : origins) {
+            if (const auto folder = sandbox.childPath(kSafariDatabases, origin))
+                folders.append(*folder);
+        }
+        if (!folders.isEmpty()) {
+            sandbox.removeFiles(folders);
+            runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
+            runWithList(QStringLiteral("DELETE FROM Origins WHERE origin IN ('%@');"), origins, databases);
+            sandbox.runSql(QStringLiteral("VACUUM;"), databases);
+        }
+    }
+    // Local storage files, then their origins in the tracker.
+    QStringList files, origins;
+    for (const QString& name :
+         localStorageArray(sandbox.folderContentsOf(kSafariLocalStorage), BrowserCatalogue::safari)) {
+        if (const auto file = sandbox.childPath(kSafariLocalStorage, name)) {
+            files.append(*file);
+            origins.append(name.chopped(kLocalStorageSuffix.size()));
+        }
+    }
+    if (!files.isEmpty()) {
+        sandbox.removeFiles(files);
+        const QString tracker = kSafariLocalStorage + QStringLiteral("/StorageTracker.db");
+        if (sandbox.fileExists(tracker)) {
+            runWithList(QStringLiteral("DELETE FROM Origins WHERE origin IN ('%@');"), origins, tracker);
+            sandbox.runSql(QStringLiteral("VACUUM;"), tracker);
+        }
+    }
+    const QString indexedDB = kSafariDatabases + QStringLiteral("/___IndexedDB");
+    if (sandbox.fileExists(indexedDB))
+        sandbox.remove(indexedDB);
+}
+
+void StorageCleaner::chromiumProfile(const QString& folder, const QString& browser)
+{
+    Sandbox& sandbox = m_services.sandbox;
+    // Site databases: their rows first (even with no origin left to name), then their folders.
+    const QString databasesFolder = folder + QStringLiteral("/databases");
+    const QString databases = databasesFolder + QStringLiteral("/Databases.db");
+    if (sandbox.fileExists(databases)) {
+        const QStringList origins = databaseArray(
+            column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases));
+        runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
+        sandbox.runSql(QStringLiteral("VACUUM;"), databases);
+        QStringList folders;
+        for (const QString& origin : origins) {
+            if (const auto path = sandbox.childPath(databasesFolder, origin))
+                folders.append(*path);
+        }
+        if (!folders.isEmpty())
+            sandbox.removeFiles(folders);
+    }
+    const QString localStorage = folder + QStringLiteral("/Local Storage");
+    if (sandbox.fileExists(localStorage)) {
+        QStringList files;
+        for (const QString& name : localStorageArray(sandbox.folderContentsOf(localStorage), browser)) {
+            if (const auto file = sandbox.childPath(localStorage, name))
+                files << *file << *file + QStringLiteral("-journal");
+        }
+        if (!files.isEmpty())
+            sandbox.removeFiles(files);
+    }
+    const QString indexedDB = folder + QStringLiteral("/IndexedDB");
+    if (sandbox.fileExists(indexedDB))
+        sandbox.remove(indexedDB);
+}
+
+void StorageCleaner::firefox()
+{
+    Sandbox& sandbox = m_services.sandbox;
+    // Gathered across profiles, never emptied between them: a later profile's statement also names
+    // the earlier profiles' scopes, which only lengthens it.
+    QStringList scopes;
+    for (const QString& profile : Profiles::firefox(m_services)) {
+        if (sandbox.fileAttributes(profile).value(QStringLiteral("NSFileType")) !=
+            QLatin1String("NSFileTypeDirectory"))
+            continue;
+        const QString store = profile + QStringLiteral("/webappsstore.sqlite");
+        if (sandbox.fileExists(store)) {
+            scopes += column(QStringLiteral("SELECT * FROM webappsstore2;"), QStringLiteral("scope"), store);
+            runWithList(QStringLiteral("DELETE FROM webappsstore2 WHERE scope IN ('%@');"),
+                        mozillaLocalStorage(scopes), store);
+            sandbox.runSql(QStringLiteral("VACUUM;"), store);
+        }
+        for (const char* kind : {"default", "temporary", "permanent"}) {
+            const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
+            if (sandbox.fileExists(folder))
+                sandbox.remove(folder);
+        }
+    }
+}
+
+void StorageCleaner::runWithList(const QString& format, const QStringList& values, const QString& database)
+{
+    for (const QString& value : values) {
+        if (value.contains(QLatin1Char('\''))) {
+            m_services.log.log(
+                QStringLiteral("Corvella skipped a statement on %1: a value in it holds a quote")
+                    .arg(m_services.sandbox.nativePath(database).value_or(database)));
+            return;
+        }
+    }
+    QString sql = format;
+    sql.replace(QStringLiteral("%@"), values.join(QStringLiteral("','")));
+    m_services.sandbox.runSql(sql, database);
+}
+
+QStringList StorageCleaner::column(const QString& sql, const QString& name, const QString& database)
+{
+    QStringList values;
+    for (const QVariantMap& row :
+         m_services.sandbox.returnArrayFromSql(sql, database).value_or(QList<QVariantMap>())) {
+        const QVariant value = row.value(name);
+        // A row without a value names nothing.
+        if (value.isValid() && value.typeId() != QMetaType::Nullptr)
+            values.append(value.toString());
+    }
+    return values;
+}

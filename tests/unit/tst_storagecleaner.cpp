@@ -1,0 +1,223 @@
+#include "cleaners/StorageCleaner.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/SettingsKeys.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "sandbox/RemovalPreview.h"
+#include "sandbox/Sqlite.h"
+#include "support/BrowserFixtures.h"
+#include "support/TestHome.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+namespace F = BrowserFixtures;
+
+namespace {
+
+const QString kChrome = QLatin1String(F::kChromeRoot);
+const QString kOpera = QLatin1String(F::kOperaRoot);
+const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
+
+QStringList originsIn(const QString& database, const QString& table, const QString& column)
+{
+    QStringList values;
+    Sqlite db;
+    if (db.openExisting(database, true)) {
+        for (const QVariantMap& row :
+             db.executeQuery(u"SELECT "_s + column + u" AS v FROM "_s + table).value_or(QList<QVariantMap>()))
+            values.append(row.value(u"v"_s).toString());
+    }
+    return values;
+}
+
+struct Lines final : RemovalPreview
+{
+    void record(const QString& action, const QString& path, qint64, const QString& detail) override
+    {
+        lines.append(QString(action + u' ' + path.section(u'/', -1) + u' ' + detail).trimmed());
+    }
+    QStringList lines;
+};
+
+struct StorageHome
+{
+    StorageHome() { home.t.defaults.setBool(false, SettingsKeys::cleanCurrentLayouts); }
+    void clean(const QString& browser, RemovalPreview* preview = nullptr)
+    {
+        Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, preview});
+        BrowserCatalogue catalogue(workspace, home.t.defaults, sandbox);
+        StorageCleaner({sandbox, catalogue, home.t.defaults, home.t.log}).removeNonFavLocalStorage(browser);
+    }
+    TestHome home;
+    FakeWorkspace workspace;
+};
+
+} // namespace
+
+class TestStorageCleaner : public QObject
+{
+    Q_OBJECT
+private slots:
+    void filters_data();
+    void filters();
+    void sitesGoExtensionsStay_data();
+    void sitesGoExtensionsStay();
+    void statementOrders_data();
+    void statementOrders();
+    void firefoxScopesAndProfiles();
+};
+
+void TestStorageCleaner::filters_data()
+{
+    QTest::addColumn<QString>("filter");
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QStringList>("input");
+    QTest::addColumn<QStringList>("output");
+    QTest::newRow("databases: all but extensions, order and duplicates kept")
+        << u"databases"_s << QString()
+        << QStringList{u"https_a.org_0"_s, u"chrome-extension_x_0"_s, u"file__0"_s, u"safari-extension_y"_s,
+                       u"https_a.org_0"_s}
+        << QStringList{u"https_a.org_0"_s, u"file__0"_s, u"https_a.org_0"_s};
+    QTest::newRow("local storage, Safari")
+        << u"local"_s << u"Safari"_s
+        << QStringList{u"https_a.org_0.localstorage"_s, u"safari-extension_x.localstorage"_s,
+                       u"chrome-extension_y.localstorage"_s, u"leveldb"_s, u"http_b.localstorage-journal"_s}
+        << QStringList{u"https_a.org_0.localstorage"_s, u"chrome-extension_y.localstorage"_s};
+    QTest::newRow("local storage, Opera")
+        << u"local"_s << u"Opera"_s
+        << QStringList{u"httpnounderscore.localstorage"_s, u"chrome-extension_y.localstorage"_s,
+                       u"safari-extension_x.localstorage"_s}
+        << QStringList{u"httpnounderscore.localstorage"_s, u"safari-extension_x.localstorage"_s};
+    QTest::newRow("Firefox scopes") << u"mozilla"_s << QString()
+                                    << QStringList{u"gro.elpmaxe.:https:443"_s, u"moz-safe-about+home"_s,
+                                                   u""_s}
+                                    << QStringList{u"gro.elpmaxe.:https:443"_s};
+}
+
+void TestStorageCleaner::filters()
+{
+    QFETCH(QString, filter);
+    QFETCH(QString, browser);
+    QFETCH(QStringList, input);
+    QFETCH(QStringList, output);
+    const QStringList result = filter == u"databases"_s ? StorageCleaner::databaseArray(input)
+                               : filter == u"local"_s   ? StorageCleaner::localStorageArray(input, browser)
+                                                        : StorageCleaner::mozillaLocalStorage(input);
+    QCOMPARE(result, output);
+}
+
+void TestStorageCleaner::sitesGoExtensionsStay_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("databases");    // the folder of Databases.db
+    QTest::addColumn<QString>("localStorage"); // its local storage folder
+    QTest::addColumn<QString>("indexedDB");
+    QTest::newRow("Safari") << u"Safari"_s << u"Library/Safari/Databases"_s
+                            << u"Library/Safari/LocalStorage"_s << u"Library/Safari/Databases/___IndexedDB"_s;
+    QTest::newRow("Google Chrome") << u"Google Chrome"_s << kChrome + u"/Default/databases"_s
+                                   << kChrome + u"/Default/Local Storage"_s
+                                   << kChrome + u"/Default/IndexedDB"_s;
+    QTest::newRow("Opera, at its root")
+        << u"Opera"_s << kOpera + u"/databases"_s << kOpera + u"/Local Storage"_s << kOpera + u"/IndexedDB"_s;
+}
+
+void TestStorageCleaner::sitesGoExtensionsStay()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, databases);
+    QFETCH(QString, localStorage);
+    QFETCH(QString, indexedDB);
+    StorageHome h;
+    F::localState(h.home, kChrome, {u"Default"_s});
+    const QString extension =
+        browser == u"Safari"_s ? u"safari-extension_com.x_0"_s : u"chrome-extension_abc_0"_s;
+    F::siteDatabases(h.home, databases, {u"https_a.org_0"_s, extension, u"http_b.org_0"_s});
+    F::localStorageFiles(h.home, localStorage,
+                         {u"https_a.org_0.localstorage"_s, extension + u".localstorage"_s});
+    h.home.file(localStorage + u"/leveldb/000003.log"_s);
+    h.home.file(indexedDB + u"/https_a.org_0.indexeddb.leveldb/LOG"_s);
+    h.clean(browser);
+
+    for (const QString& gone :
+         QStringList{databases + u"/https_a.org_0"_s, databases + u"/http_b.org_0"_s,
+                     localStorage + u"/https_a.org_0.localstorage"_s,
+                     localStorage + u"/https_a.org_0.localstorage-journal"_s, indexedDB})
+        QVERIFY2(!h.home.exists(gone), qPrintable(gone));
+    for (const QString& kept :
+         QStringList{databases + u'/' + extension, localStorage + u'/' + extension + u".localstorage"_s,
+                     localStorage + u"/leveldb/000003.log"_s})
+        QVERIFY2(h.home.exists(kept), qPrintable(kept));
+    QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
+             QStringList{extension});
+}
+
+void TestStorageCleaner::statementOrders_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("databases");
+    QTest::addColumn<QStringList>("origins");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("Safari: folders, then rows")
+        << u"Safari"_s << u"Library/Safari/Databases"_s << QStringList{u"https_a_0"_s}
+        << QStringList{u"remove https_a_0"_s,
+                       u"change Databases.db DELETE FROM Databases WHERE origin IN ('https_a_0');"_s,
+                       u"change Databases.db DELETE FROM Origins WHERE origin IN ('https_a_0');"_s,
+                       u"change Databases.db VACUUM;"_s};
+    QTest::newRow("Safari, nothing but extensions: no statement")
+        << u"Safari"_s << u"Library/Safari/Databases"_s << QStringList{u"safari-extension_x"_s}
+        << QStringList{};
+    QTest::newRow("Chromium family: rows, then folders")
+        << u"Opera"_s << kOpera + u"/databases"_s << QStringList{u"https_a_0"_s, u"https_b_0"_s}
+        << QStringList{
+               u"change Databases.db DELETE FROM Databases WHERE origin IN ('https_a_0','https_b_0');"_s,
+               u"change Databases.db VACUUM;"_s, u"remove https_a_0"_s, u"remove https_b_0"_s};
+    QTest::newRow("Chromium family, empty list: the statements still run")
+        << u"Opera"_s << kOpera + u"/databases"_s << QStringList{}
+        << QStringList{u"change Databases.db DELETE FROM Databases WHERE origin IN ('');"_s,
+                       u"change Databases.db VACUUM;"_s};
+}
+
+void TestStorageCleaner::statementOrders()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, databases);
+    QFETCH(QStringList, origins);
+    QFETCH(QStringList, lines);
+    StorageHome h;
+    F::siteDatabases(h.home, databases, origins);
+    Lines preview;
+    h.clean(browser, &preview);
+    QCOMPARE(preview.lines, lines);
+}
+
+void TestStorageCleaner::firefoxScopesAndProfiles()
+{
+    StorageHome h;
+    h.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    F::firefoxProfile(h.home, u"a.default"_s);
+    F::firefoxProfile(h.home, u"b.work"_s);
+    F::firefoxStorage(h.home, u"a.default"_s, {u"gro.a.:https:443"_s, u"moz-safe-about+home"_s});
+    F::firefoxStorage(h.home, u"b.work"_s, {u"gro.b.:http:80"_s, u"gro.'x.:http:80"_s});
+    h.home.file(kFirefox + u"/profiles.ini"_s);
+    Lines preview;
+    h.clean(u"Firefox"_s, &preview);
+    // The second profile's statement names the first's scopes too; a quoted scope skips it.
+    QVERIFY(preview.lines.contains(
+        u"change webappsstore.sqlite DELETE FROM webappsstore2 WHERE scope IN ('gro.a.:https:443');"_s));
+    QVERIFY(h.home.t.log.lines().filter(u"holds a quote"_s).size() == 1);
+
+    h.clean(u"Firefox"_s);
+    QCOMPARE(originsIn(h.home.path(kFirefox + u"/a.default/webappsstore.sqlite"_s), u"webappsstore2"_s,
+                       u"scope"_s),
+             QStringList{u"moz-safe-about+home"_s});
+    for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
+        for (const QString& gone : QStringList{u"/storage/default"_s, u"/storage/temporary"_s,
+                                               u"/storage/permanent"_s, u"/storage.sqlite"_s})
+            QVERIFY2(!h.home.exists(kFirefox + u'/' + profile + gone), qPrintable(profile + gone));
+        QVERIFY(h.home.exists(kFirefox + u'/' + profile + u"/places.sqlite"_s));
+    }
+    QVERIFY(h.home.exists(kFirefox + u"/profiles.ini"_s));
+}
+
+QTEST_GUILESS_MAIN(TestStorageCleaner)
+#include "tst_storagecleaner.moc"
