@@ -14,14 +14,30 @@ enum class Family
     Firefox,
 };
 
-// One row: below each profile folder, remove a path, or run statements on a database there.
+// One row: below each profile folder, remove a path, run statements on a database there, or delete
+// the sites' keys from a LevelDB store there.
 struct Step
 {
     Family family;
     const char* category;
     const char* path;
-    QStringList sql; // empty: remove the path
+    QStringList sql = {}; // empty: remove the path (unless siteKeys)
+    bool siteKeys = false;
 };
+
+// Chromium's local storage keys name their origin: "_<origin>\0<key>", "META:<origin>",
+// "METAACCESS:<origin>"; "VERSION" names none. The sites' keys go, the extensions' stay.
+bool isSiteKey(const QByteArray& key)
+{
+    QByteArray origin;
+    if (key.startsWith('_'))
+        origin = key.mid(1, key.indexOf('\0') < 0 ? -1 : key.indexOf('\0') - 1);
+    else if (key.startsWith("META:"))
+        origin = key.mid(5);
+    else if (key.startsWith("METAACCESS:"))
+        origin = key.mid(11);
+    return !origin.isEmpty() && !origin.startsWith("chrome-extension://");
+}
 
 const QList<Step>& steps()
 {
@@ -35,6 +51,7 @@ const QList<Step>& steps()
         {Family::Chromium, "cookies", "Device Bound Sessions", {}},
         {Family::Chromium, "cookies", "MediaDeviceSalts", {}},
         {Family::Firefox, "cookies", "bounce-tracking-protection.sqlite", {}},
+        {Family::Chromium, "databases", "Local Storage/leveldb", {}, true},
         {Family::Chromium, "databases", "Session Storage", {}},
         {Family::Chromium, "databases", "File System", {}},
         {Family::Chromium, "databases", "blob_storage", {}},
@@ -71,6 +88,10 @@ void supplement(const CleanerServices& services, const QString& browser, const Q
             if (step.family != family || category != QLatin1String(step.category))
                 continue;
             const QString path = profile + QLatin1Char('/') + QLatin1String(step.path);
+            if (step.siteKeys) {
+                services.sandbox.removeLevelDbKeys(path, isSiteKey);
+                continue;
+            }
             if (step.sql.isEmpty()) {
                 services.sandbox.remove(path);
                 continue;

@@ -6,6 +6,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/LevelDbStore.h"
 #include "sandbox/ProblemReport.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/SecureDelete.h"
@@ -511,6 +512,27 @@ void Sandbox::createDirectory(const QString& path)
         if (!made || m_services.preview)
             return;
     }
+}
+
+void Sandbox::removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter)
+{
+    if (folder.isEmpty())
+        return;
+    envelope(
+        folder, Effect::Writes,
+        [&](const QString& native) {
+            if (!QFileInfo(native).isDir())
+                return;
+            QString error;
+            const std::optional<int> count =
+                LevelDbStore::removeKeys(native, filter, m_services.preview, &error);
+            if (!count)
+                problem(QStringLiteral("Corvella left %1 as it was: %2").arg(native, error));
+            else if (m_services.preview && *count > 0)
+                m_services.preview->record(QStringLiteral("change"), native, sizeBelow(native),
+                                           QStringLiteral("%1 keys").arg(*count));
+        },
+        kSandboxDenial);
 }
 
 std::optional<QString> Sandbox::nativePath(const QString& path) const

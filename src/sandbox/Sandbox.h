@@ -69,6 +69,10 @@ public:
     // The preview this file layer reports to instead of acting; null for a real run.
     RemovalPreview* preview() const { return m_services.preview; }
 
+    // Deletes the keys the filter chooses from the LevelDB store in the folder, in one batch; a store
+    // that cannot be opened (a running browser holds it) is left as it is, and logged.
+    void removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter);
+
     // Runs the first statement of the text on the database, if it exists; never creates one.
     void runSql(const QString& sql, const QString& onfile);
     // The rows; empty when the database is missing, the statement fails or access is refused;

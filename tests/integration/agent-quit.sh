@@ -44,6 +44,8 @@ cat > "$work/scenario.sh" <<'SCENARIO'
 work=$1
 stamp() { while IFS= read -r line; do echo "$(date +%s%3N) $line"; done; }
 "$work/fake-notification-server" > "$work/notifications.log" 2>/dev/null &
+server=$!
+trap 'kill $server 2>/dev/null' EXIT
 sleep 0.5
 "$work/corvella-clean" --allow-home-access --list > "$work/list.log" 2>&1
 "$work/corvella" 2>&1 | stamp > "$work/agent.log" &

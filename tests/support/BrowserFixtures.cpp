@@ -4,7 +4,12 @@
 #include "support/TestHome.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <leveldb/db.h>
+
+#include <memory>
 
 namespace BrowserFixtures {
 
@@ -90,6 +95,32 @@ void localStorageFiles(const TestHome& home, const QString& folder, const QStrin
         home.file(folder + QLatin1Char('/') + name);
         home.file(folder + QLatin1Char('/') + name + QStringLiteral("-journal"));
     }
+}
+
+void levelDb(const TestHome& home, const QString& folder, const QList<QByteArray>& keys)
+{
+    QDir().mkpath(home.path(folder));
+    leveldb::Options options;
+    options.create_if_missing = true;
+    leveldb::DB* raw = nullptr;
+    if (!leveldb::DB::Open(options, QFile::encodeName(home.path(folder)).toStdString(), &raw).ok())
+        return;
+    const std::unique_ptr<leveldb::DB> db(raw);
+    for (const QByteArray& key : keys)
+        db->Put(leveldb::WriteOptions(), leveldb::Slice(key.constData(), size_t(key.size())), "value");
+}
+
+QList<QByteArray> levelDbKeys(const QString& folder)
+{
+    QList<QByteArray> keys;
+    leveldb::DB* raw = nullptr;
+    if (!leveldb::DB::Open(leveldb::Options(), QFile::encodeName(folder).toStdString(), &raw).ok())
+        return keys;
+    const std::unique_ptr<leveldb::DB> db(raw);
+    const std::unique_ptr<leveldb::Iterator> it(db->NewIterator(leveldb::ReadOptions()));
+    for (it->SeekToFirst(); it->Valid(); it->Next())
+        keys.append(QByteArray(it->key().data(), qsizetype(it->key().size())));
+    return keys;
 }
 
 void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes)

@@ -31,6 +31,9 @@ void firefoxProfile(const TestHome& home, const QString& name);
 // origins, each with its folder; and local storage files (each with a "-journal") in `localStorage`.
 void siteDatabases(const TestHome& home, const QString& folder, const QStringList& origins);
 void localStorageFiles(const TestHome& home, const QString& folder, const QStringList& names);
+// A LevelDB store (Chromium's "Local Storage/leveldb") holding the keys, each with a value; and its keys.
+void levelDb(const TestHome& home, const QString& folder, const QList<QByteArray>& keys);
+QList<QByteArray> levelDbKeys(const QString& folder);
 // A Firefox profile's "webappsstore.sqlite" with one row per scope, and its storage folders.
 void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes);
 

@@ -7,7 +7,10 @@
 #include "support/BrowserFixtures.h"
 #include "support/TestHome.h"
 
+#include <QFile>
 #include <QTest>
+
+#include <leveldb/db.h>
 
 using namespace Qt::StringLiterals;
 namespace F = BrowserFixtures;
@@ -65,6 +68,7 @@ private slots:
     void statementOrders_data();
     void statementOrders();
     void firefoxScopesAndProfiles();
+    void chromiumLocalStorageKeepsOnlyExtensionKeys();
 };
 
 void TestStorageCleaner::filters_data()
@@ -217,6 +221,34 @@ void TestStorageCleaner::firefoxScopesAndProfiles()
         QVERIFY(h.home.exists(kFirefox + u'/' + profile + u"/places.sqlite"_s));
     }
     QVERIFY(h.home.exists(kFirefox + u"/profiles.ini"_s));
+}
+
+void TestStorageCleaner::chromiumLocalStorageKeepsOnlyExtensionKeys()
+{
+    StorageHome h;
+    h.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    const QString store = kOpera + u"/Local Storage/leveldb"_s;
+    const QList<QByteArray> extension{QByteArray("META:chrome-extension://abc"),
+                                      QByteArray("_chrome-extension://abc\0\x01key", 28)};
+    F::levelDb(h.home, store,
+               extension + QList<QByteArray>{"VERSION", "META:https://clinic.example",
+                                             "METAACCESS:https://clinic.example",
+                                             QByteArray("_https://clinic.example\0\x01visits", 31)});
+    // While the browser holds the store, it is left as it is.
+    {
+        leveldb::DB* held = nullptr;
+        QVERIFY(
+            leveldb::DB::Open(leveldb::Options(), QFile::encodeName(h.home.path(store)).toStdString(), &held)
+                .ok());
+        h.clean(u"Opera"_s);
+        delete held;
+        QCOMPARE(F::levelDbKeys(h.home.path(store)).size(), 6);
+        QCOMPARE(h.home.t.log.lines().filter(u"left "_s).size(), 1);
+    }
+    h.clean(u"Opera"_s);
+    QList<QByteArray> expected = extension + QList<QByteArray>{"VERSION"};
+    std::sort(expected.begin(), expected.end());
+    QCOMPARE(F::levelDbKeys(h.home.path(store)), expected);
 }
 
 QTEST_GUILESS_MAIN(TestStorageCleaner)
