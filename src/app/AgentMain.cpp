@@ -16,6 +16,7 @@
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 #include "platform/linux/UnixSignalWatcher.h"
+#include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 
 #include <QApplication>
@@ -88,13 +89,17 @@ int main(int argc, char* argv[])
     FreedesktopNotificationCenter notifications(log);
     BrowserCatalogue catalogue(workspace, defaults, sandbox);
     BrowserCleaners cleaners({sandbox, catalogue, defaults, log});
+    HelperScripts scripts(sandbox, log);
     AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-                          cleaners, RunLock::pathForHome(home)});
+                          cleaners, scripts, RunLock::pathForHome(home)});
 
     UnixSignalWatcher unixSignals({SIGTERM, SIGINT, SIGHUP});
     QObject::connect(&unixSignals, &UnixSignalWatcher::signalReceived, &app, [] { QApplication::quit(); });
     QObject::connect(&instance, &SingleInstance::requestReceived, &delegate,
-                     [&delegate](const QByteArray&) { emit delegate.windowRequested(); });
+                     [&delegate](const QByteArray& request) {
+                         if (!delegate.handleURLEvent(QString::fromUtf8(request)))
+                             emit delegate.windowRequested();
+                     });
 
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
@@ -103,6 +108,9 @@ int main(int argc, char* argv[])
     std::fprintf(stderr, "corvella: running; %s. Settings: %s\n", qPrintable(protectionSummary(defaults)),
                  qPrintable(settingsFile));
 
+    // Started by the desktop to open a URL, with no agent running yet.
+    if (arguments.size() > 1)
+        delegate.handleURLEvent(arguments.at(1));
     const int status = QApplication::exec();
     delegate.applicationWillTerminate();
     return status;

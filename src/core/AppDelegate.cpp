@@ -13,6 +13,7 @@
 #include "platform/Workspace.h"
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
+#include "sandbox/HelperScripts.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -66,6 +67,7 @@ void AppDelegate::applicationDidFinishLaunching()
     emit infoLabelNeedsUpdate();
     updateBrowserContentArray();
     firstRunCheck();
+    installScriptsForSafari();
     checkEnabledBrowsers();
     if (!(m_openedFromLogin && m_defaults.boolForKey(SettingsKeys::hideOnLaunch)))
         emit windowRequested();
@@ -165,6 +167,8 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
         checkRunStatus();
     if (keyPath.startsWith(AppSandboxFileAccessPersist::keyPrefix))
         grantsChanged();
+    if (keyPath == SettingsKeys::enabledBrowsers)
+        installScriptsForSafari();
 }
 
 // Access granted while the agent runs (from corvella-clean, say): finish the start-up steps that
@@ -318,6 +322,21 @@ void AppDelegate::tellAccessIsMissing(const QString& browser)
         tr("Corvella has no access to your home folder, so nothing was removed from %1. Grant it once "
            "with \"corvella-clean --allow-home-access --list\".")
             .arg(browser));
+}
+
+void AppDelegate::installScriptsForSafari()
+{
+    if (m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(BrowserCatalogue::safariID))
+        m_services.scripts.installAll();
+}
+
+bool AppDelegate::handleURLEvent(const QString& url)
+{
+    if (url.toLower() != QLatin1String("com.tovanex.corvella.scripts://openscriptsfolder"))
+        return false;
+    if (const std::optional<QString> folder = m_services.scripts.folder())
+        m_services.workspace.activateFileViewerSelectingURLs({QUrl::fromLocalFile(*folder)});
+    return true;
 }
 
 void AppDelegate::displayNotificationWithTitle(const QString& title, const QString& andText)

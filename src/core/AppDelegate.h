@@ -11,6 +11,7 @@
 class BrowserCatalogue;
 class Cleaners;
 class FolderWatch;
+class HelperScripts;
 class OpenPanel;
 class RemovalQueue;
 class SecurityScopedBookmarks;
@@ -31,6 +32,7 @@ struct AppServices
     OpenPanel& panel;
     BrowserCatalogue& catalogue;
     Cleaners& cleaners;
+    HelperScripts& scripts;
     // The lock shared with corvella-clean; empty: none.
     QString runLockPath;
 };
@@ -91,6 +93,11 @@ public:
     // Queues one removal run of the browser and returns at once.
     void clearData(const QString& browser, bool andNotify);
     void displayNotificationWithTitle(const QString& title, const QString& andText);
+    // Installs the helper scripts while Safari is activated (each only when missing).
+    void installScriptsForSafari();
+    // A URL handed over by the desktop: "com.tovanex.corvella.scripts://openscriptsfolder" (in any
+    // case) shows the scripts folder; false for any other text.
+    bool handleURLEvent(const QString& url);
     // Recomputes the tiles and everything that follows the activated browsers.
     void updateBrowserContentArray();
 

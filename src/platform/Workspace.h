@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QUrl>
 #include <QVariantMap>
 
 #include <optional>
@@ -30,6 +31,8 @@ public:
     absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier) = 0;
     // Safe from any thread.
     virtual QList<RunningApplication> runningApplications() = 0;
+    // Shows the items in the desktop's file manager, selected.
+    virtual void activateFileViewerSelectingURLs(const QList<QUrl>& urls) = 0;
 
 signals:
     // An application quit; the user info carries its name and bundle identifier.

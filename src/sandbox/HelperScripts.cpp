@@ -42,6 +42,14 @@ bool HelperScripts::checkForScriptInFolder(const QString& name)
     return m_sandbox.fileExists(*script) || m_sandbox.preview();
 }
 
+std::optional<QString> HelperScripts::folder()
+{
+    m_sandbox.createDirectory(scriptsFolder);
+    if (!m_sandbox.fileIsDirectory(scriptsFolder))
+        return std::nullopt;
+    return m_sandbox.nativePath(scriptsFolder);
+}
+
 void HelperScripts::installAll()
 {
     for (const QString& name : {clearCookies, clearSafariHistory, clearSafariCache})

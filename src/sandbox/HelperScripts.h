@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 class Sandbox;
 class SystemLog;
 
@@ -26,6 +28,8 @@ public:
     // True when the script is in the scripts folder, or was installed there now. An unknown name gets
     // the cookie script.
     bool checkForScriptInFolder(const QString& name);
+    // The scripts folder on this system, made when missing; no value without access.
+    std::optional<QString> folder();
     // The three scripts, cookies first.
     void installAll();
     // Installs the script if needed and runs it without arguments; true when it ran to its end

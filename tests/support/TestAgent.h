@@ -7,6 +7,7 @@
 #include "platform/fake/RecordingNotificationCenter.h"
 #include "platform/fake/ScriptedOpenPanel.h"
 #include "platform/linux/InodeBookmarks.h"
+#include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 #include "support/RecordingCleaners.h"
 #include "support/TestDefaults.h"
@@ -16,8 +17,8 @@ struct TestAgent
 {
     explicit TestAgent(TestDefaults& t, const QString& runLockPath = QString())
         : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
-          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-               cleaners, runLockPath})
+          scripts(sandbox, t.log), app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks,
+                                        panel, catalogue, cleaners, scripts, runLockPath})
     {}
 
     InodeBookmarks bookmarks;
@@ -28,5 +29,6 @@ struct TestAgent
     RecordingNotificationCenter notifications;
     BrowserCatalogue catalogue;
     RecordingCleaners cleaners;
+    HelperScripts scripts;
     AppDelegate app;
 };

@@ -22,6 +22,9 @@ public:
         return m_running;
     }
 
+    void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override { revealed += urls; }
+    QList<QUrl> revealed;
+
     void setInstalled(const QStringList& bundleIdentifiers)
     {
         QMutexLocker lock(&m_mutex);

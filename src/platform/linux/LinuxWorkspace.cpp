@@ -3,8 +3,11 @@
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/ProcessWatcher.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
 
 namespace {
 
@@ -86,4 +89,22 @@ std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(co
 QList<RunningApplication> LinuxWorkspace::runningApplications()
 {
     return ProcessWatcher::lookNow();
+}
+
+void LinuxWorkspace::activateFileViewerSelectingURLs(const QList<QUrl>& urls)
+{
+    if (urls.isEmpty())
+        return;
+    QStringList uris;
+    for (const QUrl& url : urls)
+        uris.append(url.toString(QUrl::FullyEncoded));
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    call << uris << QString();
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 3000);
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return;
+    const QString folder = QFileInfo(urls.first().toLocalFile()).absolutePath();
+    QProcess::startDetached(QStringLiteral("xdg-open"), {folder});
 }

@@ -27,6 +27,9 @@ public:
 
     std::optional<QString> absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier) override;
     QList<RunningApplication> runningApplications() override;
+    // Through the file manager's D-Bus interface (org.freedesktop.FileManager1); without one, the
+    // items' folder is opened with the desktop's default handler.
+    void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override;
 
 private:
     WorkspaceLocations m_locations;
