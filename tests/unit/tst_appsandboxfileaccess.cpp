@@ -16,7 +16,6 @@ class TestAppSandboxFileAccess : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void recordKeysAreFileUrls();
     void aFolderGrantServesEveryPathBelowIt();
     void theNearestRecordedAncestorWins();
     void aGrantOfTheRootFolderCoversEverything();
@@ -29,7 +28,6 @@ private slots:
     void aRecordOfAVanishedFolderAsksAgain();
     void aHomeLinkPointedAtAMigratedCopyIsRenewed();
     void thePanelRunsOnTheMainThreadForAWorker();
-    void missingArgumentsAreProgrammingErrors();
 
 private:
     AppSandboxFileAccess access()
@@ -69,19 +67,6 @@ void TestAppSandboxFileAccess::init()
     QVERIFY(m_home->isValid());
     m_t = std::make_unique<TestDefaults>();
     m_panel = ScriptedOpenPanel();
-}
-
-void TestAppSandboxFileAccess::recordKeysAreFileUrls()
-{
-    QVERIFY(QDir(home()).mkpath(QStringLiteral("Application Support")));
-    const QString folder = home() + QStringLiteral("/Application Support");
-    // Without an open access, recording would stand in for the user's consent.
-    QVERIFY(!access().persistPermissionPath(folder));
-    QVERIFY(recordGrant(folder));
-    QVERIFY(m_t->defaults.dataForKey(QStringLiteral("bd_file://") + home() +
-                                     QStringLiteral("/Application%20Support/")));
-    // Nothing exists: nothing to prove, nothing stored.
-    QVERIFY(!recordGrant(home() + QStringLiteral("/missing")));
 }
 
 void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
@@ -246,30 +231,6 @@ void TestAppSandboxFileAccess::thePanelRunsOnTheMainThreadForAWorker()
     QTRY_VERIFY_WITH_TIMEOUT(worker->isFinished(), 10000);
     QVERIFY(granted);
     QCOMPARE(m_panel.threads, QList<QThread*>{QThread::currentThread()});
-}
-
-void TestAppSandboxFileAccess::missingArgumentsAreProgrammingErrors()
-{
-    auto message = [](auto&& call) -> QString {
-        try {
-            call();
-        } catch (const std::invalid_argument& e) {
-            return QString::fromUtf8(e.what());
-        }
-        return {};
-    };
-    QCOMPARE(message([&] { access().accessFilePath(QString(), true, [] {}); }),
-             QStringLiteral("Invalid parameter not satisfying: path"));
-    QCOMPARE(message([&] { access().accessFileURL(QUrl(), true, [] {}); }),
-             QStringLiteral("Invalid parameter not satisfying: fileURL"));
-    QCOMPARE(message([&] { access().accessFileURL(QUrl::fromLocalFile(home()), true, {}); }),
-             QStringLiteral("Invalid parameter not satisfying: block"));
-    QCOMPARE(message([&] { access().requestAccessPermissionsForFilePath(QString(), true, {}); }),
-             QStringLiteral("Invalid parameter not satisfying: filePath"));
-    QCOMPARE(message([&] { access().askPermissionForURL(QUrl()); }),
-             QStringLiteral("Invalid parameter not satisfying: url"));
-    QCOMPARE(message([&] { AppSandboxFileAccessOpenSavePanelDelegate delegate{QUrl()}; }),
-             QStringLiteral("Invalid parameter not satisfying: fileURL"));
 }
 
 QTEST_GUILESS_MAIN(TestAppSandboxFileAccess)

@@ -17,10 +17,7 @@ class TestBrowserCatalogue : public QObject
 private slots:
     void recognisesQuittingBrowsers_data();
     void recognisesQuittingBrowsers();
-    void identifiersByPrefix_data();
-    void identifiersByPrefix();
     void enabledOnlyForExactKeys();
-    void detectionAndTileOrders();
     void browsersChangedDropsUninstalledBrowsersForGood();
     void userProfilesFromLocalState_data();
     void userProfilesFromLocalState();
@@ -65,24 +62,6 @@ void TestBrowserCatalogue::recognisesQuittingBrowsers()
     QCOMPARE(Catalogue::browserForTerminatedApplication(userInfo).value_or(QString()), browser);
 }
 
-void TestBrowserCatalogue::identifiersByPrefix_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("id");
-    QTest::newRow("key") << u"Firefox"_s << u"org.mozilla.firefox"_s;
-    QTest::newRow("disabled tile") << u"Opera-disabled"_s << u"com.operasoftware.Opera"_s;
-    QTest::newRow("Chrome tile") << u"Google Chrome-disabled"_s << u"com.google.Chrome"_s;
-    QTest::newRow("unknown") << u"Netscape"_s << u""_s;
-    QTest::newRow("prefix only at the start") << u"My Safari"_s << u""_s;
-}
-
-void TestBrowserCatalogue::identifiersByPrefix()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, id);
-    QCOMPARE(Catalogue::browserIDFor(name), id);
-}
-
 void TestBrowserCatalogue::enabledOnlyForExactKeys()
 {
     TestHome home;
@@ -94,22 +73,6 @@ void TestBrowserCatalogue::enabledOnlyForExactKeys()
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Safari-disabled")));
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Firefox")));
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Operaa")));
-}
-
-void TestBrowserCatalogue::detectionAndTileOrders()
-{
-    TestHome home;
-    FakeWorkspace workspace;
-    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    workspace.setInstalled(
-        {Catalogue::operaID, Catalogue::firefoxID, Catalogue::chromiumID, Catalogue::safariID});
-    QCOMPARE(catalogue.checkForInstalledBrowsers(), QStringList({Catalogue::safariID, Catalogue::chromiumID,
-                                                                 Catalogue::firefoxID, Catalogue::operaID}));
-    enable(home, {Catalogue::chromiumID, Catalogue::googleChromeID});
-    // Tile order; Chrome is activated but not installed, so it has no tile.
-    QCOMPARE(catalogue.browserContentArray(),
-             QStringList({QStringLiteral("Safari-disabled"), QStringLiteral("Firefox-disabled"),
-                          QStringLiteral("Chromium"), QStringLiteral("Opera-disabled")}));
 }
 
 void TestBrowserCatalogue::browsersChangedDropsUninstalledBrowsersForGood()

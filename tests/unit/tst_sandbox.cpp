@@ -32,7 +32,6 @@ class TestSandbox : public QObject
     Q_OBJECT
 private slots:
     void aPreviewReportsAndChangesNothing();
-    void emptyPathsGiveEmptyResults();
     void refusedAccessGivesEmptyResultsAndALogLine();
     void theHomeGrantIsAskedForOnceOnTheMainThread();
     void missingFilesGiveNoValue();
@@ -61,26 +60,6 @@ private slots:
     void linuxLayoutMapsReferencePaths_data();
     void linuxLayoutMapsReferencePaths();
 };
-
-void TestSandbox::emptyPathsGiveEmptyResults()
-{
-    TestHome home;
-    Sandbox& s = home.sandbox;
-    QCOMPARE(s.contentsOf(QString()), QString(QLatin1String("")));
-    QVERIFY(s.contentsOf(QString()).has_value());
-    QVERIFY(s.folderContentsOf(QString()).isEmpty());
-    QVERIFY(!s.fileExists(QString()));
-    QVERIFY(!s.fileIsDirectory(QString()));
-    QVERIFY(s.fileAttributes(QString()).isEmpty());
-    QVERIFY(s.dictionaryWithContentsOfFile(QString()).isEmpty());
-    QCOMPARE(s.dataWithContentsOfFile(QString()), QByteArray());
-    QVERIFY(!s.returnArrayFromSql(QStringLiteral("SELECT 1"), QString()));
-    s.remove(QString());
-    s.removeFiles({});
-    s.removeRecursiveSubFilesFor(QString());
-    s.write(QVariantMap(), QString());
-    QVERIFY(home.t.log.lines().isEmpty());
-}
 
 void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
 {

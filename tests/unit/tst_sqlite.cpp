@@ -14,7 +14,6 @@ class TestSqlite : public QObject
 private slots:
     void init();
     void rowsCarryValuesByStorageClass();
-    void theLaterOfTwoSameNamedColumnsWins();
     void argumentsBindByKind();
     void tooFewArgumentsIsAProgrammingError();
     void onlyTheFirstStatementRuns();
@@ -64,14 +63,6 @@ void TestSqlite::rowsCarryValuesByStorageClass()
     QVERIFY(first.contains(QStringLiteral("note")));
     QVERIFY(Sqlite::isNull(first.value(QStringLiteral("note"))));
     QCOMPARE(rows->at(1).value(QStringLiteral("id")), QVariant(QStringLiteral("2")));
-}
-
-void TestSqlite::theLaterOfTwoSameNamedColumnsWins()
-{
-    const auto rows = m_home->sandbox.returnArrayFromSql(
-        QStringLiteral("SELECT host AS x, id AS x FROM cookies WHERE id = 42"), m_db);
-    QCOMPARE(rows->size(), 1);
-    QCOMPARE(rows->first(), (QVariantMap{{QStringLiteral("x"), QStringLiteral("42")}}));
 }
 
 void TestSqlite::argumentsBindByKind()
