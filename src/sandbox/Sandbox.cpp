@@ -145,14 +145,14 @@ bool Sandbox::insideHome(const QString& nativePath) const
 // the browser's: its target counts when it is a folder the user owns. It is resolved once; links
 // below the root are never followed, so the path's folder must resolve to exactly the root's
 // target followed by the rest of the path.
-bool Sandbox::insideALinkedRoot(const QString& nativePath, const QString& layout) const
+bool Sandbox::insideALinkedRoot(const QString& nativePath) const
 {
     const QString home = checkForUserDirectory(QStringLiteral("~"));
     const QString parent = QFileInfo(QDir::cleanPath(nativePath)).absolutePath();
     const QString resolvedParent = QFileInfo(parent).canonicalFilePath();
     if (home.isEmpty() || resolvedParent.isEmpty())
         return false;
-    for (const QString& root : PathLayout::roots(layout, home)) {
+    for (const QString& root : PathLayout::roots(layout(), home)) {
         if (parent != root && !parent.startsWith(root + QLatin1Char('/')))
             continue;
         const QString target = QFileInfo(root).canonicalFilePath();
@@ -178,16 +178,14 @@ bool Sandbox::envelope(const QString& path, Effect effect, const std::function<v
         return false;
     }
     const QString home = checkForUserDirectory(QStringLiteral("~"));
-    const QString layout =
-        m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
-    const std::optional<QString> native = PathLayout::nativePath(layout, home, expanded);
+    const std::optional<QString> native = nativePath(expanded);
     if (!native)
         return false; // no counterpart on this system: nothing to find, nothing to do
 
     if (effect != Effect::Reads) {
         // A link is removed as a link wherever it points; what is written through a link must
         // land in the home folder too.
-        const bool outside = !(insideHome(*native) || insideALinkedRoot(*native, layout)) ||
+        const bool outside = !(insideHome(*native) || insideALinkedRoot(*native)) ||
                              (effect == Effect::Writes && QFileInfo(*native).isSymLink() &&
                               !insideHome(QFileInfo(*native).canonicalFilePath()));
         if (outside) {
@@ -535,11 +533,15 @@ void Sandbox::removeLevelDbKeys(const QString& folder, const std::function<bool(
         kSandboxDenial);
 }
 
+QString Sandbox::layout() const
+{
+    return m_services.defaults.stringForKey(SettingsKeys::browserLayout)
+        .value_or(PathLayout::platformDefault());
+}
+
 std::optional<QString> Sandbox::nativePath(const QString& path) const
 {
-    const QString layout =
-        m_services.defaults.stringForKey(SettingsKeys::browserLayout).value_or(PathLayout::platformDefault());
-    return PathLayout::nativePath(layout, checkForUserDirectory(QStringLiteral("~")),
+    return PathLayout::nativePath(layout(), checkForUserDirectory(QStringLiteral("~")),
                                   checkForUserDirectory(path));
 }
 

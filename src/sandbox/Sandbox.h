@@ -91,7 +91,8 @@ private:
     bool envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                   const QString& denial);
     bool insideHome(const QString& nativePath) const;
-    bool insideALinkedRoot(const QString& nativePath, const QString& layout) const;
+    bool insideALinkedRoot(const QString& nativePath) const;
+    QString layout() const;
     void problem(const QString& line) const;
     void removeNative(const QString& nativePath);
     FileTree::FileGate wipeGate() const;
