@@ -1,21 +1,14 @@
 #!/bin/bash
 # The real agent on a private session bus, as a dedicated test user: a process the watcher takes
 # for Firefox exits, and the agent must run twice (about 2 s and 8 s later) and post exactly one
-# notification. Also: a second start hands over and exits, SIGTERM ends the agent in order.
+# notification. Then the settings folder is deleted while it runs: five starts at once must hand
+# over to it and name its pid, and settings made again must be noticed (a second quit, two more
+# runs). SIGTERM ends the agent in order.
 # Usage: agent-quit.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
-user=corvella-test
 
-if [ "$(id -u)" != 0 ]; then
-    echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
-    exit 77
-fi
-id "$user" >/dev/null 2>&1 || useradd --create-home --shell /bin/sh "$user" || exit 1
-home=$(getent passwd "$user" | cut -d: -f6)
-work=$(mktemp -d /tmp/corvella-agent-test.XXXXXX)
-trap 'rm -rf "$work"' EXIT
-chmod 755 "$work"
+. "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-notification-server" "$work/"
 
 # A fresh home: protection on for Firefox, two categories selected.

@@ -5,22 +5,13 @@
 # Usage: chromium-running-before-agent.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
-user=corvella-test
 chromium=/usr/bin/chromium
 
-if [ "$(id -u)" != 0 ]; then
-    echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
-    exit 77
-fi
 if [ ! -x "$chromium" ]; then
     echo "SKIP: $chromium is not installed (make test installs it)"
     exit 77
 fi
-id "$user" >/dev/null 2>&1 || useradd --create-home --shell /bin/sh "$user" || exit 1
-home=$(getent passwd "$user" | cut -d: -f6)
-work=$(mktemp -d /tmp/corvella-chromium-test.XXXXXX)
-trap 'rm -rf "$work"' EXIT
-chmod 755 "$work"
+. "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$work/"
 
 rm -rf "$home/.config/corvella" "$home/.config/chromium" "$home/.cache/chromium"

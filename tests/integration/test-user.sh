@@ -1,0 +1,14 @@
+# Sourced by the integration tests: the dedicated test user "corvella-test" (made when missing; the
+# agent works in the real home folder, so the tests never run as the developer), its home folder in
+# $home, and a scratch folder in $work that every user can enter, removed on exit.
+# Exits 77 (skipped) unless run as root.
+user=corvella-test
+if [ "$(id -u)" != 0 ]; then
+    echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
+    exit 77
+fi
+id "$user" >/dev/null 2>&1 || useradd --create-home --shell /bin/sh "$user" || exit 1
+home=$(getent passwd "$user" | cut -d: -f6)
+work=$(mktemp -d /tmp/corvella-test.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
