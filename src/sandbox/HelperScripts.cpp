@@ -7,6 +7,9 @@
 #include <QFile>
 #include <QProcess>
 
+#include <csignal>
+#include <unistd.h>
+
 namespace {
 
 QString resourceFor(const QString& name)
@@ -75,6 +78,8 @@ bool HelperScripts::executeScript(const QString& name)
     process.setWorkingDirectory(home);
     process.setStandardInputFile(QProcess::nullDevice());
     process.setProcessChannelMode(QProcess::ForwardedChannels);
+    // A group of its own, so stopping it stops whatever it started too.
+    process.setChildProcessModifier([] { ::setpgid(0, 0); });
     process.start(QStringLiteral("/bin/sh"), {*native});
     if (!process.waitForStarted(5000)) {
         m_log.log(
@@ -82,6 +87,7 @@ bool HelperScripts::executeScript(const QString& name)
         return false;
     }
     if (!process.waitForFinished(m_timeoutMs)) {
+        ::kill(-pid_t(process.processId()), SIGKILL);
         process.kill();
         process.waitForFinished(5000);
         m_log.log(
