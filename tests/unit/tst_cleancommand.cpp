@@ -4,9 +4,13 @@
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
+#include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -59,6 +63,7 @@ private slots:
     void aRunningBrowserIsNotTouched();
     void aGrantThatCannotBeSavedIsReported();
     void endsOfOptionsOutputAndTheLock();
+    void whatWasRefusedIsWarnedAboutAfterTheUsualLine();
     void aLayoutOptionIsNotStored();
     void listShowsInstalledActivatedAndProfiles();
 };
@@ -211,6 +216,26 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
     QCOMPARE(noAccess.run({u"--list"_s}), int(CleanCommand::Success));
     QVERIFY(noAccess.out.contains(u"Profiles are not shown"_s));
     QVERIFY(noAccess.questions.isEmpty());
+}
+
+void TestCleanCommand::whatWasRefusedIsWarnedAboutAfterTheUsualLine()
+{
+    Cli cli;
+    // Opera's data root is a link to a folder of another user: not the browser's, so refused.
+    QTemporaryDir outside;
+    QVERIFY(QFile::setPermissions(outside.path(), QFileDevice::Permissions(0x7777)));
+    QVERIFY(PlistFixtures::writeFile(outside.filePath(u"Cookies"_s), "sid=1"));
+    QCOMPARE(::chown(QFile::encodeName(outside.path()).constData(), 65534, 65534), 0);
+    cli.home.folder(u"Library/Application Support"_s);
+    QVERIFY(
+        QFile::link(outside.path(), cli.home.path(u"Library/Application Support/com.operasoftware.Opera"_s)));
+    QCOMPARE(cli.run({u"Opera"_s, u"cookies"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.out, u"Cookies removed from Opera\n"_s);
+    // The channel-identifier database and the cookie file, both refused.
+    QVERIFY2(cli.err.startsWith(u"corvella-clean: warning: 2 items were left as they were; the first: "_s),
+             qPrintable(cli.err));
+    QVERIFY(cli.err.contains(u"outside the home folder"_s));
+    QVERIFY(QFile::exists(outside.filePath(u"Cookies"_s)));
 }
 
 QTEST_GUILESS_MAIN(TestCleanCommand)
