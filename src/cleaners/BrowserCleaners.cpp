@@ -2,7 +2,7 @@
 
 BrowserCleaners::BrowserCleaners(const CleanerServices& services)
     : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts),
-      m_storage(services)
+      m_storage(services), m_plugins(services)
 {}
 
 void BrowserCleaners::removeCookies(const QString& browser)
@@ -15,9 +15,15 @@ void BrowserCleaners::removeNonFavLocalStorage(const QString& browser)
     m_storage.removeNonFavLocalStorage(browser);
 }
 
-void BrowserCleaners::removeFlash(const QString&) {}
+void BrowserCleaners::removeFlash(const QString& browser)
+{
+    m_plugins.removeFlash(browser);
+}
 
-void BrowserCleaners::removeSilverlight() {}
+void BrowserCleaners::removeSilverlight()
+{
+    m_plugins.removeSilverlight();
+}
 
 void BrowserCleaners::removeBrowserCache(const QString&) {}
 

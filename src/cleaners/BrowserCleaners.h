@@ -3,6 +3,7 @@
 #include "cleaners/CleanerServices.h"
 #include "cleaners/Cleaners.h"
 #include "cleaners/CookieCleaner.h"
+#include "cleaners/PluginCleaner.h"
 #include "cleaners/StorageCleaner.h"
 #include "sandbox/HelperScripts.h"
 
@@ -26,4 +27,5 @@ private:
     HelperScripts m_scripts;
     CookieCleaner m_cookies;
     StorageCleaner m_storage;
+    PluginCleaner m_plugins;
 };
