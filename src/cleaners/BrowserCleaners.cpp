@@ -2,7 +2,7 @@
 
 BrowserCleaners::BrowserCleaners(const CleanerServices& services)
     : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts),
-      m_storage(services), m_plugins(services)
+      m_storage(services), m_plugins(services), m_cache(services, m_scripts, m_cookies)
 {}
 
 void BrowserCleaners::removeCookies(const QString& browser)
@@ -25,6 +25,9 @@ void BrowserCleaners::removeSilverlight()
     m_plugins.removeSilverlight();
 }
 
-void BrowserCleaners::removeBrowserCache(const QString&) {}
+void BrowserCleaners::removeBrowserCache(const QString& browser)
+{
+    m_cache.removeBrowserCache(browser);
+}
 
 void BrowserCleaners::removeBrowserHistory(const QString&, const QString&) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cleaners/CacheCleaner.h"
 #include "cleaners/CleanerServices.h"
 #include "cleaners/Cleaners.h"
 #include "cleaners/CookieCleaner.h"
@@ -28,4 +29,5 @@ private:
     CookieCleaner m_cookies;
     StorageCleaner m_storage;
     PluginCleaner m_plugins;
+    CacheCleaner m_cache;
 };

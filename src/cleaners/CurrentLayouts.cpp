@@ -23,6 +23,7 @@ struct Step
     const char* path;
     QStringList sql = {}; // empty: remove the path (unless siteKeys)
     bool siteKeys = false;
+    bool onceBelowDataRoot = false; // not per profile: once, below the browser's data root
 };
 
 // Chromium's local storage keys name their origin: "_<origin>\0<key>", "META:<origin>",
@@ -64,6 +65,23 @@ const QList<Step>& steps()
         {Family::Chromium, "databases", "AggregationService", {}},
         {Family::Chromium, "databases", "KAnonymityService", {}},
         {Family::Chromium, "databases", "Site Characteristics Database", {}},
+        {Family::Chromium, "cache", "DawnCache", {}},
+        {Family::Chromium, "cache", "DawnGraphiteCache", {}},
+        {Family::Chromium, "cache", "DawnWebGPUCache", {}},
+        {Family::Chromium, "cache", "Shared Dictionary", {}},
+        {Family::Chromium, "cache", "Network Persistent State", {}},
+        {Family::Chromium, "cache", "Network/Network Persistent State", {}},
+        {Family::Chromium, "cache", "Network/TransportSecurity", {}},
+        {Family::Chromium, "cache", "SCT Auditing Pending Reports", {}},
+        {Family::Chromium, "cache", "GrShaderCache", {}, false, true},
+        {Family::Chromium, "cache", "GraphiteDawnCache", {}, false, true},
+        {Family::Chromium, "cache", "ShaderCache", {}, false, true},
+        {Family::Chromium, "cache", "GPUPersistentCache", {}, false, true},
+        {Family::Firefox, "cache", "AlternateServices.bin", {}},
+        {Family::Firefox, "cache", "AlternateServices.txt", {}},
+        {Family::Firefox, "cache", "SiteSecurityServiceState.bin", {}},
+        {Family::Firefox, "cache", "netpredictions.sqlite", {}},
+        {Family::Firefox, "cache", "shader-cache", {}},
         {Family::Firefox, "databases", "storage/ls-archive.sqlite", {}},
         {Family::Firefox, "databases", "storage.sqlite", {}},
         {Family::Firefox, "databases", "serviceworker.txt", {}},
@@ -83,23 +101,29 @@ void supplement(const CleanerServices& services, const QString& browser, const Q
     const QStringList profiles =
         firefox ? Profiles::firefox(services) : Profiles::chromiumFamily(services, browser);
     const Family family = firefox ? Family::Firefox : Family::Chromium;
-    for (const QString& profile : profiles) {
-        for (const Step& step : steps()) {
-            if (step.family != family || category != QLatin1String(step.category))
-                continue;
-            const QString path = profile + QLatin1Char('/') + QLatin1String(step.path);
-            if (step.siteKeys) {
-                services.sandbox.removeLevelDbKeys(path, isSiteKey);
-                continue;
-            }
-            if (step.sql.isEmpty()) {
-                services.sandbox.remove(path);
-                continue;
-            }
+    const auto apply = [&](const Step& step, const QString& folder) {
+        const QString path = folder + QLatin1Char('/') + QLatin1String(step.path);
+        if (step.siteKeys) {
+            services.sandbox.removeLevelDbKeys(path, isSiteKey);
+        } else if (step.sql.isEmpty()) {
+            services.sandbox.remove(path);
+        } else {
             for (const QString& statement : step.sql)
                 services.sandbox.runSql(statement, path);
             services.sandbox.runSql(QStringLiteral("VACUUM;"), path);
         }
+    };
+    for (const QString& profile : profiles) {
+        for (const Step& step : steps()) {
+            if (step.family == family && category == QLatin1String(step.category) && !step.onceBelowDataRoot)
+                apply(step, profile);
+        }
+    }
+    const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
+    for (const Step& step : steps()) {
+        if (step.family == family && category == QLatin1String(step.category) && step.onceBelowDataRoot &&
+            !dataRoot.isEmpty())
+            apply(step, dataRoot);
     }
 }
 

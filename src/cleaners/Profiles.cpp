@@ -5,19 +5,33 @@
 
 namespace Profiles {
 
-QStringList chromiumFamily(const CleanerServices& services, const QString& browser)
+QStringList chromiumFamilyKeys(const CleanerServices& services, const QString& browser)
 {
     const QString root = BrowserCatalogue::chromiumDataRoot(browser);
     if (root.isEmpty())
         return {};
     if (browser == BrowserCatalogue::opera)
-        return {root};
-    QStringList folders;
+        return {QString()};
+    QStringList keys;
     const QVariantMap profiles = services.catalogue.userProfiles(browser);
     for (auto it = profiles.keyBegin(); it != profiles.keyEnd(); ++it) {
-        if (const std::optional<QString> folder = services.sandbox.childPath(root, *it))
-            folders.append(*folder);
+        if (services.sandbox.childPath(root, *it))
+            keys.append(*it);
     }
+    return keys;
+}
+
+QString profileFolder(const QString& root, const QString& key)
+{
+    return key.isEmpty() ? root : root + QLatin1Char('/') + key;
+}
+
+QStringList chromiumFamily(const CleanerServices& services, const QString& browser)
+{
+    QStringList folders;
+    const QString root = BrowserCatalogue::chromiumDataRoot(browser);
+    for (const QString& key : chromiumFamilyKeys(services, browser))
+        folders.append(profileFolder(root, key));
     return folders;
 }
 

@@ -11,6 +11,11 @@ namespace Profiles {
 // Google Chrome and Chromium: the data root plus each profile of "Local State"; Opera: its data root,
 // its only profile; any other browser: none.
 QStringList chromiumFamily(const CleanerServices& services, const QString& browser);
+// The profile keys of a Chromium-family browser: "Local State"'s folder names (those safe to use), or
+// Opera's single "" (its data root and cache root are the profile's folders).
+QStringList chromiumFamilyKeys(const CleanerServices& services, const QString& browser);
+// A root followed by a profile key ("" names the root itself).
+QString profileFolder(const QString& root, const QString& key);
 // Every entry of the Firefox profiles folder, folder or not, in listing order.
 QStringList firefox(const CleanerServices& services);
 

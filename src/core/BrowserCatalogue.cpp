@@ -29,6 +29,17 @@ QString BrowserCatalogue::chromiumDataRoot(const QString& browser)
     return QString();
 }
 
+QString BrowserCatalogue::chromiumCacheRoot(const QString& browser)
+{
+    if (browser == googleChrome)
+        return QStringLiteral("~/Library/Caches/Google/Chrome");
+    if (browser == chromium)
+        return QStringLiteral("~/Library/Caches/Chromium");
+    if (browser == opera)
+        return QStringLiteral("~/Library/Caches/com.operasoftware.Opera");
+    return QString();
+}
+
 const QStringList& BrowserCatalogue::detectionOrder()
 {
     static const QStringList order{safariID, googleChromeID, chromiumID, firefoxID, operaID};

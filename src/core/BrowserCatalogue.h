@@ -39,6 +39,8 @@ public:
     // The data root of a Chromium-family browser (the folder holding "Local State", or Opera's only
     // profile); "" for the other browsers.
     static QString chromiumDataRoot(const QString& browser);
+    // Its cache root ("~/Library/Caches/..."); "" for the other browsers.
+    static QString chromiumCacheRoot(const QString& browser);
 
     // Detection order, which is also the order of "enabledBrowsers" after browsersChanged().
     static const QStringList& detectionOrder();

@@ -18,6 +18,8 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include <nlohmann/json.hpp>
+
 #include <cerrno>
 #include <climits>
 #include <dirent.h>
@@ -510,6 +512,37 @@ void Sandbox::createDirectory(const QString& path)
         if (!made || m_services.preview)
             return;
     }
+}
+
+void Sandbox::removeExtraChromeCacheData(const QString& path)
+{
+    if (path.isEmpty())
+        return;
+    envelope(
+        path, Effect::Writes,
+        [&](const QString& native) {
+            const std::optional<QByteArray> text = AtomicFile::read(native);
+            if (!text)
+                return;
+            // Parsed without exceptions; what is not a JSON object becomes an empty one.
+            nlohmann::ordered_json preferences =
+                nlohmann::ordered_json::parse(text->constData(), nullptr, false);
+            if (!preferences.is_object())
+                preferences = nlohmann::ordered_json::object();
+            preferences.erase("net");
+            preferences.erase("dns_prefetching");
+            const std::string rewritten = preferences.dump();
+            if (m_services.preview) {
+                m_services.preview->record(QStringLiteral("change"), native, qint64(rewritten.size()),
+                                           QStringLiteral("without \"net\" and \"dns_prefetching\""));
+                return;
+            }
+            const QString error = AtomicFile::write(native, QByteArray::fromStdString(rewritten), 0600);
+            if (!error.isEmpty())
+                problem(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
+                            .arg(native, error));
+        },
+        kSandboxDenial);
 }
 
 void Sandbox::removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter)

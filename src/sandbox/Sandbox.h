@@ -69,6 +69,11 @@ public:
     // The preview this file layer reports to instead of acting; null for a real run.
     RemovalPreview* preview() const { return m_services.preview; }
 
+    // A Chromium-family "Preferences" file without its top-level "net" and "dns_prefetching" keys,
+    // everything else kept in order, rewritten compactly and atomically whenever it exists (a file that
+    // is not JSON becomes "{}").
+    void removeExtraChromeCacheData(const QString& path);
+
     // Deletes the keys the filter chooses from the LevelDB store in the folder, in one batch; a store
     // that cannot be opened (a running browser holds it) is left as it is, and logged.
     void removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter);
