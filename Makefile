@@ -41,6 +41,7 @@ bench: build
 	@$(BUILD_DIR)/bin/bench-quit-latency
 	@bash bench/agent-idle.sh $(BUILD_DIR)/bin
 	@$(BUILD_DIR)/bin/bench-remove-tree
+	@bash bench/cache-clean.sh $(BUILD_DIR)/bin
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
