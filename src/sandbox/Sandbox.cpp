@@ -106,6 +106,13 @@ QString fileType(mode_t mode)
 
 Sandbox::Sandbox(const SandboxServices& services) : m_services(services) {}
 
+void Sandbox::replaceFile(const QString& native, const QByteArray& bytes) const
+{
+    const QString error = AtomicFile::write(native, bytes, 0600);
+    if (!error.isEmpty())
+        problem(QStringLiteral("Corvella could not write %1 (%2); it was left as it was").arg(native, error));
+}
+
 void Sandbox::problem(const QString& line) const
 {
     m_services.log.log(line);
@@ -477,10 +484,7 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
                 m_services.preview->record(QStringLiteral("write"), native, bytes->size(), QString());
                 return;
             }
-            const QString error = AtomicFile::write(native, *bytes, 0600);
-            if (!error.isEmpty())
-                problem(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
-                            .arg(native, error));
+            replaceFile(native, *bytes);
         },
         kWriteDenial);
 }
@@ -537,10 +541,7 @@ void Sandbox::removeExtraChromeCacheData(const QString& path)
                                            QStringLiteral("without \"net\" and \"dns_prefetching\""));
                 return;
             }
-            const QString error = AtomicFile::write(native, QByteArray::fromStdString(rewritten), 0600);
-            if (!error.isEmpty())
-                problem(QStringLiteral("Corvella could not write %1 (%2); it was left as it was")
-                            .arg(native, error));
+            replaceFile(native, QByteArray::fromStdString(rewritten));
         },
         kSandboxDenial);
 }

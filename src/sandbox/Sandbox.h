@@ -99,6 +99,8 @@ private:
     bool insideALinkedRoot(const QString& nativePath) const;
     QString layout() const;
     void problem(const QString& line) const;
+    // Replaces the file atomically; a failure leaves it as it was and is reported.
+    void replaceFile(const QString& native, const QByteArray& bytes) const;
     void removeNative(const QString& nativePath);
     FileTree::FileGate wipeGate() const;
 
