@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -37,6 +38,29 @@ private:
     }
     QTemporaryDir m_dir;
 };
+
+// The tests share the machine with other processes (other tests' browsers, leftovers being reaped),
+// so they look only at the processes they started.
+namespace {
+
+QList<qint64> pidsOf(const QList<RunningApplication>& applications)
+{
+    QList<qint64> pids;
+    for (const RunningApplication& application : applications)
+        pids.append(application.pid);
+    return pids;
+}
+
+qint64 parentOf(qint64 pid)
+{
+    QFile stat(u"/proc/%1/stat"_s.arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = stat.readAll();
+    return text.mid(text.lastIndexOf(')') + 2).split(' ').value(1).toLongLong();
+}
+
+} // namespace
 
 void TestProcessWatcher::knownExecutables_data()
 {
@@ -94,18 +118,23 @@ void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
     firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
     QVERIFY(firefox.waitForStarted());
     // Until its exec is complete a process shows no arguments; the next look finds it.
-    QTRY_VERIFY((watcher.scan(), !watcher.running().isEmpty()));
+    const qint64 pid = firefox.processId();
+    QTRY_VERIFY((watcher.scan(), pidsOf(watcher.running()).contains(pid)));
     const QList<RunningApplication> running = watcher.running();
-    QCOMPARE(running.size(), 1);
-    QCOMPARE(running.first().name, u"Firefox"_s);
-    QCOMPARE(running.first().pid, firefox.processId());
+    QCOMPARE(running.at(pidsOf(running).indexOf(pid)).name, u"Firefox"_s);
 
-    ::kill(pid_t(firefox.processId()), SIGKILL);
-    QVERIFY(terminated.wait(2000));
-    const auto application = terminated.first().first().value<RunningApplication>();
-    QCOMPARE(application.name, u"Firefox"_s);
-    QCOMPARE(application.bundleIdentifier, u"org.mozilla.firefox"_s);
-    QVERIFY(watcher.running().isEmpty());
+    ::kill(pid_t(pid), SIGKILL);
+    QTRY_VERIFY(std::any_of(terminated.cbegin(), terminated.cend(), [pid](const QList<QVariant>& event) {
+        return event.first().value<RunningApplication>().pid == pid;
+    }));
+    for (const QList<QVariant>& event : std::as_const(terminated)) {
+        const auto application = event.first().value<RunningApplication>();
+        if (application.pid == pid) {
+            QCOMPARE(application.name, u"Firefox"_s);
+            QCOMPARE(application.bundleIdentifier, u"org.mozilla.firefox"_s);
+        }
+    }
+    QVERIFY(!pidsOf(watcher.running()).contains(pid));
     firefox.waitForFinished();
 }
 
@@ -130,28 +159,41 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
             launching.waitForStarted());
     QTest::qWait(300);
     watcher.scan();
-    QList<qint64> pids;
-    for (const RunningApplication& application : watcher.running())
-        pids.append(application.pid);
-    QCOMPARE(pids.size(), 3);
+    const QList<qint64> pids = pidsOf(watcher.running());
     QVERIFY(pids.contains(forking.processId()) && pids.contains(launching.processId()));
     QVERIFY(!pids.contains(renderer.processId()) && !pids.contains(zygote.processId()));
-    const qint64 instance = pids.at(2);
-    QVERIFY(instance != forking.processId() && instance != launching.processId());
-    QCOMPARE(ProcessWatcher::lookNow().size(), 3);
+    QList<qint64> children;
+    for (qint64 pid : pids) {
+        if (parentOf(pid) == forking.processId() || parentOf(pid) == launching.processId())
+            children.append(pid);
+    }
+    QCOMPARE(children.size(), 1); // the instance, not the fork
+    const qint64 instance = children.first();
+    QCOMPARE(parentOf(instance), launching.processId());
+    QVERIFY(pidsOf(ProcessWatcher::lookNow()).contains(instance));
 
+    const qint64 rendererPid = renderer.processId();
     renderer.kill();
     renderer.waitForFinished();
-    QVERIFY(!terminated.wait(300));
-    // The instance's own quit counts, even while its parent runs on.
+    QTest::qWait(300);
+    const auto reported = [&terminated](qint64 pid) {
+        return std::any_of(terminated.cbegin(), terminated.cend(), [pid](const QList<QVariant>& event) {
+            return event.first().value<RunningApplication>().pid == pid;
+        });
+    };
+    QVERIFY(!reported(rendererPid));
+    // The instance's own quit counts, even while its parent runs on (or follows it).
     ::kill(pid_t(instance), SIGKILL);
-    QVERIFY(terminated.wait(2000));
-    QCOMPARE(terminated.takeFirst().first().value<RunningApplication>().pid, instance);
+    QTRY_VERIFY(reported(instance));
+    // The fork outlives its parent unless stopped first.
+    for (const QString& entry : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        if (entry.toLongLong() > 0 && parentOf(entry.toLongLong()) == forking.processId())
+            ::kill(pid_t(entry.toLongLong()), SIGKILL);
+    }
     for (QProcess* process : {&zygote, &forking, &launching}) {
         process->kill();
         process->waitForFinished();
     }
-    ::system("pkill -f \"^.*/chromium -c\" 2>/dev/null");
 }
 
 void TestProcessWatcher::aBrowserStartedBeforeTheWatcherIsWatched()
@@ -161,14 +203,15 @@ void TestProcessWatcher::aBrowserStartedBeforeTheWatcherIsWatched()
     QVERIFY(firefox.waitForStarted());
     QTest::qWait(100);
     // Looking now finds it before any watcher exists, as corvella-clean and every run look.
-    QCOMPARE(ProcessWatcher::lookNow().size(), 1);
+    QVERIFY(pidsOf(ProcessWatcher::lookNow()).contains(firefox.processId()));
     ProcessWatcher watcher({});
     QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
-    QCOMPARE(watcher.running().size(), 1);
-    QCOMPARE(watcher.running().first().pid, firefox.processId());
+    QVERIFY(pidsOf(watcher.running()).contains(firefox.processId()));
+    const qint64 pid = firefox.processId();
     firefox.kill();
-    QVERIFY(terminated.wait(2000));
-    QVERIFY(ProcessWatcher::lookNow().isEmpty());
+    firefox.waitForFinished();
+    QTRY_VERIFY(!pidsOf(watcher.running()).contains(pid));
+    QVERIFY(!pidsOf(ProcessWatcher::lookNow()).contains(pid));
 }
 
 void TestProcessWatcher::findsABrowserALauncherBecameByExec()
@@ -180,11 +223,10 @@ void TestProcessWatcher::findsABrowserALauncherBecameByExec()
     QVERIFY(launcher.waitForStarted());
     QTest::qWait(100);
     watcher.scan(); // still the launcher
-    QVERIFY(watcher.running().isEmpty());
+    QVERIFY(!pidsOf(watcher.running()).contains(launcher.processId()));
     QTest::qWait(800);
     watcher.scan();
-    QCOMPARE(watcher.running().size(), 1);
-    QCOMPARE(watcher.running().first().pid, launcher.processId());
+    QVERIFY(pidsOf(watcher.running()).contains(launcher.processId()));
     launcher.kill();
     launcher.waitForFinished();
 }
