@@ -2,7 +2,8 @@
 
 BrowserCleaners::BrowserCleaners(const CleanerServices& services)
     : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts),
-      m_storage(services), m_plugins(services), m_cache(services, m_scripts, m_cookies)
+      m_storage(services), m_plugins(services), m_cache(services, m_scripts, m_cookies),
+      m_history(services, m_scripts)
 {}
 
 void BrowserCleaners::removeCookies(const QString& browser)
@@ -30,4 +31,7 @@ void BrowserCleaners::removeBrowserCache(const QString& browser)
     m_cache.removeBrowserCache(browser);
 }
 
-void BrowserCleaners::removeBrowserHistory(const QString&, const QString&) {}
+void BrowserCleaners::removeBrowserHistory(const QString& browser, const QString& ofType)
+{
+    m_history.removeBrowserHistory(browser, ofType);
+}

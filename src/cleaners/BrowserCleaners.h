@@ -4,13 +4,13 @@
 #include "cleaners/CleanerServices.h"
 #include "cleaners/Cleaners.h"
 #include "cleaners/CookieCleaner.h"
+#include "cleaners/HistoryCleaner.h"
 #include "cleaners/PluginCleaner.h"
 #include "cleaners/StorageCleaner.h"
 #include "sandbox/HelperScripts.h"
 
 // The cleaners of the five browsers' data, working only through the file layer: the one dispatcher
-// a removal run calls, handing each category to its family's unit. The families are filled in one by
-// one; until a family is, its entry point removes nothing.
+// a removal run calls, handing each category to its unit.
 class BrowserCleaners final : public Cleaners
 {
 public:
@@ -30,4 +30,5 @@ private:
     StorageCleaner m_storage;
     PluginCleaner m_plugins;
     CacheCleaner m_cache;
+    HistoryCleaner m_history;
 };

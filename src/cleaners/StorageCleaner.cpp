@@ -2,8 +2,8 @@
 
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/Profiles.h"
+#include "cleaners/SplicedSql.h"
 #include "core/BrowserCatalogue.h"
-#include "platform/SystemLog.h"
 #include "sandbox/Sandbox.h"
 
 namespace {
@@ -172,17 +172,8 @@ void StorageCleaner::firefox()
 
 void StorageCleaner::runWithList(const QString& format, const QStringList& values, const QString& database)
 {
-    for (const QString& value : values) {
-        if (value.contains(QLatin1Char('\''))) {
-            m_services.log.log(
-                QStringLiteral("Corvella skipped a statement on %1: a value in it holds a quote")
-                    .arg(m_services.sandbox.nativePath(database).value_or(database)));
-            return;
-        }
-    }
-    QString sql = format;
-    sql.replace(QStringLiteral("%@"), values.join(QStringLiteral("','")));
-    m_services.sandbox.runSql(sql, database);
+    if (const std::optional<QString> sql = SplicedSql::statement(m_services, format, values, database))
+        m_services.sandbox.runSql(*sql, database);
 }
 
 QStringList StorageCleaner::column(const QString& sql, const QString& name, const QString& database)

@@ -25,8 +25,7 @@ private:
     void safari();
     void chromiumProfile(const QString& folder, const QString& browser);
     void firefox();
-    // Runs the statement with "%@" replaced by the values joined with "','". A value holding a quote
-    // could change what the statement deletes: the statement is skipped instead, and logged.
+    // Runs the statement with "%@" replaced by the values (see SplicedSql).
     void runWithList(const QString& format, const QStringList& values, const QString& database);
     QStringList column(const QString& sql, const QString& name, const QString& database);
 

@@ -6,6 +6,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/JsonKeys.h"
 #include "sandbox/LevelDbStore.h"
 #include "sandbox/ProblemReport.h"
 #include "sandbox/RemovalPreview.h"
@@ -17,8 +18,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
-
-#include <nlohmann/json.hpp>
 
 #include <cerrno>
 #include <climits>
@@ -520,6 +519,17 @@ void Sandbox::createDirectory(const QString& path)
 
 void Sandbox::removeExtraChromeCacheData(const QString& path)
 {
+    removeJsonKeys(path, {{QStringLiteral("net")}, {QStringLiteral("dns_prefetching")}});
+}
+
+void Sandbox::removeChromeZoomSettings(const QString& path)
+{
+    removeJsonKeys(path, {{QStringLiteral("partition")},
+                          {QStringLiteral("profile"), QStringLiteral("content_settings")}});
+}
+
+void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyPaths)
+{
     if (path.isEmpty())
         return;
     envelope(
@@ -528,20 +538,20 @@ void Sandbox::removeExtraChromeCacheData(const QString& path)
             const std::optional<QByteArray> text = AtomicFile::read(native);
             if (!text)
                 return;
-            // Parsed without exceptions; what is not a JSON object becomes an empty one.
-            nlohmann::ordered_json preferences =
-                nlohmann::ordered_json::parse(text->constData(), nullptr, false);
-            if (!preferences.is_object())
-                preferences = nlohmann::ordered_json::object();
-            preferences.erase("net");
-            preferences.erase("dns_prefetching");
-            const std::string rewritten = preferences.dump();
-            if (m_services.preview) {
-                m_services.preview->record(QStringLiteral("change"), native, qint64(rewritten.size()),
-                                           QStringLiteral("without \"net\" and \"dns_prefetching\""));
+            const std::optional<QByteArray> rewritten = JsonKeys::without(*text, keyPaths);
+            if (!rewritten) {
+                problem(QStringLiteral("Corvella left %1 as it was: it is not UTF-8 text").arg(native));
                 return;
             }
-            replaceFile(native, QByteArray::fromStdString(rewritten));
+            if (m_services.preview) {
+                QStringList keys;
+                for (const QStringList& keyPath : keyPaths)
+                    keys.append(u'"' + keyPath.join(u'.') + u'"');
+                m_services.preview->record(QStringLiteral("change"), native, rewritten->size(),
+                                           QStringLiteral("without ") + keys.join(QStringLiteral(", ")));
+                return;
+            }
+            replaceFile(native, *rewritten);
         },
         kSandboxDenial);
 }

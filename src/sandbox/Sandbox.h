@@ -69,10 +69,15 @@ public:
     // The preview this file layer reports to instead of acting; null for a real run.
     RemovalPreview* preview() const { return m_services.preview; }
 
-    // A Chromium-family "Preferences" file without its top-level "net" and "dns_prefetching" keys,
-    // everything else kept in order, rewritten compactly and atomically whenever it exists (a file that
-    // is not JSON becomes "{}").
+    // Deletes the keys (each a path through nested objects) from a JSON file, whenever it exists, and
+    // rewrites it compactly and atomically with every other key kept in its order; a file that is not
+    // JSON becomes "{}", one that is not UTF-8 text is left as it is (and reported).
+    void removeJsonKeys(const QString& path, const QList<QStringList>& keyPaths);
+    // A Chromium-family "Preferences" file without its network predictions: "net", "dns_prefetching".
     void removeExtraChromeCacheData(const QString& path);
+    // A Chromium-family "Preferences" file without its per-site settings: "partition" (zoom levels)
+    // and "profile"'s "content_settings".
+    void removeChromeZoomSettings(const QString& path);
 
     // Deletes the keys the filter chooses from the LevelDB store in the folder, in one batch; a store
     // that cannot be opened (a running browser holds it) is left as it is, and logged.

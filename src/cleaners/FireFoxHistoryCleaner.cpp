@@ -1,0 +1,87 @@
+#include "cleaners/FireFoxHistoryCleaner.h"
+
+#include "cleaners/HistoryCleaner.h"
+#include "cleaners/SplicedSql.h"
+#include "core/BrowserCatalogue.h"
+#include "sandbox/Sandbox.h"
+
+FireFoxHistoryCleaner::FireFoxHistoryCleaner(const CleanerServices& services) : m_services(services) {}
+
+void FireFoxHistoryCleaner::clearFireFoxHistoryOfType(const QString& ofType)
+{
+    // Firefox keeps no page previews of its own: the profiles are not even listed.
+    if (ofType == QLatin1String("webpage"))
+        return;
+    Sandbox& sandbox = m_services.sandbox;
+    const QString root = BrowserCatalogue::firefoxProfilesRoot;
+    for (const QString& name : sandbox.folderContentsOf(root)) {
+        const std::optional<QString> profile = sandbox.childPath(root, name);
+        // Folders only: a plain file or a link in the profiles folder is no profile.
+        if (profile && sandbox.fileAttributes(*profile).value(QStringLiteral("NSFileType")) ==
+                           QLatin1String("NSFileTypeDirectory"))
+            clearProfile(*profile, ofType);
+    }
+}
+
+void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& ofType)
+{
+    Sandbox& sandbox = m_services.sandbox;
+    const auto in = [&](const char* name) { return profile + QLatin1Char('/') + QLatin1String(name); };
+    const QString places = in("places.sqlite");
+    const auto runOnPlaces = [&](std::initializer_list<const char*> statements) {
+        for (const char* statement : statements)
+            sandbox.runSql(QLatin1String(statement), places);
+    };
+    if (ofType == QLatin1String("downloads")) {
+        clearDownloads(profile);
+    } else if (ofType == QLatin1String("forms")) {
+        sandbox.remove(in("formhistory.sqlite"));
+    } else if (ofType == QLatin1String("history")) {
+        sandbox.removeFiles({in("sessionstore.js"), in("sessionstore-backups"), in("sessionstore.bak")});
+        // The first statement finds the places through their visits, so it runs before the visits go;
+        // it spares every place a bookmark points to.
+        runOnPlaces(
+            {"DELETE FROM moz_places WHERE id IN ( SELECT id FROM ( SELECT * FROM moz_places, "
+             "moz_historyvisits WHERE moz_places.id = moz_historyvisits.place_id ) WHERE id NOT IN "
+             "(SELECT place_id FROM moz_historyvisits WHERE id IN ( SELECT id FROM ( SELECT * FROM "
+             "moz_historyvisits, moz_bookmarks WHERE moz_historyvisits.place_id = moz_bookmarks.fk ))))",
+             "DELETE FROM moz_historyvisits WHERE id > -1",
+             "DELETE FROM moz_inputhistory WHERE place_id > -1", "DELETE FROM moz_hosts WHERE id > -1",
+             "UPDATE moz_places SET visit_count = 0, frecency = 0 WHERE last_visit_date IS NOT NULL",
+             "UPDATE moz_places SET last_visit_date = NULL WHERE last_visit_date IS NOT NULL", "VACUUM;"});
+    } else if (ofType == QLatin1String("favicons")) {
+        runOnPlaces({"DELETE FROM moz_favicons WHERE id > -1",
+                     "UPDATE moz_places SET favicon_id = NULL WHERE favicon_id > 0 ", "VACUUM;"});
+        sandbox.removeFiles({in("favicons.sqlite"), in("favicons.sqlite-wal"), in("favicons.sqlite-shm")});
+    } else if (ofType == QLatin1String("websitePrefs")) {
+        sandbox.remove(in("content-prefs.sqlite"));
+    } else if (ofType == QLatin1String("searchEngines")) {
+        sandbox.remove(in("search.json.mozlz4"));
+    }
+}
+
+void FireFoxHistoryCleaner::clearDownloads(const QString& profile)
+{
+    Sandbox& sandbox = m_services.sandbox;
+    const QString downloads = profile + QStringLiteral("/downloads.sqlite");
+    const QString places = profile + QStringLiteral("/places.sqlite");
+    QList<QVariantMap> rows;
+    if (sandbox.fileExists(downloads))
+        rows = sandbox.returnArrayFromSql(QStringLiteral("SELECT name FROM moz_downloads;"), downloads)
+                   .value_or(QList<QVariantMap>());
+    if (sandbox.fileExists(places) && !rows.isEmpty()) {
+        sandbox.runSql(QStringLiteral("DELETE FROM moz_annos WHERE id > -1"), places);
+        for (const QVariantMap& row : rows) {
+            const QVariant name = row.value(QStringLiteral("name"));
+            if (!name.isValid() || name.isNull())
+                continue;
+            if (const auto sql = SplicedSql::statement(
+                    m_services, QStringLiteral("DELETE FROM moz_places WHERE title = '%@';"),
+                    {name.toString()}, places))
+                sandbox.runSql(*sql, places);
+        }
+        sandbox.runSql(QStringLiteral("VACUUM;"), places);
+    }
+    sandbox.remove(downloads);
+    HistoryCleaner::clearDownloadHistory(sandbox);
+}
