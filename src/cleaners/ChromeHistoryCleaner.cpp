@@ -16,7 +16,7 @@ void ChromeHistoryCleaner::clearChromeHistory(const QString& browser, const QStr
 void ChromeHistoryCleaner::clearProfile(const QString& profile, const QString& ofType)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const auto in = [&](const char* name) { return profile + QLatin1Char('/') + QLatin1String(name); };
+    const auto in = [&](const char* name) -> QString { return profile + QLatin1Char('/') + QLatin1String(name); };
     if (ofType == QLatin1String("history")) {
         for (const char* name :
              {"History Provider Cache", "Archived History", "Current Session", "Current Tabs", "Last Session",

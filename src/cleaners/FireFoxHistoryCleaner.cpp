@@ -26,7 +26,7 @@ void FireFoxHistoryCleaner::clearFireFoxHistoryOfType(const QString& ofType)
 void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& ofType)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const auto in = [&](const char* name) { return profile + QLatin1Char('/') + QLatin1String(name); };
+    const auto in = [&](const char* name) -> QString { return profile + QLatin1Char('/') + QLatin1String(name); };
     const QString places = in("places.sqlite");
     const auto runOnPlaces = [&](std::initializer_list<const char*> statements) {
         for (const char* statement : statements)

@@ -27,6 +27,15 @@ void chromiumProfile(const TestHome& home, const QString& folder);
 // A Firefox profile with its cookies, permissions, saved logins and bookmarks database.
 void firefoxProfile(const TestHome& home, const QString& name);
 
+// A Chromium-family profile's "History" (two visited pages with their visits, a search term, a download
+// with its segment) and "Web Data" (a search engine that came with the browser and one the user added,
+// form entries, an address, a card, a sign-in token), in the browser's table shapes.
+void chromiumHistory(const TestHome& home, const QString& folder);
+// A Firefox profile's "places.sqlite" in Firefox's table shapes. Places: 1 visited and bookmarked,
+// 2 visited, 3 never visited, 4..6 titled "a.zip", "b.pdf", "it's.txt"; one visit each for 1 and 2, a
+// typed input, an annotation. And a "downloads.sqlite" naming the downloads, unless there are none.
+void firefoxPlaces(const TestHome& home, const QString& name, const QStringList& downloads);
+
 // Site storage in a folder: a "Databases.db" (tables Databases and, for Safari, Origins) listing the
 // origins, each with its folder; and local storage files (each with a "-journal") in `localStorage`.
 void siteDatabases(const TestHome& home, const QString& folder, const QStringList& origins);

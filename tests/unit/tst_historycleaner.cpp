@@ -1,0 +1,368 @@
+#include "cleaners/BrowserCleaners.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/PropertyList.h"
+#include "platform/SettingsKeys.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "sandbox/Sqlite.h"
+#include "support/BrowserFixtures.h"
+#include "support/PlistFixtures.h"
+#include "support/TestHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+namespace F = BrowserFixtures;
+
+namespace {
+
+using TableCounts = QMap<QString, int>; // table: rows left
+const QString kChrome = QLatin1String(F::kChromeRoot);
+const QString kOpera = QLatin1String(F::kOperaRoot);
+const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
+const QString kSafari = u"Library/Safari/"_s;
+const QStringList kQuarantine{u"Library/Preferences/com.apple.LaunchServices.QuarantineEvents"_s,
+                              u"Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2"_s};
+
+// Every browser's history categories run against one home, as a removal run would call them.
+void clean(TestHome& home, const QString& browser, const QStringList& categories)
+{
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
+    for (const QString& category : categories)
+        cleaners.removeBrowserHistory(browser, category);
+}
+
+QList<QVariantMap> rows(const QString& database, const QString& sql)
+{
+    Sqlite db;
+    if (!db.openExisting(database, true))
+        return {};
+    return db.executeQuery(sql).value_or(QList<QVariantMap>());
+}
+
+QVariant plist(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? PropertyList::parse(file.readAll()).value_or(QVariant())
+                                          : QVariant();
+}
+
+} // namespace
+
+class TestHistoryCleaner : public QObject
+{
+    Q_OBJECT
+private slots:
+    void eachCategoryRemovesItsFiles_data();
+    void eachCategoryRemovesItsFiles();
+    void chromiumDatabasesKeepWhatTheCategorySpares_data();
+    void chromiumDatabasesKeepWhatTheCategorySpares();
+    void firefoxHistoryKeepsBookmarkedPlaces();
+    void firefoxDownloadsTakePlacesNamedLikeThem_data();
+    void firefoxDownloadsTakePlacesNamedLikeThem();
+    void safariTopSitesKeepThePinnedOnes();
+    void safariLastSessionKeepsPinnedTabs_data();
+    void safariLastSessionKeepsPinnedTabs();
+    void websitePrefsRewriteKeepsEverythingElse_data();
+    void websitePrefsRewriteKeepsEverythingElse();
+};
+
+void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QStringList>("gone");
+    QTest::addColumn<QStringList>("kept");
+    const QString chrome = kChrome + u"/Default/"_s;
+    const QString ff = kFirefox + u"/a.default/"_s;
+    const QStringList everything{kSafari + u"History.db"_s,    kSafari + u"Form Values/f"_s,
+                                 chrome + u"Top Sites"_s,      chrome + u"Favicons"_s,
+                                 ff + u"formhistory.sqlite"_s, ff + u"search.json.mozlz4"_s};
+    QTest::newRow("Safari history") << u"Safari"_s << u"history"_s
+                                    << QStringList{kSafari + u"History.db"_s, kSafari + u"History.db-wal"_s,
+                                                   u"Library/Caches/Metadata/Safari/History/h"_s,
+                                                   kSafari + u"RecentlyClosedTabs.plist"_s,
+                                                   kSafari + u"CloudTabs.db-shm"_s}
+                                    << QStringList{kSafari + u"Bookmarks.plist"_s,
+                                                   kSafari + u"Downloads.plist"_s};
+    QTest::newRow("Safari favicons") << u"Safari"_s << u"favicons"_s
+                                     << QStringList{kSafari + u"WebpageIcons.db"_s,
+                                                    kSafari + u"Touch Icons/t"_s,
+                                                    kSafari + u"Favicon Cache/c"_s}
+                                     << QStringList{kSafari + u"History.db"_s};
+    QTest::newRow("Safari webpage") << u"Safari"_s << u"webpage"_s
+                                    << QStringList{u"Library/Caches/com.apple.Safari/Webpage Previews/p"_s}
+                                    << QStringList{u"Library/Caches/com.apple.Safari/Cache.db"_s};
+    QTest::newRow("Safari forms, each database with its companions")
+        << u"Safari"_s << u"forms"_s
+        << QStringList{kSafari + u"Form Values/f"_s, kSafari + u"AutoFillCorrections.db"_s,
+                       kSafari + u"CloudAutoFillCorrections.db-wal"_s,
+                       kSafari + u"AutoFillCorrections.db-shm"_s}
+        << QStringList{kSafari + u"Bookmarks.plist"_s};
+    QTest::newRow("Safari downloads with the system's records")
+        << u"Safari"_s << u"downloads"_s << QStringList{kSafari + u"Downloads.plist"_s} + kQuarantine
+        << QStringList{kSafari + u"History.db"_s};
+    QTest::newRow("Safari websitePrefs")
+        << u"Safari"_s << u"websitePrefs"_s
+        << QStringList{kSafari + u"PerSitePreferences.db"_s, kSafari + u"RemoteNotifications/r"_s,
+                       u"Library/Caches/com.apple.Safari/RemoteNotifications/r"_s,
+                       kSafari + u"PerSiteZoomPreferences.plist"_s}
+        << QStringList{kSafari + u"History.db"_s};
+    QTest::newRow("Safari searchEngines: nothing")
+        << u"Safari"_s << u"searchEngines"_s << QStringList() << everything;
+    QTest::newRow("Chromium history files, companions kept")
+        << u"Google Chrome"_s << u"history"_s
+        << QStringList{chrome + u"Current Session"_s,
+                       chrome + u"Last Tabs"_s,
+                       chrome + u"Visited Links"_s,
+                       chrome + u"session.db-journal"_s,
+                       chrome + u"History Index 2026-11/session.dbak"_s,
+                       kChrome + u"/Profile 1/Shortcuts"_s}
+        << QStringList{chrome + u"History"_s, chrome + u"History-journal"_s,
+                       chrome + u"History Index 2026-11/other"_s, chrome + u"Bookmarks"_s};
+    QTest::newRow("Chromium favicons")
+        << u"Google Chrome"_s << u"favicons"_s
+        << QStringList{chrome + u"Favicons"_s, chrome + u"Favicons-journal"_s, chrome + u"Thumbnails"_s}
+        << QStringList{chrome + u"History"_s};
+    QTest::newRow("Opera webpage: its root is its profile")
+        << u"Opera"_s << u"webpage"_s << QStringList{kOpera + u"/Top Sites"_s, kOpera + u"/thumbnails.db"_s}
+        << QStringList{chrome + u"Top Sites"_s};
+    QTest::newRow("Chromium downloads with the system's records")
+        << u"Google Chrome"_s << u"downloads"_s << kQuarantine << QStringList{chrome + u"History"_s};
+    QTest::newRow("Firefox forms, in folders only")
+        << u"Firefox"_s << u"forms"_s << QStringList{ff + u"formhistory.sqlite"_s}
+        << QStringList{u"Documents/linked/formhistory.sqlite"_s, ff + u"logins.json"_s};
+    QTest::newRow("Firefox favicons") << u"Firefox"_s << u"favicons"_s
+                                      << QStringList{ff + u"favicons.sqlite"_s, ff + u"favicons.sqlite-wal"_s,
+                                                     ff + u"favicons.sqlite-shm"_s}
+                                      << QStringList{ff + u"places.sqlite"_s};
+    QTest::newRow("Firefox history sessions")
+        << u"Firefox"_s << u"history"_s
+        << QStringList{ff + u"sessionstore.js"_s, ff + u"sessionstore-backups/recovery.jsonlz4"_s}
+        << QStringList{ff + u"places.sqlite"_s, ff + u"bookmarkbackups/b.jsonlz4"_s};
+    QTest::newRow("Firefox websitePrefs")
+        << u"Firefox"_s << u"websitePrefs"_s << QStringList{ff + u"content-prefs.sqlite"_s}
+        << QStringList{ff + u"search.json.mozlz4"_s};
+    QTest::newRow("Firefox searchEngines")
+        << u"Firefox"_s << u"searchEngines"_s << QStringList{ff + u"search.json.mozlz4"_s}
+        << QStringList{ff + u"content-prefs.sqlite"_s};
+    QTest::newRow("Firefox webpage: nothing") << u"Firefox"_s << u"webpage"_s << QStringList() << everything;
+    QTest::newRow("an unknown browser: nothing")
+        << u"Netscape"_s << u"history"_s << QStringList() << everything;
+}
+
+void TestHistoryCleaner::eachCategoryRemovesItsFiles()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, category);
+    QFETCH(QStringList, gone);
+    QFETCH(QStringList, kept);
+    TestHome home;
+    F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
+    for (const QString& path : gone + kept)
+        home.file(path);
+    home.file(kFirefox + u"/plain-file"_s);
+    QVERIFY(QFile::link(home.path(u"Documents/linked"_s), home.path(kFirefox + u"/linked"_s)));
+    clean(home, browser, {category});
+    for (const QString& path : gone)
+        QVERIFY2(!home.exists(path), qPrintable(path));
+    for (const QString& path : kept)
+        QVERIFY2(home.exists(path), qPrintable(path));
+}
+
+void TestHistoryCleaner::chromiumDatabasesKeepWhatTheCategorySpares_data()
+{
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QString>("database");
+    QTest::addColumn<TableCounts>("counts");
+    QTest::newRow("history keeps the downloads")
+        << u"history"_s << u"History"_s << TableCounts{{u"urls"_s, 0},         {u"visits"_s, 0},
+                                                       {u"visit_source"_s, 0}, {u"keyword_search_terms"_s, 0},
+                                                       {u"downloads"_s, 1},    {u"segments"_s, 1}};
+    QTest::newRow("downloads keep the history")
+        << u"downloads"_s << u"History"_s
+        << TableCounts{{u"downloads"_s, 0}, {u"segments"_s, 0}, {u"segment_usage"_s, 0}, {u"urls"_s, 2}};
+    QTest::newRow("forms keep search engines and sign-ins") << u"forms"_s << u"Web Data"_s
+                                                            << TableCounts{{u"autofill"_s, 0},
+                                                                           {u"autofill_profiles"_s, 0},
+                                                                           {u"credit_cards"_s, 0},
+                                                                           {u"keywords"_s, 2},
+                                                                           {u"token_service"_s, 1}};
+    QTest::newRow("searchEngines keep the built-in one")
+        << u"searchEngines"_s << u"Web Data"_s
+        << TableCounts{{u"keywords"_s, 1}, {u"autofill"_s, 1}, {u"token_service"_s, 1}};
+}
+
+void TestHistoryCleaner::chromiumDatabasesKeepWhatTheCategorySpares()
+{
+    QFETCH(QString, category);
+    QFETCH(QString, database);
+    QFETCH(TableCounts, counts);
+    TestHome home;
+    F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
+    const QStringList profiles{kChrome + u"/Default"_s, kChrome + u"/Profile 1"_s, kOpera};
+    for (const QString& profile : profiles)
+        F::chromiumHistory(home, profile);
+    clean(home, u"Google Chrome"_s, {category});
+    clean(home, u"Opera"_s, {category});
+    for (const QString& profile : profiles) {
+        for (auto it = counts.cbegin(); it != counts.cend(); ++it)
+            QVERIFY2(F::rowCount(home.path(profile + u'/' + database), it.key()) == it.value(),
+                     qPrintable(profile + u' ' + it.key()));
+    }
+    if (category == u"searchEngines"_s)
+        QCOMPARE(rows(home.path(kOpera + u"/Web Data"_s), u"SELECT short_name FROM keywords"_s)
+                     .first()
+                     .value(u"short_name"_s),
+                 QVariant(u"DuckDuckGo"_s));
+}
+
+void TestHistoryCleaner::firefoxHistoryKeepsBookmarkedPlaces()
+{
+    TestHome home;
+    F::firefoxPlaces(home, u"a.default"_s, {});
+    const QString places = home.path(kFirefox + u"/a.default/places.sqlite"_s);
+    clean(home, u"Firefox"_s, {u"history"_s});
+    const auto left =
+        rows(places, u"SELECT id, visit_count, frecency, last_visit_date FROM moz_places ORDER BY id"_s);
+    QCOMPARE(left.size(), 5); // place 2, visited and not bookmarked, is the only one gone
+    QCOMPARE(left.at(0).value(u"id"_s).toInt(), 1);
+    QCOMPARE(left.at(0).value(u"visit_count"_s).toInt(), 0);
+    QCOMPARE(left.at(0).value(u"frecency"_s).toInt(), 0);
+    QVERIFY(left.at(0).value(u"last_visit_date"_s).isNull());
+    QCOMPARE(left.at(1).value(u"id"_s).toInt(), 3);
+    QCOMPARE(left.at(1).value(u"frecency"_s).toInt(), -1); // never visited: untouched
+    QCOMPARE(F::rowCount(places, u"moz_historyvisits"_s), 0);
+    QCOMPARE(F::rowCount(places, u"moz_inputhistory"_s), 0);
+    QCOMPARE(F::rowCount(places, u"moz_bookmarks"_s), 3);
+    QCOMPARE(rows(places, u"PRAGMA integrity_check"_s).first().value(u"integrity_check"_s),
+             QVariant(u"ok"_s));
+}
+
+void TestHistoryCleaner::firefoxDownloadsTakePlacesNamedLikeThem_data()
+{
+    QTest::addColumn<QStringList>("downloads");
+    QTest::addColumn<QList<int>>("places");
+    QTest::addColumn<int>("annotations");
+    QTest::newRow("a quote leaves that one place")
+        << QStringList{u"a.zip"_s, u"b.pdf"_s, u"it's.txt"_s} << QList<int>{1, 2, 3, 6} << 0;
+    QTest::newRow("no downloads: no change") << QStringList() << QList<int>{1, 2, 3, 4, 5, 6} << 1;
+}
+
+void TestHistoryCleaner::firefoxDownloadsTakePlacesNamedLikeThem()
+{
+    QFETCH(QStringList, downloads);
+    QFETCH(QList<int>, places);
+    QFETCH(int, annotations);
+    TestHome home;
+    F::firefoxPlaces(home, u"a.default"_s, downloads);
+    for (const QString& record : kQuarantine)
+        home.file(record);
+    clean(home, u"Firefox"_s, {u"downloads"_s});
+    const QString database = home.path(kFirefox + u"/a.default/places.sqlite"_s);
+    QList<int> left;
+    for (const QVariantMap& row : rows(database, u"SELECT id FROM moz_places ORDER BY id"_s))
+        left.append(row.value(u"id"_s).toInt());
+    QCOMPARE(left, places);
+    QCOMPARE(F::rowCount(database, u"moz_annos"_s), annotations);
+    QVERIFY(!home.exists(kFirefox + u"/a.default/downloads.sqlite"_s));
+    for (const QString& record : kQuarantine)
+        QVERIFY(!home.exists(record));
+}
+
+void TestHistoryCleaner::safariTopSitesKeepThePinnedOnes()
+{
+    TestHome home;
+    const auto site = [](const QString& url, const QVariant& pinned) {
+        QVariantMap entry{{u"TopSiteURLString"_s, url}};
+        if (pinned.isValid())
+            entry.insert(u"TopSiteIsPinned"_s, pinned);
+        return entry;
+    };
+    const QVariantList sites{site(u"a"_s, true),     site(u"b"_s, false), site(u"c"_s, qint64(1)),
+                             site(u"d"_s, u"YES"_s), site(u"e"_s, {}),    site(u"f"_s, true)};
+    const QVariantMap topSites{{u"TopSites"_s, sites}, {u"DisplayedSitesLastModified"_s, qint64(7)}};
+    QVERIFY(
+        PlistFixtures::writeFile(home.path(kSafari + u"TopSites.plist"_s), PlistFixtures::binary(topSites)));
+    clean(home, u"Safari"_s, {u"history"_s});
+    QCOMPARE(plist(home.path(kSafari + u"TopSites.plist"_s)),
+             QVariant(QVariantMap{{u"TopSites"_s, QVariantList{sites.at(0), sites.at(5)}},
+                                  {u"DisplayedSitesLastModified"_s, qint64(7)}}));
+
+    TestHome empty; // no top sites yet: a file with none
+    empty.folder(kSafari);
+    clean(empty, u"Safari"_s, {u"history"_s});
+    QCOMPARE(plist(empty.path(kSafari + u"TopSites.plist"_s)),
+             QVariant(QVariantMap{{u"TopSites"_s, QVariantList()}}));
+}
+
+void TestHistoryCleaner::safariLastSessionKeepsPinnedTabs_data()
+{
+    QTest::addColumn<QVariantMap>("session");
+    QTest::addColumn<QVariant>("after"); // invalid: the file is gone
+    const QVariantList pinned{QVariantMap{{u"URL"_s, u"https://pinned.example/"_s}}};
+    const auto window = [](const QString& name) {
+        return QVariantMap{{u"Name"_s, name}, {u"TabStates"_s, QVariantList{u"tab"_s}}};
+    };
+    QTest::newRow("no pinned tabs: the file goes")
+        << QVariantMap{{u"SessionWindows"_s, QVariantList{window(u"1"_s)}}} << QVariant();
+    QTest::newRow("pinned tabs: the first window without its tabs")
+        << QVariantMap{{u"SessionPinnedTabs"_s, pinned},
+                       {u"SessionWindows"_s, QVariantList{window(u"1"_s), window(u"2"_s), window(u"3"_s)}},
+                       {u"SessionVersion"_s, u"1.0"_s}}
+        << QVariant(QVariantMap{{u"SessionPinnedTabs"_s, pinned},
+                                {u"SessionWindows"_s, QVariantList{QVariantMap{{u"Name"_s, u"1"_s}}}},
+                                {u"SessionVersion"_s, u"1.0"_s}});
+    const QVariantMap noWindows{{u"SessionPinnedTabs"_s, QVariantList()},
+                                {u"SessionWindows"_s, QVariantList()}};
+    QTest::newRow("pinned but no windows: as it was") << noWindows << QVariant(noWindows);
+}
+
+void TestHistoryCleaner::safariLastSessionKeepsPinnedTabs()
+{
+    QFETCH(QVariantMap, session);
+    QFETCH(QVariant, after);
+    TestHome home;
+    const QString path = home.path(kSafari + u"LastSession.plist"_s);
+    QVERIFY(PlistFixtures::writeFile(path, PlistFixtures::binary(session)));
+    clean(home, u"Safari"_s, {u"history"_s});
+    QCOMPARE(plist(path), after);
+}
+
+void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("order, integers and reals kept")
+        << QByteArray(R"({"partition":{"per_host_zoom_levels":{"x":{"a.org":1.5}}},"profile":{"name":"Ich",)"
+                      R"("content_settings":{"exceptions":{}},"exit_type":"Normal"},"id":13345678901234567,)"
+                      R"("zoom":-0.5,"bookmark_bar":{"show_on_all_tabs":true}})")
+        << QByteArray(R"({"profile":{"name":"Ich","exit_type":"Normal"},"id":13345678901234567,"zoom":-0.5,)"
+                      R"("bookmark_bar":{"show_on_all_tabs":true}})");
+    QTest::newRow("a profile that is no object stays")
+        << QByteArray(R"({"profile":"x","a":[1,"\u00e9"]})")
+        << QByteArray("{\"profile\":\"x\",\"a\":[1,\"\xc3\xa9\"]}");
+    QTest::newRow("not JSON") << QByteArray("{\"partition\":") << QByteArray("{}");
+    QTest::newRow("not UTF-8: left as it is")
+        << QByteArray("{\"partition\":\"\xff\"}") << QByteArray("{\"partition\":\"\xff\"}");
+}
+
+void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    TestHome home;
+    const QString preferences = home.file(kChrome + u"/Default/Preferences"_s, before);
+    QFile::setPermissions(preferences, QFile::ReadOwner | QFile::WriteOwner);
+    F::localState(home, kChrome, {u"Default"_s});
+    clean(home, u"Google Chrome"_s, {u"websitePrefs"_s});
+    QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s), after);
+    QCOMPARE(QFile::permissions(preferences) & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther),
+             QFile::ReadOwner);
+}
+
+QTEST_GUILESS_MAIN(TestHistoryCleaner)
+#include "tst_historycleaner.moc"
