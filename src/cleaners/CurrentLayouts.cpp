@@ -6,6 +6,10 @@
 #include "platform/UserDefaults.h"
 #include "sandbox/Sandbox.h"
 
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 enum class Family
@@ -14,16 +18,26 @@ enum class Family
     Firefox,
 };
 
-// One row: below each profile folder, remove a path, run statements on a database there, or delete
-// the sites' keys from a LevelDB store there.
+// Where a row's path starts.
+enum class Base
+{
+    Profile,      // each profile folder
+    ProfileCache, // each profile's cache folder
+    DataRoot,     // once, the browser's data root
+};
+
+// One row: remove a path (its last component may be a glob: "?", "*"), or run statements on a
+// database there, or delete keys from a JSON file there, or delete the sites' keys from a LevelDB store
+// there.
 struct Step
 {
     Family family;
     const char* category;
     const char* path;
-    QStringList sql = {}; // empty: remove the path (unless siteKeys)
+    QStringList sql = {};             // each statement, then "VACUUM;"
+    QList<QStringList> jsonKeys = {}; // each a path through nested objects
     bool siteKeys = false;
-    bool onceBelowDataRoot = false; // not per profile: once, below the browser's data root
+    Base base = Base::Profile;
 };
 
 // Chromium's local storage keys name their origin: "_<origin>\0<key>", "META:<origin>",
@@ -52,7 +66,7 @@ const QList<Step>& steps()
         {Family::Chromium, "cookies", "Device Bound Sessions", {}},
         {Family::Chromium, "cookies", "MediaDeviceSalts", {}},
         {Family::Firefox, "cookies", "bounce-tracking-protection.sqlite", {}},
-        {Family::Chromium, "databases", "Local Storage/leveldb", {}, true},
+        {Family::Chromium, "databases", "Local Storage/leveldb", {}, {}, true},
         {Family::Chromium, "databases", "Session Storage", {}},
         {Family::Chromium, "databases", "File System", {}},
         {Family::Chromium, "databases", "blob_storage", {}},
@@ -73,10 +87,10 @@ const QList<Step>& steps()
         {Family::Chromium, "cache", "Network/Network Persistent State", {}},
         {Family::Chromium, "cache", "Network/TransportSecurity", {}},
         {Family::Chromium, "cache", "SCT Auditing Pending Reports", {}},
-        {Family::Chromium, "cache", "GrShaderCache", {}, false, true},
-        {Family::Chromium, "cache", "GraphiteDawnCache", {}, false, true},
-        {Family::Chromium, "cache", "ShaderCache", {}, false, true},
-        {Family::Chromium, "cache", "GPUPersistentCache", {}, false, true},
+        {Family::Chromium, "cache", "GrShaderCache", {}, {}, false, Base::DataRoot},
+        {Family::Chromium, "cache", "GraphiteDawnCache", {}, {}, false, Base::DataRoot},
+        {Family::Chromium, "cache", "ShaderCache", {}, {}, false, Base::DataRoot},
+        {Family::Chromium, "cache", "GPUPersistentCache", {}, {}, false, Base::DataRoot},
         {Family::Firefox, "cache", "AlternateServices.bin", {}},
         {Family::Firefox, "cache", "AlternateServices.txt", {}},
         {Family::Firefox, "cache", "SiteSecurityServiceState.bin", {}},
@@ -85,8 +99,130 @@ const QList<Step>& steps()
         {Family::Firefox, "databases", "storage/ls-archive.sqlite", {}},
         {Family::Firefox, "databases", "storage.sqlite", {}},
         {Family::Firefox, "databases", "serviceworker.txt", {}},
+        {Family::Chromium, "history", "Sessions"},
+        {Family::Chromium, "history", "Sessions_Encrypted"},
+        {Family::Chromium, "history", "History Index ????" "-??"},
+        {Family::Chromium, "history", "HistoryEmbeddings"},
+        {Family::Chromium, "history", "Visited Links"},
+        {Family::Chromium,
+         "history",
+         "History",
+         {u"DELETE FROM visited_links"_s, u"DELETE FROM content_annotations"_s,
+          u"DELETE FROM context_annotations"_s, u"DELETE FROM clusters"_s,
+          u"DELETE FROM clusters_and_visits"_s, u"DELETE FROM cluster_keywords"_s,
+          u"DELETE FROM cluster_visit_duplicates"_s}},
+        // What the browser learnt from visits; the user's own per-site choices stay.
+        {Family::Chromium,
+         "history",
+         "Preferences",
+         {},
+         {{u"zerosuggest"_s, u"cachedresults"_s},
+          {u"zerosuggest"_s, u"cachedresults_with_url"_s},
+          {u"prefetch"_s, u"search_prefetch"_s, u"cache"_s},
+          {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"site_engagement"_s},
+          {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"media_engagement"_s},
+          {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"app_banner"_s}}},
+        {Family::Chromium, "history", "shared_proto_db"},
+        {Family::Chromium, "history", "segmentation_platform", {}, {}, false, Base::DataRoot},
+        {Family::Chromium,
+         "forms",
+         "Web Data",
+         {u"DELETE FROM autocomplete"_s, u"DELETE FROM addresses"_s, u"DELETE FROM address_type_tokens"_s,
+          u"DELETE FROM contact_info"_s, u"DELETE FROM contact_info_type_tokens"_s,
+          u"DELETE FROM local_addresses"_s, u"DELETE FROM local_addresses_type_tokens"_s,
+          u"DELETE FROM local_stored_cvc"_s, u"DELETE FROM local_ibans"_s,
+          u"DELETE FROM autofill_ai_entities"_s, u"DELETE FROM autofill_ai_attributes"_s}},
+        {Family::Chromium,
+         "downloads",
+         "History",
+         {u"DELETE FROM downloads_url_chains"_s, u"DELETE FROM downloads_slices"_s}},
+        {Family::Chromium, "downloads", "DownloadMetadata"},
+        {Family::Firefox, "history", "sessionstore.jsonlz4"},
+        {Family::Firefox, "history", "sessionCheckpoints.json"},
+        {Family::Firefox,
+         "history",
+         "places.sqlite",
+         {u"DELETE FROM moz_places_metadata"_s, u"DELETE FROM moz_places_metadata_search_queries"_s,
+          u"DELETE FROM moz_historyvisits_extra"_s, u"DELETE FROM moz_previews_tombstones"_s,
+          u"DELETE FROM moz_origins WHERE id NOT IN (SELECT origin_id FROM moz_places)"_s,
+          u"DELETE FROM moz_annos WHERE place_id NOT IN (SELECT id FROM moz_places)"_s}},
+        {Family::Firefox, "history", "SiteSecurityServiceState.bin"},
+        {Family::Firefox, "webpage", "thumbnails", {}, {}, false, Base::ProfileCache},
+        {Family::Firefox, "downloads", "downloads.json"},
+        {Family::Firefox,
+         "downloads",
+         "places.sqlite",
+         {u"DELETE FROM moz_annos WHERE anno_attribute_id IN (SELECT id FROM moz_anno_attributes WHERE name "
+          u"LIKE "
+          u"'downloads/%')"_s,
+          u"DELETE FROM moz_historyvisits WHERE visit_type = 7"_s}},
     };
     return table;
+}
+
+// A profile's folder and its cache folder, as reference paths.
+struct Folders
+{
+    QString profile;
+    QString cache;
+};
+
+QList<Folders> profileFolders(const CleanerServices& services, const QString& browser)
+{
+    QList<Folders> folders;
+    if (browser == BrowserCatalogue::firefox) {
+        const QString root = BrowserCatalogue::firefoxProfilesRoot;
+        for (const QString& name : services.sandbox.folderContentsOf(root)) {
+            if (const std::optional<QString> profile = services.sandbox.childPath(root, name))
+                folders.append({*profile, u"~/Library/Caches/Firefox/Profiles/"_s + name});
+        }
+        return folders;
+    }
+    const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
+    const QString cacheRoot = BrowserCatalogue::chromiumCacheRoot(browser);
+    for (const QString& key : Profiles::chromiumFamilyKeys(services, browser))
+        folders.append({Profiles::profileFolder(dataRoot, key), Profiles::profileFolder(cacheRoot, key)});
+    return folders;
+}
+
+// The row's path below the folder; a glob in its last component gives every entry that matches.
+QStringList targets(const CleanerServices& services, const QString& folder, const QString& path)
+{
+    const QString full = folder + u'/' + path;
+    const qsizetype slash = full.lastIndexOf(u'/');
+    const QString name = full.mid(slash + 1);
+    if (!name.contains(u'?') && !name.contains(u'*'))
+        return {full};
+    const QString parent = full.left(slash);
+    const QRegularExpression glob(QRegularExpression::wildcardToRegularExpression(name));
+    QStringList matches;
+    for (const QString& entry : services.sandbox.folderContentsOf(parent)) {
+        if (glob.match(entry).hasMatch()) {
+            if (const std::optional<QString> match = services.sandbox.childPath(parent, entry))
+                matches.append(*match);
+        }
+    }
+    return matches;
+}
+
+void apply(const CleanerServices& services, const Step& step, const QString& folder)
+{
+    Sandbox& sandbox = services.sandbox;
+    for (const QString& path : targets(services, folder, QLatin1String(step.path))) {
+        if (step.siteKeys) {
+            sandbox.removeLevelDbKeys(path, isSiteKey);
+        } else if (!step.jsonKeys.isEmpty()) {
+            sandbox.removeJsonKeys(path, step.jsonKeys);
+        } else if (!step.sql.isEmpty()) {
+            if (!sandbox.fileExists(path))
+                continue;
+            for (const QString& statement : step.sql)
+                sandbox.runSql(statement, path);
+            sandbox.runSql(u"VACUUM;"_s, path);
+        } else {
+            sandbox.remove(path);
+        }
+    }
 }
 
 } // namespace
@@ -98,32 +234,20 @@ void supplement(const CleanerServices& services, const QString& browser, const Q
     if (!services.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts))
         return;
     const bool firefox = browser == BrowserCatalogue::firefox;
-    const QStringList profiles =
-        firefox ? Profiles::firefox(services) : Profiles::chromiumFamily(services, browser);
-    const Family family = firefox ? Family::Firefox : Family::Chromium;
-    const auto apply = [&](const Step& step, const QString& folder) {
-        const QString path = folder + QLatin1Char('/') + QLatin1String(step.path);
-        if (step.siteKeys) {
-            services.sandbox.removeLevelDbKeys(path, isSiteKey);
-        } else if (step.sql.isEmpty()) {
-            services.sandbox.remove(path);
-        } else {
-            for (const QString& statement : step.sql)
-                services.sandbox.runSql(statement, path);
-            services.sandbox.runSql(QStringLiteral("VACUUM;"), path);
-        }
-    };
-    for (const QString& profile : profiles) {
-        for (const Step& step : steps()) {
-            if (step.family == family && category == QLatin1String(step.category) && !step.onceBelowDataRoot)
-                apply(step, profile);
-        }
-    }
     const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
+    if (!firefox && dataRoot.isEmpty())
+        return;
+    const Family family = firefox ? Family::Firefox : Family::Chromium;
+    const QList<Folders> profiles = profileFolders(services, browser);
     for (const Step& step : steps()) {
-        if (step.family == family && category == QLatin1String(step.category) && step.onceBelowDataRoot &&
-            !dataRoot.isEmpty())
-            apply(step, dataRoot);
+        if (step.family != family || category != QLatin1String(step.category))
+            continue;
+        if (step.base == Base::DataRoot)
+            apply(services, step, dataRoot);
+        for (const Folders& folders : profiles) {
+            if (step.base != Base::DataRoot)
+                apply(services, step, step.base == Base::Profile ? folders.profile : folders.cache);
+        }
     }
 }
 

@@ -1,7 +1,8 @@
 #!/bin/bash
 # Real Chromium: a profile the browser made, after visiting two pages. corvella-clean removes the
 # whole history group; History stays a sound database without its visits, Preferences loses only
-# its per-site settings (every other key in its place, every number as it was), the search engines
+# its per-site settings and cached suggestions (every other key in its place, every number as it
+# was), the search engines
 # that came with the browser stay, and Chromium opens the profile again and records new history.
 # Usage: chromium-history.sh BIN_DIR   (exit 77: skipped)
 set -u
@@ -54,6 +55,9 @@ before = json.load(open(sys.argv[1]))
 after = open(sys.argv[2], encoding="utf-8").read()
 before.pop("partition", None)
 before.get("profile", {}).pop("content_settings", None)
+for key in ("cachedresults", "cachedresults_with_url"):
+    before.get("zerosuggest", {}).pop(key, None)
+before.get("prefetch", {}).get("search_prefetch", {}).pop("cache", None)
 sys.exit(after != json.dumps(before, separators=(",", ":"), ensure_ascii=False))
 PY' "Preferences changed beyond its per-site settings"
 

@@ -58,6 +58,9 @@ class TestHistoryCleaner : public QObject
 private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
+    void todaysLayoutsLoseTheSameCategory_data();
+    void todaysLayoutsLoseTheSameCategory();
+    void historyForgetsWhatVisitsTaughtPreferences();
     void chromiumDatabasesKeepWhatTheCategorySpares_data();
     void chromiumDatabasesKeepWhatTheCategorySpares();
     void firefoxHistoryKeepsBookmarkedPlaces();
@@ -68,6 +71,10 @@ private slots:
     void safariLastSessionKeepsPinnedTabs();
     void websitePrefsRewriteKeepsEverythingElse_data();
     void websitePrefsRewriteKeepsEverythingElse();
+
+private:
+    // Runs the row's category and checks which files went and which stayed.
+    void removesAndKeeps(bool currentLayouts);
 };
 
 void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
@@ -156,11 +163,48 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
 
 void TestHistoryCleaner::eachCategoryRemovesItsFiles()
 {
+    removesAndKeeps(false);
+}
+
+void TestHistoryCleaner::todaysLayoutsLoseTheSameCategory_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QStringList>("gone");
+    QTest::addColumn<QStringList>("kept");
+    const QString chrome = kChrome + u"/Default/"_s;
+    const QString ff = kFirefox + u"/a.default/"_s;
+    QTest::newRow("Chromium history")
+        << u"Google Chrome"_s << u"history"_s
+        << QStringList{chrome + u"Sessions/Session_1"_s, chrome + u"History Index 2026-11"_s,
+                       chrome + u"shared_proto_db/x"_s, kChrome + u"/segmentation_platform/s"_s}
+        << QStringList{chrome + u"History Index"_s, chrome + u"Bookmarks"_s, chrome + u"Extensions/e"_s};
+    QTest::newRow("Chromium downloads")
+        << u"Google Chrome"_s << u"downloads"_s << QStringList{chrome + u"DownloadMetadata"_s}
+        << QStringList{chrome + u"Sessions/Session_1"_s};
+    QTest::newRow("Firefox history") << u"Firefox"_s << u"history"_s
+                                     << QStringList{ff + u"sessionstore.jsonlz4"_s,
+                                                    ff + u"SiteSecurityServiceState.bin"_s}
+                                     << QStringList{ff + u"logins.json"_s, ff + u"key4.db"_s};
+    QTest::newRow("Firefox webpage: the thumbnails in its cache")
+        << u"Firefox"_s << u"webpage"_s
+        << QStringList{u"Library/Caches/Firefox/Profiles/a.default/thumbnails/t"_s}
+        << QStringList{u"Library/Caches/Firefox/Profiles/a.default/cache2/c"_s, ff + u"prefs.js"_s};
+}
+
+void TestHistoryCleaner::todaysLayoutsLoseTheSameCategory()
+{
+    removesAndKeeps(true);
+}
+
+void TestHistoryCleaner::removesAndKeeps(bool currentLayouts)
+{
     QFETCH(QString, browser);
     QFETCH(QString, category);
     QFETCH(QStringList, gone);
     QFETCH(QStringList, kept);
     TestHome home;
+    home.t.defaults.setBool(currentLayouts, SettingsKeys::cleanCurrentLayouts);
     F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
     for (const QString& path : gone + kept)
         home.file(path);
@@ -171,6 +215,20 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles()
         QVERIFY2(!home.exists(path), qPrintable(path));
     for (const QString& path : kept)
         QVERIFY2(home.exists(path), qPrintable(path));
+}
+
+void TestHistoryCleaner::historyForgetsWhatVisitsTaughtPreferences()
+{
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    F::localState(home, kChrome, {u"Default"_s});
+    home.file(kChrome + u"/Default/Preferences"_s,
+              R"({"zerosuggest":{"cachedresults":"r","other":1},"profile":{"content_settings":{"exceptions":)"
+              R"({"site_engagement":{"a.org":{}},"cookies":{"a.org":{"setting":2}}}}}})");
+    clean(home, u"Google Chrome"_s, {u"history"_s});
+    QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s),
+             QByteArray(R"({"zerosuggest":{"other":1},"profile":{"content_settings":{"exceptions":)"
+                        R"({"cookies":{"a.org":{"setting":2}}}}}})"));
 }
 
 void TestHistoryCleaner::chromiumDatabasesKeepWhatTheCategorySpares_data()
