@@ -71,8 +71,6 @@ chmod 777 "$work"
 runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin \
     dbus-run-session -- "$work/scenario.sh" "$work" 2>/dev/null
 
-fail=0
-check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
 exit_time=$(cat "$work/exit.time")
 mapfile -t runs < <(grep "Corvella removal run for Firefox: Cookies, Cache" "$work/agent.log" | cut -d' ' -f1)
 check '[ ${#runs[@]} -eq 4 ]' "expected two removal runs for each of two quits, saw ${#runs[@]}"

@@ -23,7 +23,6 @@ rm -rf "$home/.config/corvella" "$home/.config/chromium" "$home/.cache/chromium"
 install -d -o "$user" "$home/.config"
 profile=$home/.config/chromium/Default
 
-as_user() { runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$@"; }
 visit() {
     as_user timeout 90 "$chromium" --headless=new --no-sandbox --no-first-run --disable-gpu \
         --user-data-dir="$home/.config/chromium" \
@@ -31,8 +30,6 @@ visit() {
 }
 query() { as_user sqlite3 "$profile/$1" "$2"; }
 
-fail=0
-check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
 visit one && visit two
 check '[ "$(query History "SELECT count(*) FROM urls")" -ge 2 ]' \
     "Chromium recorded no history: $(tail -n 3 "$work"/chromium-*.log)"

@@ -60,8 +60,6 @@ chmod 777 "$work"
 runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin \
     dbus-run-session -- "$work/scenario.sh" "$work" "$chromium" 2>/dev/null
 
-fail=0
-check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
 check '[ -n "$(cat "$work/chromium.pid")" ]' "Chromium did not start: $(tail -5 "$work/chromium.log")"
 check '[ "$(cat "$work/clean.rc")" = 4 ] && grep -q "Chromium is running" "$work/clean.log"' \
     "corvella-clean must exit 4 while Chromium runs without a lock file: rc $(cat "$work/clean.rc"), $(cat "$work/clean.log")"

@@ -23,15 +23,12 @@ rm -rf "$home/.config/corvella" "$home/.mozilla"
 profile=$home/.mozilla/firefox/test.default
 install -d -o "$user" "$home/.config" "$home/.mozilla" "$home/.mozilla/firefox" "$profile"
 
-as_user() { runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$@"; }
 visit() {
     as_user timeout 90 "$firefox" --headless --no-remote --profile "$profile" \
         --screenshot "$work/$1.png" "file://$work/$1.html" > "$work/firefox-$1.log" 2>&1
 }
 places() { as_user sqlite3 "$profile/places.sqlite" "$1"; }
 
-fail=0
-check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
 visit kept && visit gone
 check '[ "$(places "SELECT count(*) FROM moz_historyvisits")" -ge 2 ]' \
     "Firefox recorded no visits: $(tail -n 3 "$work"/firefox-*.log)"

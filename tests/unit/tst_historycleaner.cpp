@@ -35,6 +35,14 @@ void clean(TestHome& home, const QString& browser, const QStringList& categories
         cleaners.removeBrowserHistory(browser, category);
 }
 
+void fileColumns()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QStringList>("gone");
+    QTest::addColumn<QStringList>("kept");
+}
+
 QList<QVariantMap> rows(const QString& database, const QString& sql)
 {
     Sqlite db;
@@ -79,10 +87,7 @@ private:
 
 void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
 {
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QString>("category");
-    QTest::addColumn<QStringList>("gone");
-    QTest::addColumn<QStringList>("kept");
+    fileColumns();
     const QString chrome = kChrome + u"/Default/"_s;
     const QString ff = kFirefox + u"/a.default/"_s;
     const QStringList everything{kSafari + u"History.db"_s,    kSafari + u"Form Values/f"_s,
@@ -168,10 +173,7 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles()
 
 void TestHistoryCleaner::todaysLayoutsLoseTheSameCategory_data()
 {
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QString>("category");
-    QTest::addColumn<QStringList>("gone");
-    QTest::addColumn<QStringList>("kept");
+    fileColumns();
     const QString chrome = kChrome + u"/Default/"_s;
     const QString ff = kFirefox + u"/a.default/"_s;
     QTest::newRow("Chromium history")
