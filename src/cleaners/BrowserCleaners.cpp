@@ -1,37 +1,54 @@
 #include "cleaners/BrowserCleaners.h"
 
-BrowserCleaners::BrowserCleaners(const CleanerServices& services)
-    : m_services(services), m_scripts(services.sandbox, services.log), m_cookies(services, m_scripts),
-      m_storage(services), m_plugins(services), m_cache(services, m_scripts, m_cookies),
-      m_history(services, m_scripts)
+#include "core/BrowserCatalogue.h"
+
+BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base)
+    : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log},
+      scripts(sandbox, base.log), cookies(services, scripts), storage(services), plugins(services),
+      cache(services, scripts, cookies), history(services, scripts)
 {}
+
+BrowserCleaners::BrowserCleaners(const CleanerServices& services) : m_services(services) {}
+
+void BrowserCleaners::forEachInstall(const QString& browser, const std::function<void(Units&)>& run)
+{
+    const QString root = browser == BrowserCatalogue::firefox ? BrowserCatalogue::firefoxProfilesRoot
+                                                              : BrowserCatalogue::chromiumDataRoot(browser);
+    const QList<PathLayout::Install> installs = root.isEmpty()
+                                                    ? QList<PathLayout::Install>{PathLayout::Install::Native}
+                                                    : m_services.sandbox.installsOf(root);
+    for (const PathLayout::Install install : installs) {
+        Units units(m_services.sandbox.forInstall(install), m_services);
+        run(units);
+    }
+}
 
 void BrowserCleaners::removeCookies(const QString& browser)
 {
-    m_cookies.removeCookies(browser);
+    forEachInstall(browser, [&](Units& units) { units.cookies.removeCookies(browser); });
 }
 
 void BrowserCleaners::removeNonFavLocalStorage(const QString& browser)
 {
-    m_storage.removeNonFavLocalStorage(browser);
+    forEachInstall(browser, [&](Units& units) { units.storage.removeNonFavLocalStorage(browser); });
 }
 
 void BrowserCleaners::removeFlash(const QString& browser)
 {
-    m_plugins.removeFlash(browser);
+    forEachInstall(browser, [&](Units& units) { units.plugins.removeFlash(browser); });
 }
 
 void BrowserCleaners::removeSilverlight()
 {
-    m_plugins.removeSilverlight();
+    forEachInstall(QString(), [&](Units& units) { units.plugins.removeSilverlight(); });
 }
 
 void BrowserCleaners::removeBrowserCache(const QString& browser)
 {
-    m_cache.removeBrowserCache(browser);
+    forEachInstall(browser, [&](Units& units) { units.cache.removeBrowserCache(browser); });
 }
 
 void BrowserCleaners::removeBrowserHistory(const QString& browser, const QString& ofType)
 {
-    m_history.removeBrowserHistory(browser, ofType);
+    forEachInstall(browser, [&](Units& units) { units.history.removeBrowserHistory(browser, ofType); });
 }

@@ -8,9 +8,11 @@
 #include "cleaners/PluginCleaner.h"
 #include "cleaners/StorageCleaner.h"
 #include "sandbox/HelperScripts.h"
+#include "sandbox/Sandbox.h"
 
 // The cleaners of the five browsers' data, working only through the file layer: the one dispatcher
-// a removal run calls, handing each category to its unit.
+// a removal run calls, handing each category to its unit. A browser installed in several ways (from
+// the distribution, as a Flatpak, as a Snap) is cleaned in the folders of each install that has any.
 class BrowserCleaners final : public Cleaners
 {
 public:
@@ -24,11 +26,21 @@ public:
     void removeBrowserHistory(const QString& browser, const QString& ofType) override;
 
 private:
+    // Every cleaner, over one install's folders.
+    struct Units
+    {
+        Units(const Sandbox& installSandbox, const CleanerServices& services);
+
+        Sandbox sandbox;
+        CleanerServices services;
+        HelperScripts scripts;
+        CookieCleaner cookies;
+        StorageCleaner storage;
+        PluginCleaner plugins;
+        CacheCleaner cache;
+        HistoryCleaner history;
+    };
+    void forEachInstall(const QString& browser, const std::function<void(Units&)>& run);
+
     CleanerServices m_services;
-    HelperScripts m_scripts;
-    CookieCleaner m_cookies;
-    StorageCleaner m_storage;
-    PluginCleaner m_plugins;
-    CacheCleaner m_cache;
-    HistoryCleaner m_history;
 };

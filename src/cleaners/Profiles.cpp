@@ -13,7 +13,7 @@ QStringList chromiumFamilyKeys(const CleanerServices& services, const QString& b
     if (browser == BrowserCatalogue::opera)
         return {QString()};
     QStringList keys;
-    const QVariantMap profiles = services.catalogue.userProfiles(browser);
+    const QVariantMap profiles = BrowserCatalogue::profilesIn(services.sandbox, browser);
     for (auto it = profiles.keyBegin(); it != profiles.keyEnd(); ++it) {
         if (services.sandbox.childPath(root, *it))
             keys.append(*it);

@@ -145,8 +145,13 @@ void BrowserCatalogue::applyInstalledBrowsers()
 
 QVariantMap BrowserCatalogue::userProfiles(const QString& browser)
 {
+    return profilesIn(m_sandbox, browser);
+}
+
+QVariantMap BrowserCatalogue::profilesIn(Sandbox& sandbox, const QString& browser)
+{
     const QString localState = browser == googleChrome ? kChromeLocalState : kChromiumLocalState;
-    const std::optional<QString> text = m_sandbox.contentsOf(localState);
+    const std::optional<QString> text = sandbox.contentsOf(localState);
     if (!text || text->isEmpty())
         return {};
     const QJsonDocument document = QJsonDocument::fromJson(text->toUtf8());
@@ -169,11 +174,15 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
         if (application.bundleIdentifier == id)
             return true;
     }
-    if (const QString root = chromiumDataRoot(browser); !root.isEmpty())
-        return lockIsLive(root + QStringLiteral("/SingletonLock"));
-    if (browser == firefox) {
-        for (const QString& profile : firefoxProfiles()) {
-            if (lockIsLive(firefoxProfilesRoot + profile + QStringLiteral("/lock")))
+    const QString root = browser == firefox ? firefoxProfilesRoot : chromiumDataRoot(browser);
+    if (root.isEmpty())
+        return false;
+    for (const PathLayout::Install install : m_sandbox.installsOf(root)) {
+        Sandbox sandbox = m_sandbox.forInstall(install);
+        if (browser != firefox && lockIsLive(sandbox, root + QStringLiteral("/SingletonLock")))
+            return true;
+        for (const QString& profile : browser == firefox ? firefoxProfiles(sandbox) : QStringList()) {
+            if (lockIsLive(sandbox, firefoxProfilesRoot + profile + QStringLiteral("/lock")))
                 return true;
         }
     }
@@ -182,12 +191,17 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
 
 QStringList BrowserCatalogue::firefoxProfiles()
 {
+    return firefoxProfiles(m_sandbox);
+}
+
+QStringList BrowserCatalogue::firefoxProfiles(Sandbox& sandbox)
+{
     QStringList profiles;
-    for (const QString& name : m_sandbox.folderContentsOf(firefoxProfilesRoot)) {
-        const std::optional<QString> folder = m_sandbox.childPath(firefoxProfilesRoot, name);
+    for (const QString& name : sandbox.folderContentsOf(firefoxProfilesRoot)) {
+        const std::optional<QString> folder = sandbox.childPath(firefoxProfilesRoot, name);
         // The profiles root also holds profiles.ini, crash reports and pending pings.
-        if (folder && (m_sandbox.fileExists(*folder + QStringLiteral("/prefs.js")) ||
-                       m_sandbox.fileExists(*folder + QStringLiteral("/times.json"))))
+        if (folder && (sandbox.fileExists(*folder + QStringLiteral("/prefs.js")) ||
+                       sandbox.fileExists(*folder + QStringLiteral("/times.json"))))
             profiles.append(name);
     }
     profiles.sort();
@@ -197,11 +211,11 @@ QStringList BrowserCatalogue::firefoxProfiles()
 // Browsers lock a profile with a link whose target ends in the owner's pid ("host-1234",
 // "127.0.1.1:+1234"). A lock left by a crash names a pid that is gone; one that cannot be read
 // counts as live, because cleaning a running browser's files corrupts them.
-bool BrowserCatalogue::lockIsLive(const QString& lockPath)
+bool BrowserCatalogue::lockIsLive(Sandbox& sandbox, const QString& lockPath)
 {
-    const std::optional<QString> target = m_sandbox.destinationOfSymbolicLink(lockPath);
+    const std::optional<QString> target = sandbox.destinationOfSymbolicLink(lockPath);
     if (!target) // no lock at all, or something there that cannot be read as one
-        return !m_sandbox.fileAttributes(lockPath).isEmpty();
+        return !sandbox.fileAttributes(lockPath).isEmpty();
     const qsizetype separator =
         std::max(target->lastIndexOf(QLatin1Char('-')), target->lastIndexOf(QLatin1Char('+')));
     bool isNumber = false;

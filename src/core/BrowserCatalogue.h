@@ -69,9 +69,12 @@ public:
     void browsersChanged();
     // Folder name -> display name of the profiles in a Chromium-family "Local State"; empty on any failure.
     QVariantMap userProfiles(const QString& browser);
+    // The same, read through the given file layer (another install's folders, say).
+    static QVariantMap profilesIn(Sandbox& sandbox, const QString& browser);
     // The Firefox profile folders (those holding a profile's files), by name.
     QStringList firefoxProfiles();
-    // Whether the browser runs now, by its process or by a live lock file in its profile folders.
+    // Whether the browser runs now, by its process or by a live lock file in the profile folders of
+    // any of its installs.
     bool browserIsRunning(const QString& browser);
 
 signals:
@@ -79,7 +82,8 @@ signals:
 
 private:
     void applyInstalledBrowsers();
-    bool lockIsLive(const QString& lockPath);
+    static QStringList firefoxProfiles(Sandbox& sandbox);
+    static bool lockIsLive(Sandbox& sandbox, const QString& lockPath);
 
     Workspace& m_workspace;
     UserDefaults& m_defaults;

@@ -577,6 +577,19 @@ void Sandbox::removeLevelDbKeys(const QString& folder, const std::function<bool(
         kSandboxDenial);
 }
 
+Sandbox Sandbox::forInstall(PathLayout::Install install) const
+{
+    SandboxServices services = m_services;
+    services.install = install;
+    return Sandbox(services);
+}
+
+QList<PathLayout::Install> Sandbox::installsOf(const QString& referenceRoot) const
+{
+    return PathLayout::installs(layout(), checkForUserDirectory(QStringLiteral("~")),
+                                checkForUserDirectory(referenceRoot));
+}
+
 QString Sandbox::layout() const
 {
     return m_services.defaults.stringForKey(SettingsKeys::browserLayout)
@@ -586,7 +599,7 @@ QString Sandbox::layout() const
 std::optional<QString> Sandbox::nativePath(const QString& path) const
 {
     return PathLayout::nativePath(layout(), checkForUserDirectory(QStringLiteral("~")),
-                                  checkForUserDirectory(path));
+                                  checkForUserDirectory(path), m_services.install);
 }
 
 void Sandbox::runSql(const QString& sql, const QString& onfile)

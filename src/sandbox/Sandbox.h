@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/PathLayout.h"
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/FileTree.h"
 
@@ -23,6 +24,8 @@ struct SandboxServices
     RemovalPreview* preview = nullptr;
     // When set, collects what was refused, kept or could not be written (besides the log).
     ProblemReport* problems = nullptr;
+    // Whose folders the browsers' reference roots name: a Flatpak or Snap install keeps its own.
+    PathLayout::Install install = PathLayout::Install::Native;
 };
 
 // The one door to the disk. Every operation expands "~" to the real home folder, maps the path to
@@ -66,6 +69,10 @@ public:
     // Where the reference path is on this system ("~" expanded, the layout applied); no value when
     // the layout has no counterpart.
     std::optional<QString> nativePath(const QString& path) const;
+    // The same file layer over another install's folders.
+    Sandbox forInstall(PathLayout::Install install) const;
+    // The installs that have the reference root (a browser's data root), the native one first.
+    QList<PathLayout::Install> installsOf(const QString& referenceRoot) const;
     // The preview this file layer reports to instead of acting; null for a real run.
     RemovalPreview* preview() const { return m_services.preview; }
 

@@ -39,10 +39,16 @@ WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
     locations.commandFolders += {QStringLiteral("/snap/bin"), QStringLiteral("/var/lib/flatpak/exports/bin")};
     locations.commandFolders.removeDuplicates();
 
-    for (const char* root : {"/.config/chromium", "/.config/google-chrome", "/.config/opera"})
+    // The profile roots of each install: from the distribution, Flatpak, Snap.
+    for (const char* root : {"/.config/chromium", "/.config/google-chrome", "/.config/opera",
+                             "/.var/app/org.chromium.Chromium/config/chromium",
+                             "/.var/app/com.google.Chrome/config/google-chrome",
+                             "/.var/app/com.opera.Opera/config/opera", "/snap/chromium/common/chromium"})
         locations.lockFolders.append(home + QLatin1String(root));
     // Firefox locks each profile folder it opens.
-    for (const char* root : {"/.mozilla/firefox", "/.config/mozilla/firefox"}) {
+    for (const char* root :
+         {"/.mozilla/firefox", "/.config/mozilla/firefox", "/.var/app/org.mozilla.firefox/.mozilla/firefox",
+          "/snap/firefox/common/.mozilla/firefox"}) {
         const QString profiles = home + QLatin1String(root);
         locations.lockFolders.append(profiles);
         for (const QString& profile : QDir(profiles).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
