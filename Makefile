@@ -8,13 +8,14 @@ PACKAGES := cmake g++ make pkg-config clang-format \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
 	dbus dbus-x11 xvfb xauth chromium firefox-esr
 
-.PHONY: all deps configure build test run bench format clean
+.PHONY: all deps configure build e2e-deps test run bench format clean
 
 all: build
 
 deps:
 	@missing=$$(for p in $(PACKAGES); do \
-		dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || echo $$p; done); \
+		dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || echo $$p; done; \
+		command -v npm >/dev/null || echo nodejs npm); \
 	if [ -n "$$missing" ]; then \
 		if [ "$$(id -u)" = 0 ]; then \
 			echo "Installing missing packages:" $$missing; \
@@ -31,7 +32,14 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS) -- --no-print-directory
 
-test: build
+# The end-to-end tests drive the browsers with puppeteer-core, at the version the lock file names
+# (it never downloads a browser). Without the registry the end-to-end test is skipped and says why.
+e2e-deps: deps
+	@cd tests/e2e && { [ node_modules/.package-lock.json -nt package-lock.json ] || \
+		npm ci --no-audit --no-fund --loglevel=error >/dev/null || \
+		echo "npm ci failed: the end-to-end test will be skipped"; }
+
+test: build e2e-deps
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
 run: build

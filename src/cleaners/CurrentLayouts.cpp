@@ -101,7 +101,9 @@ const QList<Step>& steps()
         {Family::Firefox, "databases", "serviceworker.txt", {}},
         {Family::Chromium, "history", "Sessions"},
         {Family::Chromium, "history", "Sessions_Encrypted"},
-        {Family::Chromium, "history", "History Index ????" "-??"},
+        {Family::Chromium, "history",
+         "History Index ????"
+         "-??"},
         {Family::Chromium, "history", "HistoryEmbeddings"},
         {Family::Chromium, "history", "Visited Links"},
         {Family::Chromium,
@@ -144,7 +146,8 @@ const QList<Step>& steps()
          "places.sqlite",
          {u"DELETE FROM moz_places_metadata"_s, u"DELETE FROM moz_places_metadata_search_queries"_s,
           u"DELETE FROM moz_historyvisits_extra"_s, u"DELETE FROM moz_previews_tombstones"_s,
-          u"DELETE FROM moz_origins WHERE id NOT IN (SELECT origin_id FROM moz_places)"_s,
+          // A place without an origin must not make NOT IN match nothing.
+          u"DELETE FROM moz_origins WHERE id NOT IN (SELECT origin_id FROM moz_places WHERE origin_id IS NOT NULL)"_s,
           u"DELETE FROM moz_annos WHERE place_id NOT IN (SELECT id FROM moz_places)"_s}},
         {Family::Firefox, "history", "SiteSecurityServiceState.bin"},
         {Family::Firefox, "webpage", "thumbnails", {}, {}, false, Base::ProfileCache},

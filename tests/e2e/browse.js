@@ -1,0 +1,80 @@
+// Drives Debian's Chromium or Firefox ESR on a profile of the test user.
+//   node browse.js visit  chromium|firefox PROFILE DOWNLOADS  -- leaves every trace of the test site
+//   node browse.js open   chromium|firefox PROFILE            -- opens a blank page and quits
+//   node browse.js reopen chromium|firefox PROFILE            -- opens a page of another site, prints its title
+// Exits non-zero with a message when the browser cannot be driven.
+'use strict';
+const puppeteer = require('puppeteer-core');
+const site = require('./site');
+
+const [command, browserName, profile, downloads] = process.argv.slice(2);
+const HOST = 'corvella-trail.localhost';
+
+function launch() {
+    if (browserName === 'chromium')
+        return puppeteer.launch({
+            executablePath: '/usr/bin/chromium',
+            headless: true,
+            userDataDir: profile,
+            args: ['--no-sandbox', '--disable-gpu', '--no-first-run'],
+        });
+    return puppeteer.launch({
+        browser: 'firefox',
+        executablePath: '/usr/bin/firefox-esr',
+        headless: true,
+        userDataDir: profile,
+        extraPrefsFirefox: {
+            'browser.download.folderList': 2,
+            'browser.download.dir': downloads || '',
+            'browser.download.useDownloadDir': true,
+            'browser.download.always_ask_before_handling_new_types': false,
+            'browser.helperApps.neverAsk.saveToDisk': 'text/plain',
+            'signon.rememberSignons': true,
+        },
+    });
+}
+
+async function visit(browser) {
+    const server = await site.start();
+    const origin = `http://${HOST}:${server.address().port}`;
+    try {
+        const page = await browser.newPage();
+        await page.goto(origin + '/', {waitUntil: 'load'});
+        const traces = await page.evaluate(() => window.traces);
+        if (traces !== 'ok')
+            throw new Error('the site could not leave its traces: ' + traces);
+        await page.goto(origin + '/form', {waitUntil: 'load'});
+        await page.type('#email', site.MARKER + '@example.org');
+        await page.type('#query', site.MARKER);
+        await Promise.all([page.waitForNavigation(), page.click('#send')]);
+        if (browserName === 'chromium') {
+            const session = await browser.target().createCDPSession();
+            await session.send('Browser.setDownloadBehavior', {behavior: 'allow', downloadPath: downloads});
+        }
+        await page.click('#download');
+        await new Promise(resolve => setTimeout(resolve, 3000));
+    } finally {
+        server.close();
+    }
+}
+
+(async () => {
+    const browser = await launch();
+    try {
+        if (command === 'visit') {
+            await visit(browser);
+        } else if (command === 'reopen') {
+            const page = await browser.newPage();
+            await page.goto('data:text/html,<title>reopened</title>', {waitUntil: 'load'});
+            console.log(await page.title());
+        } else {
+            const page = await browser.newPage();
+            await page.goto('about:blank');
+        }
+    } finally {
+        await browser.close();
+    }
+})().catch(error => {
+    console.error(`${browserName} ${command}: ${error.message}`);
+    process.exit(1);
+});
