@@ -24,16 +24,7 @@ QSet<QString> filesIn(const TestHome& home)
     return files;
 }
 
-// Where each install keeps a profile, and a file beside it that belongs to nobody's browser data.
-const QStringList kChromium{u".config/chromium"_s, u".var/app/org.chromium.Chromium/config/chromium"_s,
-                            u"snap/chromium/common/chromium"_s};
-const QStringList kChromiumCache{u".cache/chromium"_s, u".var/app/org.chromium.Chromium/cache/chromium"_s,
-                                 u"snap/chromium/common/.cache/chromium"_s};
-const QStringList kFirefox{u".mozilla/firefox"_s, u".var/app/org.mozilla.firefox/.mozilla/firefox"_s,
-                           u"snap/firefox/common/.mozilla/firefox"_s};
-const QStringList kFirefoxCache{u".cache/mozilla/firefox"_s,
-                                u".var/app/org.mozilla.firefox/cache/mozilla/firefox"_s,
-                                u"snap/firefox/common/.cache/mozilla/firefox"_s};
+// Files beside the browsers' folders that belong to nobody's browser data.
 const QStringList kBystanders{u"Documents/notes.txt"_s,
                               u".var/app/org.chromium.Chromium/data/keep"_s,
                               u".var/app/org.chromium.Chromium/config/keep"_s,
@@ -57,38 +48,62 @@ private slots:
 void TestBrowserInstalls::eachInstallIsCleanedAndNothingBesideIt_data()
 {
     QTest::addColumn<QString>("browser");
-    QTest::addColumn<QStringList>("installs"); // the indexes of kChromium / kFirefox present
-    QTest::newRow("Chromium, all three") << u"Chromium"_s << QStringList{u"0"_s, u"1"_s, u"2"_s};
-    QTest::newRow("Chromium, only as a Snap") << u"Chromium"_s << QStringList{u"2"_s};
-    QTest::newRow("Firefox, all three") << u"Firefox"_s << QStringList{u"0"_s, u"1"_s, u"2"_s};
-    QTest::newRow("Firefox, only as a Flatpak") << u"Firefox"_s << QStringList{u"1"_s};
+    QTest::addColumn<QStringList>("profiles"); // with each profile's cache folder after it
+    QTest::newRow("Chromium: distribution, Flatpak, Snap")
+        << u"Chromium"_s
+        << QStringList{u".config/chromium/Default"_s,
+                       u".cache/chromium/Default"_s,
+                       u".var/app/org.chromium.Chromium/config/chromium/Default"_s,
+                       u".var/app/org.chromium.Chromium/cache/chromium/Default"_s,
+                       u"snap/chromium/common/chromium/Default"_s,
+                       u"snap/chromium/common/.cache/chromium/Default"_s};
+    QTest::newRow("Chromium, only as a Snap")
+        << u"Chromium"_s
+        << QStringList{u"snap/chromium/common/chromium/Default"_s,
+                       u"snap/chromium/common/.cache/chromium/Default"_s};
+    QTest::newRow("Google Chrome as a Flatpak")
+        << u"Google Chrome"_s
+        << QStringList{u".var/app/com.google.Chrome/config/google-chrome/Default"_s,
+                       u".var/app/com.google.Chrome/cache/google-chrome/Default"_s};
+    QTest::newRow("Opera as a Flatpak: its root is its profile")
+        << u"Opera"_s
+        << QStringList{u".var/app/com.opera.Opera/config/opera"_s, u".var/app/com.opera.Opera/cache/opera"_s};
+    QTest::newRow("Firefox: distribution, Flatpak, Snap")
+        << u"Firefox"_s
+        << QStringList{u".mozilla/firefox/a.default"_s,
+                       u".cache/mozilla/firefox/a.default"_s,
+                       u".var/app/org.mozilla.firefox/.mozilla/firefox/a.default"_s,
+                       u".var/app/org.mozilla.firefox/cache/mozilla/firefox/a.default"_s,
+                       u"snap/firefox/common/.mozilla/firefox/a.default"_s,
+                       u"snap/firefox/common/.cache/mozilla/firefox/a.default"_s};
+    QTest::newRow("Firefox in ~/.config/mozilla")
+        << u"Firefox"_s
+        << QStringList{u".config/mozilla/firefox/a.default"_s, u".cache/mozilla/firefox/a.default"_s};
 }
 
 void TestBrowserInstalls::eachInstallIsCleanedAndNothingBesideIt()
 {
     QFETCH(QString, browser);
-    QFETCH(QStringList, installs);
+    QFETCH(QStringList, profiles);
     TestHome home;
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
     for (const QString& path : kBystanders)
         home.file(path);
-    QSet<QString> expected;
     const bool firefox = browser == u"Firefox"_s;
-    for (const QString& index : installs) {
-        const int i = index.toInt();
-        const QString profile = firefox ? kFirefox[i] + u"/a.default"_s : kChromium[i] + u"/Default"_s;
-        const QString cache =
-            firefox ? kFirefoxCache[i] + u"/a.default"_s : kChromiumCache[i] + u"/Default"_s;
-        if (!firefox)
-            F::localState(home, kChromium[i], {u"Default"_s});
+    const auto relative = [&](const QString& path) { return path.mid(home.path().size() + 1); };
+    QSet<QString> expected;
+    for (qsizetype i = 0; i < profiles.size(); i += 2) {
+        const QString& profile = profiles.at(i);
+        if (profile.endsWith(u"/Default"_s))
+            F::localState(home, profile.chopped(8), {u"Default"_s});
         for (const char* kept : {"/Bookmarks", "/places.sqlite", "/logins.json", "/Login Data"})
             home.file(profile + QLatin1String(kept));
         const QStringList gone = firefox ? QStringList{u"/cookies.sqlite"_s, u"/sessionstore.jsonlz4"_s}
                                          : QStringList{u"/Cookies"_s, u"/Sessions/Session_1"_s};
         for (const QString& name : gone)
-            expected.insert(home.file(profile + name).mid(home.path().size() + 1));
-        expected.insert(home.file(cache + u"/cache2/entry"_s).mid(home.path().size() + 1));
+            expected.insert(relative(home.file(profile + name)));
+        expected.insert(relative(home.file(profiles.at(i + 1) + u"/Cache/entry"_s)));
     }
     const QSet<QString> before = filesIn(home);
     FakeWorkspace workspace;
@@ -104,9 +119,9 @@ void TestBrowserInstalls::aRunningInstallStopsTheRun()
 {
     TestHome home;
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    home.folder(kChromium[0]);
-    const QString lock = home.path(kChromium[1] + u"/SingletonLock"_s);
-    home.folder(kChromium[1]);
+    home.folder(u".config/chromium"_s);
+    const QString flatpak = home.folder(u".var/app/org.chromium.Chromium/config/chromium"_s);
+    const QString lock = flatpak + u"/SingletonLock"_s;
     QVERIFY(QFile::link(u"host-%1"_s.arg(QCoreApplication::applicationPid()), lock));
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
