@@ -1,6 +1,7 @@
 #include "cleaners/CurrentLayouts.h"
 
 #include "cleaners/Profiles.h"
+#include "cleaners/SiteEntries.h"
 #include "core/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
@@ -27,31 +28,40 @@ enum class Base
 };
 
 // One row: remove a path (its last component may be a glob: "?", "*"), or run statements on a
-// database there, or delete keys from a JSON file there, or delete the sites' keys from a LevelDB store
-// there.
+// database there, or delete keys from a JSON file there, or delete the sites' entries from a LevelDB
+// store there, or remove it only when a file in it names a site.
 struct Step
 {
     Family family;
     const char* category;
     const char* path;
-    QStringList sql = {};             // each statement, then "VACUUM;"
-    QList<QStringList> jsonKeys = {}; // each a path through nested objects
-    bool siteKeys = false;
+    QStringList sql = {};                               // each statement, then "VACUUM;"
+    QList<QStringList> jsonKeys = {};                   // each a path through nested objects
+    LevelDbStore::KeyFilter (*siteEntries)() = nullptr; // a fresh filter for each store
+    void (*custom)(Sandbox&, const QString& path) = nullptr;
     Base base = Base::Profile;
 };
 
-// Chromium's local storage keys name their origin: "_<origin>\0<key>", "META:<origin>",
-// "METAACCESS:<origin>"; "VERSION" names none. The sites' keys go, the extensions' stay.
-bool isSiteKey(const QByteArray& key)
+// The sites' service workers, the extensions' kept: their registrations, the caches they filled
+// (a folder per origin, named by its "index.txt"), and their scripts in the script cache.
+void removeSiteWorkers(Sandbox& sandbox, const QString& folder)
 {
-    QByteArray origin;
-    if (key.startsWith('_'))
-        origin = key.mid(1, key.indexOf('\0') < 0 ? -1 : key.indexOf('\0') - 1);
-    else if (key.startsWith("META:"))
-        origin = key.mid(5);
-    else if (key.startsWith("METAACCESS:"))
-        origin = key.mid(11);
-    return !origin.isEmpty() && !origin.startsWith("chrome-extension://");
+    const auto resources = std::make_shared<QSet<QByteArray>>();
+    sandbox.removeLevelDbKeys(folder + u"/Database"_s, SiteEntries::serviceWorkers(resources));
+    for (const QByteArray& resource : std::as_const(*resources)) {
+        const QString entry = folder + u"/ScriptCache/"_s + SiteEntries::scriptCacheEntry(resource);
+        for (const char* stream : {"_0", "_1", "_s"})
+            sandbox.remove(entry + QLatin1String(stream));
+    }
+    const QString caches = folder + u"/CacheStorage"_s;
+    for (const QString& name : sandbox.folderContentsOf(caches)) {
+        const std::optional<QString> cache = sandbox.childPath(caches, name);
+        const QByteArray index =
+            cache ? sandbox.dataWithContentsOfFile(*cache + u"/index.txt"_s).value_or(QByteArray())
+                  : QByteArray();
+        if (index.contains("://") && !index.contains("chrome-extension://"))
+            sandbox.remove(*cache);
+    }
 }
 
 const QList<Step>& steps()
@@ -66,7 +76,8 @@ const QList<Step>& steps()
         {Family::Chromium, "cookies", "Device Bound Sessions", {}},
         {Family::Chromium, "cookies", "MediaDeviceSalts", {}},
         {Family::Firefox, "cookies", "bounce-tracking-protection.sqlite", {}},
-        {Family::Chromium, "databases", "Local Storage/leveldb", {}, {}, true},
+        {Family::Chromium, "databases", "Local Storage/leveldb", {}, {}, SiteEntries::localStorage},
+        {Family::Chromium, "databases", "Service Worker", {}, {}, nullptr, removeSiteWorkers},
         {Family::Chromium, "databases", "Session Storage", {}},
         {Family::Chromium, "databases", "File System", {}},
         {Family::Chromium, "databases", "blob_storage", {}},
@@ -87,10 +98,10 @@ const QList<Step>& steps()
         {Family::Chromium, "cache", "Network/Network Persistent State", {}},
         {Family::Chromium, "cache", "Network/TransportSecurity", {}},
         {Family::Chromium, "cache", "SCT Auditing Pending Reports", {}},
-        {Family::Chromium, "cache", "GrShaderCache", {}, {}, false, Base::DataRoot},
-        {Family::Chromium, "cache", "GraphiteDawnCache", {}, {}, false, Base::DataRoot},
-        {Family::Chromium, "cache", "ShaderCache", {}, {}, false, Base::DataRoot},
-        {Family::Chromium, "cache", "GPUPersistentCache", {}, {}, false, Base::DataRoot},
+        {Family::Chromium, "cache", "GrShaderCache", {}, {}, nullptr, nullptr, Base::DataRoot},
+        {Family::Chromium, "cache", "GraphiteDawnCache", {}, {}, nullptr, nullptr, Base::DataRoot},
+        {Family::Chromium, "cache", "ShaderCache", {}, {}, nullptr, nullptr, Base::DataRoot},
+        {Family::Chromium, "cache", "GPUPersistentCache", {}, {}, nullptr, nullptr, Base::DataRoot},
         {Family::Firefox, "cache", "AlternateServices.bin", {}},
         {Family::Firefox, "cache", "AlternateServices.txt", {}},
         {Family::Firefox, "cache", "SiteSecurityServiceState.bin", {}},
@@ -125,7 +136,7 @@ const QList<Step>& steps()
           {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"media_engagement"_s},
           {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"app_banner"_s}}},
         {Family::Chromium, "history", "shared_proto_db"},
-        {Family::Chromium, "history", "segmentation_platform", {}, {}, false, Base::DataRoot},
+        {Family::Chromium, "history", "segmentation_platform", {}, {}, nullptr, nullptr, Base::DataRoot},
         {Family::Chromium,
          "forms",
          "Web Data",
@@ -150,7 +161,7 @@ const QList<Step>& steps()
           u"DELETE FROM moz_origins WHERE id NOT IN (SELECT origin_id FROM moz_places WHERE origin_id IS NOT NULL)"_s,
           u"DELETE FROM moz_annos WHERE place_id NOT IN (SELECT id FROM moz_places)"_s}},
         {Family::Firefox, "history", "SiteSecurityServiceState.bin"},
-        {Family::Firefox, "webpage", "thumbnails", {}, {}, false, Base::ProfileCache},
+        {Family::Firefox, "webpage", "thumbnails", {}, {}, nullptr, nullptr, Base::ProfileCache},
         {Family::Firefox, "downloads", "downloads.json"},
         {Family::Firefox,
          "downloads",
@@ -212,8 +223,10 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
 {
     Sandbox& sandbox = services.sandbox;
     for (const QString& path : targets(services, folder, QLatin1String(step.path))) {
-        if (step.siteKeys) {
-            sandbox.removeLevelDbKeys(path, isSiteKey);
+        if (step.siteEntries) {
+            sandbox.removeLevelDbKeys(path, step.siteEntries());
+        } else if (step.custom) {
+            step.custom(sandbox, path);
         } else if (!step.jsonKeys.isEmpty()) {
             sandbox.removeJsonKeys(path, step.jsonKeys);
         } else if (!step.sql.isEmpty()) {

@@ -35,7 +35,8 @@ std::optional<int> removeKeys(const QString& folder, const KeyFilter& remove, bo
         const std::unique_ptr<leveldb::DB> db(raw);
         const std::unique_ptr<leveldb::Iterator> it(db->NewIterator(leveldb::ReadOptions()));
         for (it->SeekToFirst(); it->Valid(); it->Next()) {
-            if (remove(QByteArray(it->key().data(), qsizetype(it->key().size()))))
+            if (remove(QByteArray(it->key().data(), qsizetype(it->key().size())),
+                       QByteArray(it->value().data(), qsizetype(it->value().size()))))
                 ++count;
             else
                 kept.append({it->key().ToString(), it->value().ToString()});

@@ -11,7 +11,8 @@
 // (locked by a running browser, damaged, of another format) is left exactly as it is.
 namespace LevelDbStore {
 
-using KeyFilter = std::function<bool(const QByteArray& key)>;
+// Asked once for each entry, in the store's key order, so a filter may remember what it saw.
+using KeyFilter = std::function<bool(const QByteArray& key, const QByteArray& value)>;
 
 // How many keys were (or, counting only, would be) deleted; no value, with the reason in `error`,
 // when the store could not be opened or written.

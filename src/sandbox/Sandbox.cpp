@@ -556,7 +556,7 @@ void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyP
         kSandboxDenial);
 }
 
-void Sandbox::removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter)
+void Sandbox::removeLevelDbKeys(const QString& folder, const LevelDbStore::KeyFilter& filter)
 {
     if (folder.isEmpty())
         return;

@@ -3,6 +3,7 @@
 #include "platform/PathLayout.h"
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/FileTree.h"
+#include "sandbox/LevelDbStore.h"
 
 #include <QStringList>
 #include <QVariantMap>
@@ -86,9 +87,9 @@ public:
     // and "profile"'s "content_settings".
     void removeChromeZoomSettings(const QString& path);
 
-    // Deletes the keys the filter chooses from the LevelDB store in the folder, in one batch; a store
+    // Deletes the entries the filter chooses from the LevelDB store in the folder, in one batch; a store
     // that cannot be opened (a running browser holds it) is left as it is, and logged.
-    void removeLevelDbKeys(const QString& folder, const std::function<bool(const QByteArray&)>& filter);
+    void removeLevelDbKeys(const QString& folder, const LevelDbStore::KeyFilter& filter);
 
     // Runs the first statement of the text on the database, if it exists; never creates one.
     void runSql(const QString& sql, const QString& onfile);

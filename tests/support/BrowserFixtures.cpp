@@ -196,6 +196,14 @@ void localStorageFiles(const TestHome& home, const QString& folder, const QStrin
 
 void levelDb(const TestHome& home, const QString& folder, const QList<QByteArray>& keys)
 {
+    QMap<QByteArray, QByteArray> entries;
+    for (const QByteArray& key : keys)
+        entries.insert(key, "value");
+    levelDb(home, folder, entries);
+}
+
+void levelDb(const TestHome& home, const QString& folder, const QMap<QByteArray, QByteArray>& entries)
+{
     QDir().mkpath(home.path(folder));
     leveldb::Options options;
     options.create_if_missing = true;
@@ -203,8 +211,9 @@ void levelDb(const TestHome& home, const QString& folder, const QList<QByteArray
     if (!leveldb::DB::Open(options, QFile::encodeName(home.path(folder)).toStdString(), &raw).ok())
         return;
     const std::unique_ptr<leveldb::DB> db(raw);
-    for (const QByteArray& key : keys)
-        db->Put(leveldb::WriteOptions(), leveldb::Slice(key.constData(), size_t(key.size())), "value");
+    for (auto it = entries.cbegin(); it != entries.cend(); ++it)
+        db->Put(leveldb::WriteOptions(), leveldb::Slice(it.key().constData(), size_t(it.key().size())),
+                leveldb::Slice(it.value().constData(), size_t(it.value().size())));
 }
 
 QList<QByteArray> levelDbKeys(const QString& folder)

@@ -42,6 +42,7 @@ void siteDatabases(const TestHome& home, const QString& folder, const QStringLis
 void localStorageFiles(const TestHome& home, const QString& folder, const QStringList& names);
 // A LevelDB store (Chromium's "Local Storage/leveldb") holding the keys, each with a value; and its keys.
 void levelDb(const TestHome& home, const QString& folder, const QList<QByteArray>& keys);
+void levelDb(const TestHome& home, const QString& folder, const QMap<QByteArray, QByteArray>& entries);
 QList<QByteArray> levelDbKeys(const QString& folder);
 // A Firefox profile's "webappsstore.sqlite" with one row per scope, and its storage folders.
 void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes);

@@ -69,6 +69,7 @@ private slots:
     void statementOrders();
     void firefoxScopesAndProfiles();
     void chromiumLocalStorageKeepsOnlyExtensionKeys();
+    void serviceWorkersOfSitesGoThoseOfExtensionsStay();
 };
 
 void TestStorageCleaner::filters_data()
@@ -249,6 +250,47 @@ void TestStorageCleaner::chromiumLocalStorageKeepsOnlyExtensionKeys()
     QList<QByteArray> expected = extension + QList<QByteArray>{"VERSION"};
     std::sort(expected.begin(), expected.end());
     QCOMPARE(F::levelDbKeys(h.home.path(store)), expected);
+}
+
+void TestStorageCleaner::serviceWorkersOfSitesGoThoseOfExtensionsStay()
+{
+    // Keys and file names as Chromium 156 wrote them for a site and an extension, each with a worker.
+    StorageHome h;
+    h.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    const QString workers = kOpera + u"/Service Worker"_s;
+    const QByteArray ext = "chrome-extension://lcfj/", site = "http://clinic.example/";
+    const QMap<QByteArray, QByteArray> kept{{"INITDATA_NEXT_REGISTRATION_ID", "2"},
+                                            {"INITDATA_UNIQUE_ORIGIN:" + ext, ""},
+                                            {QByteArray("REG:" + ext + '\0' + "0"), "reg " + ext},
+                                            {"REGID_TO_ORIGIN:0", ext},
+                                            {QByteArray("RES:0\0"
+                                                        "0",
+                                                        7),
+                                             "=" + ext + "worker.js"}};
+    QMap<QByteArray, QByteArray> entries = kept;
+    entries.insert({{"INITDATA_UNIQUE_ORIGIN:" + site, ""},
+                    {QByteArray("REG:" + site + '\0' + "1"), "reg " + site},
+                    {"REGID_TO_ORIGIN:1", site},
+                    {QByteArray("REG_USER_DATA:1\0push", 20), "subscription"},
+                    {QByteArray("REG_HAS_USER_DATA:push\0"
+                                "1",
+                                24),
+                     ""},
+                    {QByteArray("RES:1\0"
+                                "1",
+                                7),
+                     "+" + site + "sw.js"}});
+    F::levelDb(h.home, workers + u"/Database"_s, entries);
+    h.home.file(workers + u"/ScriptCache/2cc80dabc69f58b6_0"_s); // resource 0, the extension's
+    h.home.file(workers + u"/ScriptCache/4cb013792b196a35_0"_s); // resource 1, the site's
+    h.home.file(workers + u"/CacheStorage/e6c8/index.txt"_s, "&" + ext);
+    h.home.file(workers + u"/CacheStorage/8cd0/index.txt"_s, "&" + site);
+    h.clean(u"Opera"_s);
+    QCOMPARE(F::levelDbKeys(h.home.path(workers + u"/Database"_s)), kept.keys());
+    QVERIFY(h.home.exists(workers + u"/ScriptCache/2cc80dabc69f58b6_0"_s));
+    QVERIFY(!h.home.exists(workers + u"/ScriptCache/4cb013792b196a35_0"_s));
+    QVERIFY(h.home.exists(workers + u"/CacheStorage/e6c8/index.txt"_s));
+    QVERIFY(!h.home.exists(workers + u"/CacheStorage/8cd0"_s));
 }
 
 QTEST_GUILESS_MAIN(TestStorageCleaner)
