@@ -47,15 +47,6 @@ struct CookieHome
     BrowserCatalogue catalogue{workspace, home.t.defaults, home.sandbox};
 };
 
-struct OrderedPreview final : RemovalPreview
-{
-    void record(const QString& action, const QString& path, qint64, const QString& detail) override
-    {
-        lines.append(QString(action + u' ' + path.section(u'/', -2) + u' ' + detail).trimmed());
-    }
-    QStringList lines;
-};
-
 } // namespace
 
 class TestCookieCleaner : public QObject
@@ -64,7 +55,6 @@ class TestCookieCleaner : public QObject
 private slots:
     void eachBrowserLosesItsCookiesAndKeepsTheRest_data();
     void eachBrowserLosesItsCookiesAndKeepsTheRest();
-    void channelRowsGoBeforeCookieFiles();
     void theCacheCleanersChannelWipe();
     void helperScriptsAreInstalledOnceAndRunBounded();
 };
@@ -134,20 +124,6 @@ void TestCookieCleaner::eachBrowserLosesItsCookiesAndKeepsTheRest()
         QCOMPARE(F::rowCount(certs, u"origin_bound_certs"_s), emptiedCertTables.contains(folder) ? 0 : 1);
         QCOMPARE(F::rowCount(certs, u"channel_id"_s), 1); // the cache cleaner's, not this one's
     }
-}
-
-void TestCookieCleaner::channelRowsGoBeforeCookieFiles()
-{
-    CookieHome h;
-    OrderedPreview preview;
-    Sandbox sandbox({h.home.t.defaults, h.home.bookmarks, h.home.panel, h.home.t.log, &preview});
-    BrowserCatalogue catalogue(h.workspace, h.home.t.defaults, sandbox);
-    h.home.t.defaults.setBool(false, SettingsKeys::cleanCurrentLayouts);
-    BrowserCleaners({sandbox, catalogue, h.home.t.defaults, h.home.t.log}).removeCookies(u"Google Chrome"_s);
-    QCOMPARE(preview.lines,
-             QStringList({u"change Default/Origin Bound Certs DELETE FROM origin_bound_certs;"_s,
-                          u"change Profile 1/Origin Bound Certs DELETE FROM origin_bound_certs;"_s,
-                          u"remove Default/Cookies"_s, u"remove Profile 1/Cookies"_s}));
 }
 
 void TestCookieCleaner::theCacheCleanersChannelWipe()

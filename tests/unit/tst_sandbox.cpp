@@ -34,7 +34,6 @@ private slots:
     void aPreviewReportsAndChangesNothing();
     void refusedAccessGivesEmptyResultsAndALogLine();
     void theHomeGrantIsAskedForOnceOnTheMainThread();
-    void missingFilesGiveNoValue();
     void remove_data();
     void remove();
     void removingADatabaseTakesItsCompanions();
@@ -44,7 +43,6 @@ private slots:
     void unsafeNamesAreRefused();
     void removeRecursiveSubFilesKeepsFoldersAndSyncAgentData();
     void secureDeleteKeepsAFileItCannotOverwrite();
-    void listingsAndReads();
     void writeIsAtomicAndKeepsPermissions();
     void aFailedWriteLeavesTheOldFile();
     void sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data();
@@ -102,20 +100,6 @@ void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
     QCOMPARE(home.panel.requests.size(), 1);
     QCOMPARE(home.panel.requests.first().directory, home.path());
     QCOMPARE(home.panel.threads.first(), QThread::currentThread());
-}
-
-void TestSandbox::missingFilesGiveNoValue()
-{
-    TestHome home;
-    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/missing")));
-    QVERIFY(!home.sandbox.dataWithContentsOfFile(QStringLiteral("~/missing")));
-    home.file(QStringLiteral("latin1"), "caf\xe9");
-    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/latin1")));
-    QCOMPARE(home.sandbox.dataWithContentsOfFile(QStringLiteral("~/latin1")), QByteArray("caf\xe9"));
-    QCOMPARE(home.sandbox.contentsOf(QStringLiteral("~/utf8")), std::nullopt);
-    home.file(QStringLiteral("utf8"), "café");
-    QCOMPARE(home.sandbox.contentsOf(QStringLiteral("~/utf8")), QStringLiteral("café"));
-    QVERIFY(home.t.log.lines().isEmpty());
 }
 
 void TestSandbox::remove_data()
@@ -270,37 +254,6 @@ void TestSandbox::secureDeleteKeepsAFileItCannotOverwrite()
         return true;
     }));
     QVERIFY(!home.exists(QStringLiteral("Default/locked")));
-}
-
-void TestSandbox::listingsAndReads()
-{
-    TestHome home;
-    home.file(QStringLiteral("Profiles/a.default/prefs.js"));
-    home.file(QStringLiteral("Profiles/.hidden"));
-    home.folder(QStringLiteral("Profiles/b.dev"));
-    QStringList names = home.sandbox.folderContentsOf(QStringLiteral("~/Profiles"));
-    names.sort();
-    QCOMPARE(names,
-             (QStringList{QStringLiteral(".hidden"), QStringLiteral("a.default"), QStringLiteral("b.dev")}));
-    QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/Profiles/.hidden")).isEmpty());
-    QVERIFY(home.sandbox.folderContentsOf(QStringLiteral("~/missing")).isEmpty());
-    QVERIFY(home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/b.dev")));
-    QVERIFY(!home.sandbox.fileIsDirectory(QStringLiteral("~/Profiles/.hidden")));
-
-    const QVariantMap attributes =
-        home.sandbox.fileAttributes(QStringLiteral("~/Profiles/a.default/prefs.js"));
-    QCOMPARE(attributes.value(QStringLiteral("NSFileType")), QVariant(QStringLiteral("NSFileTypeRegular")));
-    QCOMPARE(attributes.value(QStringLiteral("NSFileSize")).toLongLong(), 4);
-    QVERIFY(attributes.value(QStringLiteral("NSFileModificationDate")).toDateTime().isValid());
-
-    const QVariantMap dict{{QStringLiteral("LastSession"), QVariantList{QStringLiteral("x")}}};
-    PlistFixtures::writeFile(home.path(QStringLiteral("binary.plist")), PlistFixtures::binary(dict));
-    PlistFixtures::writeFile(home.path(QStringLiteral("array.plist")),
-                             PlistFixtures::binary(QVariantList{1, 2}));
-    PlistFixtures::writeFile(home.path(QStringLiteral("broken.plist")), "<plist><dict>");
-    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/binary.plist")), dict);
-    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/array.plist")).isEmpty());
-    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/broken.plist")).isEmpty());
 }
 
 void TestSandbox::writeIsAtomicAndKeepsPermissions()

@@ -13,9 +13,6 @@ class TestSqlite : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void rowsCarryValuesByStorageClass();
-    void argumentsBindByKind();
-    void tooFewArgumentsIsAProgrammingError();
     void onlyTheFirstStatementRuns();
     void aMissingDatabaseIsNeverCreated();
     void failuresGiveEmptyResults_data();
@@ -47,51 +44,6 @@ void TestSqlite::init()
     QVERIFY(
         db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')")));
     QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE empty (id INTEGER)")));
-}
-
-void TestSqlite::rowsCarryValuesByStorageClass()
-{
-    const auto rows =
-        m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT * FROM cookies ORDER BY id DESC"), m_db);
-    QVERIFY(rows);
-    QCOMPARE(rows->size(), 2);
-    const QVariantMap first = rows->first();
-    QCOMPARE(first.value(QStringLiteral("id")), QVariant(QStringLiteral("42")));
-    QCOMPARE(first.value(QStringLiteral("host")), QVariant(QStringLiteral("example.org")));
-    QCOMPARE(first.value(QStringLiteral("value")), QVariant(QByteArray("\x00\xff\x10", 3)));
-    QCOMPARE(first.value(QStringLiteral("ratio")), QVariant(1.5));
-    QVERIFY(first.contains(QStringLiteral("note")));
-    QVERIFY(Sqlite::isNull(first.value(QStringLiteral("note"))));
-    QCOMPARE(rows->at(1).value(QStringLiteral("id")), QVariant(QStringLiteral("2")));
-}
-
-void TestSqlite::argumentsBindByKind()
-{
-    Sqlite db;
-    QCOMPARE(db.busyRetryTimeout(), 1);
-    QVERIFY(db.open(m_db));
-    const QDateTime when = QDateTime::fromSecsSinceEpoch(1000, Qt::UTC);
-    const auto rows = db.executeQuery(
-        QStringLiteral(
-            "SELECT typeof(?1) AS a, typeof(?2) AS b, ?3 AS c, ?4 AS d, ?5 AS e, ?6 AS f, ?7 AS g"),
-        {QVariant(), QByteArray("\x01\x02", 2), true, qint64(1) << 40, 0.5, QStringLiteral("text"), when});
-    QVERIFY(rows);
-    const QVariantMap row = rows->first();
-    QCOMPARE(row.value(QStringLiteral("a")).toString(), QStringLiteral("null"));
-    QCOMPARE(row.value(QStringLiteral("b")).toString(), QStringLiteral("blob"));
-    QCOMPARE(row.value(QStringLiteral("c")), QVariant(QStringLiteral("1")));
-    QCOMPARE(row.value(QStringLiteral("d")), QVariant(QStringLiteral("1099511627776")));
-    QCOMPARE(row.value(QStringLiteral("e")), QVariant(0.5));
-    QCOMPARE(row.value(QStringLiteral("f")), QVariant(QStringLiteral("text")));
-    QCOMPARE(row.value(QStringLiteral("g")), QVariant(1000.0));
-    QCOMPARE(Sqlite(m_db).busyRetryTimeout(), 0);
-}
-
-void TestSqlite::tooFewArgumentsIsAProgrammingError()
-{
-    Sqlite db;
-    QVERIFY(db.open(m_db));
-    QVERIFY_THROWS_EXCEPTION(std::out_of_range, db.executeQuery(QStringLiteral("SELECT ?1, ?2"), {1}));
 }
 
 void TestSqlite::onlyTheFirstStatementRuns()

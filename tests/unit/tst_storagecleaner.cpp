@@ -65,8 +65,6 @@ private slots:
     void filters();
     void sitesGoExtensionsStay_data();
     void sitesGoExtensionsStay();
-    void statementOrders_data();
-    void statementOrders();
     void firefoxScopesAndProfiles();
     void chromiumLocalStorageKeepsOnlyExtensionKeys();
     void serviceWorkersOfSitesGoThoseOfExtensionsStay();
@@ -154,45 +152,6 @@ void TestStorageCleaner::sitesGoExtensionsStay()
         QVERIFY2(h.home.exists(kept), qPrintable(kept));
     QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
              QStringList{extension});
-}
-
-void TestStorageCleaner::statementOrders_data()
-{
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QString>("databases");
-    QTest::addColumn<QStringList>("origins");
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("Safari: folders, then rows")
-        << u"Safari"_s << u"Library/Safari/Databases"_s << QStringList{u"https_a_0"_s}
-        << QStringList{u"remove https_a_0"_s,
-                       u"change Databases.db DELETE FROM Databases WHERE origin IN ('https_a_0');"_s,
-                       u"change Databases.db DELETE FROM Origins WHERE origin IN ('https_a_0');"_s,
-                       u"change Databases.db VACUUM;"_s};
-    QTest::newRow("Safari, nothing but extensions: no statement")
-        << u"Safari"_s << u"Library/Safari/Databases"_s << QStringList{u"safari-extension_x"_s}
-        << QStringList{};
-    QTest::newRow("Chromium family: rows, then folders")
-        << u"Opera"_s << kOpera + u"/databases"_s << QStringList{u"https_a_0"_s, u"https_b_0"_s}
-        << QStringList{
-               u"change Databases.db DELETE FROM Databases WHERE origin IN ('https_a_0','https_b_0');"_s,
-               u"change Databases.db VACUUM;"_s, u"remove https_a_0"_s, u"remove https_b_0"_s};
-    QTest::newRow("Chromium family, empty list: the statements still run")
-        << u"Opera"_s << kOpera + u"/databases"_s << QStringList{}
-        << QStringList{u"change Databases.db DELETE FROM Databases WHERE origin IN ('');"_s,
-                       u"change Databases.db VACUUM;"_s};
-}
-
-void TestStorageCleaner::statementOrders()
-{
-    QFETCH(QString, browser);
-    QFETCH(QString, databases);
-    QFETCH(QStringList, origins);
-    QFETCH(QStringList, lines);
-    StorageHome h;
-    F::siteDatabases(h.home, databases, origins);
-    Lines preview;
-    h.clean(browser, &preview);
-    QCOMPARE(preview.lines, lines);
 }
 
 void TestStorageCleaner::firefoxScopesAndProfiles()

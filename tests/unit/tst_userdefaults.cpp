@@ -270,13 +270,15 @@ void TestUserDefaults::makesItsFolderPrivateButLeavesAnExistingOneAlone()
     QDir(folder).removeRecursively();
     open(log);
     const auto owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
-    QCOMPARE(QFile::permissions(folder) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
+    QCOMPARE(QFile::permissions(folder) &
+                 ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
              owner);
     // The user chose read-and-enter only for the owner, and group access: kept at every start.
     const auto chosen = QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup;
     QVERIFY(QFile::setPermissions(folder, chosen));
     open(log);
-    QCOMPARE(QFile::permissions(folder) & ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
+    QCOMPARE(QFile::permissions(folder) &
+                 ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
              chosen);
     QFile::setPermissions(folder, owner);
 }
