@@ -9,9 +9,7 @@
 set -u
 bin_dir=$1
 here=$(cd "$(dirname "$0")" && pwd)
-for browser in /usr/bin/chromium /usr/bin/firefox-esr; do
-    [ -x "$browser" ] || { echo "SKIP: $browser is not installed (make test installs it)"; exit 77; }
-done
+needs="/usr/bin/chromium /usr/bin/firefox-esr"
 [ -d "$here/node_modules/puppeteer-core" ] || { echo "SKIP: no tests/e2e/node_modules (make test runs npm ci)"; exit 77; }
 . "$here/../integration/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$work/"

@@ -5,12 +5,7 @@
 # Usage: chromium-running-before-agent.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
-chromium=/usr/bin/chromium
-
-if [ ! -x "$chromium" ]; then
-    echo "SKIP: $chromium is not installed (make test installs it)"
-    exit 77
-fi
+chromium=/usr/bin/chromium needs=/usr/bin/chromium
 . "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$work/"
 

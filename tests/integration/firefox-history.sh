@@ -6,12 +6,7 @@
 # Usage: firefox-history.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
-firefox=/usr/bin/firefox-esr
-
-if [ ! -x "$firefox" ]; then
-    echo "SKIP: $firefox is not installed (make test installs it)"
-    exit 77
-fi
+firefox=/usr/bin/firefox-esr needs=/usr/bin/firefox-esr
 . "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella-clean" "$work/"
 for page in kept gone again; do

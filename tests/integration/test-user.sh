@@ -2,7 +2,10 @@
 # agent works in the real home folder, so the tests never run as the developer), its home folder in
 # $home, and a scratch folder in $work that every user can enter, removed on exit; and the helpers
 # as_user and check.
-# Exits 77 (skipped) unless run as root.
+# Exits 77 (skipped) unless run as root, or when a program named in $needs is not installed.
+for program in ${needs:-}; do
+    [ -x "$program" ] || { echo "SKIP: $program is not installed (make test installs it)"; exit 77; }
+done
 user=corvella-test
 if [ "$(id -u)" != 0 ]; then
     echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
