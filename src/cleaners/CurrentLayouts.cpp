@@ -29,7 +29,7 @@ enum class Base
 
 // One row: remove a path (its last component may be a glob: "?", "*"), or run statements on a
 // database there, or delete keys from a JSON file there, or delete the sites' entries from a LevelDB
-// store there, or remove it only when a file in it names a site.
+// store there, or apply a rule of its own there.
 struct Step
 {
     Family family;
@@ -114,7 +114,7 @@ const QList<Step>& steps()
         {Family::Chromium, "history", "Sessions_Encrypted"},
         {Family::Chromium, "history",
          "History Index ????"
-         "-??"},
+         "-??"}, // split: "??-" would be a trigraph
         {Family::Chromium, "history", "HistoryEmbeddings"},
         {Family::Chromium, "history", "Visited Links"},
         {Family::Chromium,

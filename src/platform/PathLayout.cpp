@@ -40,7 +40,7 @@ const QList<Row>& linuxRows()
         {"Library/Application Support/com.operasoftware.Opera", list({".config/opera"}),
          list({".var/app/com.opera.Opera/config/opera"})},
         {"Library/Caches/com.operasoftware.Opera", list({".cache/opera"}),
-         list({".var/app/com.opera.Opera/cache/opera"}), list({"snap/opera/common/.cache/opera"})},
+         list({".var/app/com.opera.Opera/cache/opera"})},
         {"Library/Application Support/Firefox/Profiles",
          list({".mozilla/firefox", ".config/mozilla/firefox"}),
          list({".var/app/org.mozilla.firefox/.mozilla/firefox",
