@@ -4,6 +4,8 @@
 #include "cleaners/Profiles.h"
 #include "sandbox/Sandbox.h"
 
+using namespace Qt::StringLiterals;
+
 ChromeHistoryCleaner::ChromeHistoryCleaner(const CleanerServices& services) : m_services(services) {}
 
 void ChromeHistoryCleaner::clearChromeHistory(const QString& browser, const QString& ofType)
@@ -16,16 +18,18 @@ void ChromeHistoryCleaner::clearChromeHistory(const QString& browser, const QStr
 void ChromeHistoryCleaner::clearProfile(const QString& profile, const QString& ofType)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const auto in = [&](const char* name) -> QString { return profile + QLatin1Char('/') + QLatin1String(name); };
+    const auto in = [&](const char* name) -> QString {
+        return profile + QLatin1Char('/') + QLatin1String(name);
+    };
     if (ofType == QLatin1String("history")) {
         for (const char* name :
              {"History Provider Cache", "Archived History", "Current Session", "Current Tabs", "Last Session",
               "Last Tabs", "Visited Links", "Shortcuts", "session.db", "session.dbak", "session.db-journal"})
             sandbox.remove(in(name));
-        runOnDatabase(in("History"),
-                      {"DELETE FROM keyword_search_terms WHERE keyword_id > -1",
-                       "DELETE FROM urls WHERE id > -1", "DELETE FROM visit_source WHERE id > -1",
-                       "DELETE FROM visits WHERE id > -1"});
+        sandbox.runSqlThenVacuum(
+            {u"DELETE FROM keyword_search_terms WHERE keyword_id > -1"_s, u"DELETE FROM urls WHERE id > -1"_s,
+             u"DELETE FROM visit_source WHERE id > -1"_s, u"DELETE FROM visits WHERE id > -1"_s},
+            in("History"));
         // A "session.dbak" inside each "History…" entry, on purpose: the companions themselves
         // ("History-journal") stay, since the database they belong to stays.
         for (const QString& name : sandbox.folderContentsOf(profile)) {
@@ -35,39 +39,31 @@ void ChromeHistoryCleaner::clearProfile(const QString& profile, const QString& o
                 sandbox.remove(*entry + QStringLiteral("/session.dbak"));
         }
     } else if (ofType == QLatin1String("downloads")) {
-        runOnDatabase(in("History"),
-                      {"DELETE FROM segment_usage WHERE id > -1", "DELETE FROM segments WHERE id > -1",
-                       "DELETE FROM downloads WHERE id > -1"});
+        sandbox.runSqlThenVacuum({u"DELETE FROM segment_usage WHERE id > -1"_s,
+                                  u"DELETE FROM segments WHERE id > -1"_s,
+                                  u"DELETE FROM downloads WHERE id > -1"_s},
+                                 in("History"));
         HistoryCleaner::clearDownloadHistory(sandbox);
     } else if (ofType == QLatin1String("favicons")) {
         sandbox.removeFiles({in("Favicons"), in("Thumbnails"), in("Favicons") + QStringLiteral("-journal"),
                              in("Thumbnails") + QStringLiteral("-journal")});
     } else if (ofType == QLatin1String("forms")) {
-        runOnDatabase(in("Web Data"), {"DELETE FROM autofill WHERE name > -1",
-                                       "DELETE FROM autofill_dates WHERE pair_id > -1",
-                                       "DELETE FROM autofill_profile_emails WHERE guid > -1",
-                                       "DELETE FROM autofill_profile_names WHERE guid > -1",
-                                       "DELETE FROM autofill_profile_phones WHERE guid > -1",
-                                       "DELETE FROM autofill_profiles WHERE guid > -1",
-                                       "DELETE FROM autofill_profiles_trash WHERE guid > -1",
-                                       "DELETE FROM credit_cards WHERE guid > -1"});
+        sandbox.runSqlThenVacuum({u"DELETE FROM autofill WHERE name > -1"_s,
+                                  u"DELETE FROM autofill_dates WHERE pair_id > -1"_s,
+                                  u"DELETE FROM autofill_profile_emails WHERE guid > -1"_s,
+                                  u"DELETE FROM autofill_profile_names WHERE guid > -1"_s,
+                                  u"DELETE FROM autofill_profile_phones WHERE guid > -1"_s,
+                                  u"DELETE FROM autofill_profiles WHERE guid > -1"_s,
+                                  u"DELETE FROM autofill_profiles_trash WHERE guid > -1"_s,
+                                  u"DELETE FROM credit_cards WHERE guid > -1"_s},
+                                 in("Web Data"));
     } else if (ofType == QLatin1String("webpage")) {
         sandbox.removeFiles({in("Top Sites"), in("thumbnails.db")});
     } else if (ofType == QLatin1String("websitePrefs")) {
         sandbox.removeChromeZoomSettings(in("Preferences"));
     } else if (ofType == QLatin1String("searchEngines")) {
         // The engines that came with the browser have no creation date and stay.
-        runOnDatabase(in("Web Data"), {"DELETE FROM keywords WHERE keywords.date_created != 0"});
+        sandbox.runSqlThenVacuum({u"DELETE FROM keywords WHERE keywords.date_created != 0"_s},
+                                 in("Web Data"));
     }
-}
-
-void ChromeHistoryCleaner::runOnDatabase(const QString& database,
-                                         std::initializer_list<const char*> statements)
-{
-    Sandbox& sandbox = m_services.sandbox;
-    if (!sandbox.fileExists(database))
-        return;
-    for (const char* statement : statements)
-        sandbox.runSql(QLatin1String(statement), database);
-    sandbox.runSql(QStringLiteral("VACUUM;"), database);
 }

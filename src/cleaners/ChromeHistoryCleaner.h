@@ -16,8 +16,6 @@ public:
 
 private:
     void clearProfile(const QString& profile, const QString& ofType);
-    // Each statement, then "VACUUM;", on the database when it exists.
-    void runOnDatabase(const QString& database, std::initializer_list<const char*> statements);
 
     CleanerServices m_services;
 };

@@ -59,9 +59,6 @@ void CookieCleaner::deleteChromeChannelIDforProfilePath(const QString& profile, 
             return;
         folder = *child;
     }
-    const QString database = folder + kOriginBoundCerts;
-    if (!m_services.sandbox.fileExists(database))
-        return;
-    m_services.sandbox.runSql(QStringLiteral("DELETE FROM channel_id;"), database);
-    m_services.sandbox.runSql(QStringLiteral("VACUUM;"), database);
+    m_services.sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM channel_id;")},
+                                        folder + kOriginBoundCerts);
 }

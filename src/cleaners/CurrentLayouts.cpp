@@ -185,11 +185,8 @@ QList<Folders> profileFolders(const CleanerServices& services, const QString& br
 {
     QList<Folders> folders;
     if (browser == BrowserCatalogue::firefox) {
-        const QString root = BrowserCatalogue::firefoxProfilesRoot;
-        for (const QString& name : services.sandbox.folderContentsOf(root)) {
-            if (const std::optional<QString> profile = services.sandbox.childPath(root, name))
-                folders.append({*profile, u"~/Library/Caches/Firefox/Profiles/"_s + name});
-        }
+        for (const QString& profile : Profiles::firefox(services))
+            folders.append({profile, u"~/Library/Caches/Firefox/Profiles/"_s + profile.section(u'/', -1)});
         return folders;
     }
     const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
@@ -230,11 +227,7 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
         } else if (!step.jsonKeys.isEmpty()) {
             sandbox.removeJsonKeys(path, step.jsonKeys);
         } else if (!step.sql.isEmpty()) {
-            if (!sandbox.fileExists(path))
-                continue;
-            for (const QString& statement : step.sql)
-                sandbox.runSql(statement, path);
-            sandbox.runSql(u"VACUUM;"_s, path);
+            sandbox.runSqlThenVacuum(step.sql, path);
         } else {
             sandbox.remove(path);
         }

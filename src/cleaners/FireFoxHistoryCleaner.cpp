@@ -1,8 +1,8 @@
 #include "cleaners/FireFoxHistoryCleaner.h"
 
 #include "cleaners/HistoryCleaner.h"
+#include "cleaners/Profiles.h"
 #include "cleaners/SplicedSql.h"
-#include "core/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
 
 FireFoxHistoryCleaner::FireFoxHistoryCleaner(const CleanerServices& services) : m_services(services) {}
@@ -12,21 +12,16 @@ void FireFoxHistoryCleaner::clearFireFoxHistoryOfType(const QString& ofType)
     // Firefox keeps no page previews of its own: the profiles are not even listed.
     if (ofType == QLatin1String("webpage"))
         return;
-    Sandbox& sandbox = m_services.sandbox;
-    const QString root = BrowserCatalogue::firefoxProfilesRoot;
-    for (const QString& name : sandbox.folderContentsOf(root)) {
-        const std::optional<QString> profile = sandbox.childPath(root, name);
-        // Folders only: a plain file or a link in the profiles folder is no profile.
-        if (profile && sandbox.fileAttributes(*profile).value(QStringLiteral("NSFileType")) ==
-                           QLatin1String("NSFileTypeDirectory"))
-            clearProfile(*profile, ofType);
-    }
+    for (const QString& profile : Profiles::firefoxFolders(m_services))
+        clearProfile(profile, ofType);
 }
 
 void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& ofType)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const auto in = [&](const char* name) -> QString { return profile + QLatin1Char('/') + QLatin1String(name); };
+    const auto in = [&](const char* name) -> QString {
+        return profile + QLatin1Char('/') + QLatin1String(name);
+    };
     const QString places = in("places.sqlite");
     const auto runOnPlaces = [&](std::initializer_list<const char*> statements) {
         for (const char* statement : statements)

@@ -46,4 +46,16 @@ QStringList firefox(const CleanerServices& services)
     return folders;
 }
 
+QStringList firefoxFolders(const CleanerServices& services)
+{
+    QStringList folders;
+    for (const QString& folder : firefox(services)) {
+        // Read without following links.
+        if (services.sandbox.fileAttributes(folder).value(QStringLiteral("NSFileType")) ==
+            QLatin1String("NSFileTypeDirectory"))
+            folders.append(folder);
+    }
+    return folders;
+}
+
 } // namespace Profiles

@@ -151,10 +151,7 @@ void StorageCleaner::firefox()
     // Gathered across profiles, never emptied between them: a later profile's statement also names
     // the earlier profiles' scopes, which only lengthens it.
     QStringList scopes;
-    for (const QString& profile : Profiles::firefox(m_services)) {
-        if (sandbox.fileAttributes(profile).value(QStringLiteral("NSFileType")) !=
-            QLatin1String("NSFileTypeDirectory"))
-            continue;
+    for (const QString& profile : Profiles::firefoxFolders(m_services)) {
         const QString store = profile + QStringLiteral("/webappsstore.sqlite");
         if (sandbox.fileExists(store)) {
             scopes += column(QStringLiteral("SELECT * FROM webappsstore2;"), QStringLiteral("scope"), store);

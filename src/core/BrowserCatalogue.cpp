@@ -179,9 +179,12 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
         return false;
     for (const PathLayout::Install install : m_sandbox.installsOf(root)) {
         Sandbox sandbox = m_sandbox.forInstall(install);
-        if (browser != firefox && lockIsLive(sandbox, root + QStringLiteral("/SingletonLock")))
-            return true;
-        for (const QString& profile : browser == firefox ? firefoxProfiles(sandbox) : QStringList()) {
+        if (browser != firefox) {
+            if (lockIsLive(sandbox, root + QStringLiteral("/SingletonLock")))
+                return true;
+            continue;
+        }
+        for (const QString& profile : firefoxProfiles(sandbox)) {
             if (lockIsLive(sandbox, firefoxProfilesRoot + profile + QStringLiteral("/lock")))
                 return true;
         }

@@ -9,7 +9,7 @@ namespace JsonKeys {
 std::optional<QByteArray> without(const QByteArray& text, const QList<QStringList>& keyPaths)
 {
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = utf8.decode(text);
+    const QString decoded = utf8.decode(text); // decoding is what finds the error
     if (utf8.hasError())
         return std::nullopt;
     // Parsed without exceptions; an ordered object keeps the keys where the browser put them, and

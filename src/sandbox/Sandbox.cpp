@@ -607,6 +607,15 @@ void Sandbox::runSql(const QString& sql, const QString& onfile)
     returnArrayFromSql(sql, onfile);
 }
 
+void Sandbox::runSqlThenVacuum(const QStringList& statements, const QString& onfile)
+{
+    if (!fileExists(onfile))
+        return;
+    for (const QString& statement : statements)
+        runSql(statement, onfile);
+    runSql(QStringLiteral("VACUUM;"), onfile);
+}
+
 std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql, const QString& onfile)
 {
     if (onfile.isEmpty())

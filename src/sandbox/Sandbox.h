@@ -93,6 +93,8 @@ public:
 
     // Runs the first statement of the text on the database, if it exists; never creates one.
     void runSql(const QString& sql, const QString& onfile);
+    // When the database exists: each statement, then "VACUUM;", so no deleted row lingers in free pages.
+    void runSqlThenVacuum(const QStringList& statements, const QString& onfile);
     // The rows; empty when the database is missing, the statement fails or access is refused;
     // no value for an empty path.
     std::optional<QList<QVariantMap>> returnArrayFromSql(const QString& sql, const QString& onfile);
