@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <random>
@@ -10,7 +11,8 @@
 
 namespace {
 
-constexpr size_t kChunk = 64 * 1024;
+// The largest write size a caller may ask for; the buffer is filled once per pass.
+constexpr size_t kLargestWrite = 64 * 1024;
 
 // The folder and the last component of a path, the folder opened for *at calls; -1 when it cannot be.
 struct Parent
@@ -51,10 +53,10 @@ void fillPattern(unsigned char* buffer, size_t size, int phase)
     }
 }
 
-bool writeRange(int fd, const unsigned char* buffer, off_t from, off_t to)
+bool writeRange(int fd, const unsigned char* buffer, size_t writeSize, off_t from, off_t to)
 {
     while (from < to) {
-        const size_t chunk = size_t(std::min<off_t>(to - from, off_t(kChunk)));
+        const size_t chunk = size_t(std::min<off_t>(to - from, off_t(writeSize)));
         const ssize_t written = ::pwrite(fd, buffer, chunk, from);
         if (written < 0 && errno == EINTR)
             continue;
@@ -68,10 +70,11 @@ bool writeRange(int fd, const unsigned char* buffer, off_t from, off_t to)
 
 // One pass over the data of the file (the holes of a sparse file stay holes), then synced, so the
 // kernel cannot drop it when the file is unlinked.
-bool pass(int fd, int phase, off_t size)
+bool pass(int fd, int phase, off_t size, size_t writeSize)
 {
-    static thread_local unsigned char buffer[kChunk];
-    fillPattern(buffer, kChunk, phase);
+    static thread_local unsigned char buffer[kLargestWrite];
+    writeSize = std::clamp<size_t>(writeSize, 1, kLargestWrite);
+    fillPattern(buffer, writeSize, phase);
     off_t offset = 0;
     while (offset < size) {
         off_t data = ::lseek(fd, offset, SEEK_DATA);
@@ -82,7 +85,7 @@ bool pass(int fd, int phase, off_t size)
             data = offset;
         if (hole < 0 || hole > size)
             hole = size;
-        if (!writeRange(fd, buffer, data, hole))
+        if (!writeRange(fd, buffer, writeSize, data, hole))
             return false;
         offset = hole;
     }
@@ -102,10 +105,10 @@ int openForWipe(int dirFd, const QByteArray& name, struct stat& st)
     return fd;
 }
 
-bool wipeOpen(int fd, const struct stat& st)
+bool wipeOpen(int fd, const struct stat& st, size_t writeSize)
 {
     for (int phase = 1; phase <= 3; ++phase) {
-        if (!pass(fd, phase, st.st_size))
+        if (!pass(fd, phase, st.st_size, writeSize))
             return false;
     }
     return true;
@@ -115,7 +118,7 @@ bool wipeOpen(int fd, const struct stat& st)
 
 namespace SecureDelete {
 
-Outcome wipeAt(int dirFd, const QByteArray& name)
+Outcome wipeAt(int dirFd, const QByteArray& name, size_t writeSize)
 {
     struct stat st
     {};
@@ -130,7 +133,7 @@ Outcome wipeAt(int dirFd, const QByteArray& name)
         ::close(fd);
         return Outcome::SharedByLinks;
     }
-    const bool wiped = wipeOpen(fd, st);
+    const bool wiped = wipeOpen(fd, st, writeSize);
     return ::close(fd) == 0 && wiped ? Outcome::Wiped : Outcome::Failed;
 }
 
@@ -144,7 +147,7 @@ bool wipe(const QString& path, int phase)
     const int fd = parent.fd < 0 ? -1 : openForWipe(parent.fd, parent.name, st);
     if (fd < 0)
         return false;
-    const bool written = pass(fd, phase, st.st_size);
+    const bool written = pass(fd, phase, st.st_size, documentedWriteSize);
     return ::close(fd) == 0 && written;
 }
 
@@ -166,7 +169,7 @@ bool wipeContentsofDir(const QString& path)
     const int fd = openForWipe(parent.fd, parent.name, st);
     if (fd < 0)
         return false;
-    const bool wiped = wipeOpen(fd, st);
+    const bool wiped = wipeOpen(fd, st, documentedWriteSize);
     return ::close(fd) == 0 && wiped;
 }
 

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
+
 // Overwrites a file in place, three times (0x55, 0xAA, random bytes), before the file layer
 // deletes it. It never deletes anything itself. Every pass is written through to the disk before
 // the next one (and before the unlink that follows), works on one descriptor opened from the
@@ -17,8 +19,12 @@ enum class Outcome
     Failed,        // could not be opened or written: the file must be kept
 };
 
+// A file is overwritten in writes of this size, as the design says; larger writes (up to 64 KiB)
+// are for measuring what they would gain.
+inline constexpr size_t documentedWriteSize = 1024;
+
 // All three passes over the regular file `name` in the folder open at dirFd.
-Outcome wipeAt(int dirFd, const QByteArray& name);
+Outcome wipeAt(int dirFd, const QByteArray& name, size_t writeSize = documentedWriteSize);
 
 // The same for a path. True unless the wipe failed (a file shared by links is not overwritten).
 bool wipe(const QString& path);

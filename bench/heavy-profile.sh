@@ -1,0 +1,21 @@
+#!/bin/bash
+# Full runs on heavy Chromium and Firefox profiles at 1 %, 10 % and 100 % of their full size, against
+# rm -rf and the sqlite3 shell doing the same work in the same run (bench/heavy_run.py). Runs as the
+# test user "corvella-test" (made when run as root), so no real settings or browser data are touched.
+# The generated profiles are kept in /var/tmp/corvella-heavy-profiles for the next run.
+# Usage: bench/heavy-profile.sh BIN_DIR [ROUNDS] [SCALE ...]
+set -eu
+bin_dir=$(realpath "$1"); shift
+rounds=${1:-5}; shift || true
+scales=${*:-0.01 0.1 1}
+needs=/usr/bin/sqlite3
+. "$(dirname "$0")/../tests/integration/test-user.sh"
+templates=/var/tmp/corvella-heavy-profiles
+install -d -o "$user" "$templates"
+cp "$bin_dir/corvella-clean" "$work/"
+cp "$(dirname "$0")"/heavy_profile.py "$(dirname "$0")"/heavy_run.py "$work/"
+cp -r "$(dirname "$0")/profiles" "$work/"
+rm -rf "$home/.config/corvella"
+as_user "$work/corvella-clean" --allow-home-access --list >/dev/null
+# shellcheck disable=SC2086
+as_user python3 "$work/heavy_run.py" "$work/corvella-clean" "$templates" "$rounds" $scales
