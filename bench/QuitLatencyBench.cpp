@@ -70,8 +70,8 @@ int main(int argc, char* argv[])
         baseline.append(baselineMs);
     }
     const double w = median(watched), b = median(baseline);
-    std::printf("exit -> terminated event, median of %d: watcher %.3f ms, bare pidfd baseline %.3f ms, "
-                "ratio %.2f (target: under 50 ms)\n",
+    std::printf("| browser exit -> terminated event, median of %d | %.3f ms | bare pidfd %.3f ms | %.2f | "
+                "under 50 ms |\n",
                 rounds, w, b, b > 0 ? w / b : 0.0);
     return 0;
 }

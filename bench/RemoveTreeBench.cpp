@@ -92,7 +92,7 @@ int main(int argc, char** argv)
     sandbox.enableAccess();
 
     const std::string root = homePath.toStdString();
-    std::vector<double> removeRatios, subFileRatios;
+    std::vector<double> removeRatios, subFileRatios, removeOurs, removeTheirs, subOurs, subTheirs;
     std::printf("tree: %d folders, %d files; %d rounds\n", kTopFolders * kFoldersEach,
                 kTopFolders * kFoldersEach * kFilesEach, rounds);
     for (int round = 0; round < rounds; ++round) {
@@ -104,25 +104,32 @@ int main(int argc, char** argv)
         auto runTheirs = [&] { theirs = seconds([&] { shell("rm -rf '" + root + "/theirs'"); }); };
         round % 2 ? (runTheirs(), runOurs()) : (runOurs(), runTheirs());
         removeRatios.push_back(ours / theirs);
+        removeOurs.push_back(ours);
+        removeTheirs.push_back(theirs);
         std::printf("round %d  remove: corvella %.3f s, rm -rf %.3f s, ratio %.3f\n", round + 1, ours, theirs,
                     ours / theirs);
 
         buildTree(root + "/ours");
         buildTree(root + "/theirs");
-        auto subOurs = [&] {
+        auto runSubOurs = [&] {
             ours = seconds([&] { sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/ours")); });
         };
-        auto subTheirs = [&] {
+        auto runSubTheirs = [&] {
             theirs = seconds([&] { shell("find '" + root + "/theirs' -type f -delete"); });
         };
-        round % 2 ? (subTheirs(), subOurs()) : (subOurs(), subTheirs());
+        round % 2 ? (runSubTheirs(), runSubOurs()) : (runSubOurs(), runSubTheirs());
         subFileRatios.push_back(ours / theirs);
+        subOurs.push_back(ours);
+        subTheirs.push_back(theirs);
         std::printf("round %d  files only: corvella %.3f s, find -delete %.3f s, ratio %.3f\n", round + 1,
                     ours, theirs, ours / theirs);
         shell("rm -rf '" + root + "/ours' '" + root + "/theirs'");
     }
-    std::printf("median ratio remove / rm -rf: %.3f (target <= 1.15)\n", median(removeRatios));
-    std::printf("median ratio removeRecursiveSubFilesFor / find -type f -delete: %.3f\n",
-                median(subFileRatios));
+    std::printf("| file layer remove of 100,000 files, median of %d | %.2f s | rm -rf %.2f s | %.2f | at most "
+                "1.15 |\n",
+                rounds, median(removeOurs), median(removeTheirs), median(removeRatios));
+    std::printf("| file layer removal of the files below a folder (100,000), median of %d | %.2f s | find -type f "
+                "-delete %.2f s | %.2f | - |\n",
+                rounds, median(subOurs), median(subTheirs), median(subFileRatios));
     return 0;
 }

@@ -36,5 +36,5 @@ a1=$(cpu_ms "$agent"); b1=$(cpu_ms "$base")
 ar=$(rss_kb "$agent"); br=$(rss_kb "$base")
 kill "$agent" "$base"
 awk -v a=$((a1 - a0)) -v b=$((b1 - b0)) -v s="$seconds" -v ar="$ar" -v br="$br" 'BEGIN {
-    printf "idle CPU over %d s: agent %d ms, idle Qt baseline %d ms (target: agent under 50 ms)\n", s, a, b
-    printf "resident memory: agent %.1f MB, idle Qt baseline %.1f MB, ratio %.2f (target: agent under 30 MB)\n", ar/1024, br/1024, ar/br }'
+    printf "| idle agent, CPU over %d s | %d ms | idle Qt program %d ms | - | under 50 ms |\n", s, a, b
+    printf "| idle agent, resident memory | %.1f MB | idle Qt program %.1f MB | %.2f | under 30 MB |\n", ar/1024, br/1024, ar/br }'

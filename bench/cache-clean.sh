@@ -31,7 +31,7 @@ runuser -u "$user" -- mkdir -p "$home/.config/google-chrome/Default" "$home/.con
 echo '{"profile":{"info_cache":{"Default":{"name":"Bench"}}}}' | runuser -u "$user" -- tee "$home/.config/google-chrome/Local State" >/dev/null
 runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$work/corvella-clean" --allow-home-access --list >/dev/null
 
-ratios=()
+ratios=(); ours_all=(); tool_all=()
 for round in $(seq "$rounds"); do
     cache="$home/.cache/google-chrome/Default/Cache"
     baseline="$home/bench-baseline"
@@ -44,8 +44,10 @@ for round in $(seq "$rounds"); do
         t0=$(now); remove; t1=$(now); clean; t2=$(now); tool=$((t1 - t0)); ours=$((t2 - t1))
     fi
     [ ! -e "$cache" ] || { echo "the cache was not removed"; exit 1; }
+    ours_all+=("$ours"); tool_all+=("$tool")
     ratios+=("$(awk -v a="$ours" -v b="$tool" 'BEGIN { printf "%.3f", a / b }')")
     awk -v a="$ours" -v b="$tool" 'BEGIN { printf "round: corvella-clean %.2f s, rm -rf %.2f s\n", a / 1e9, b / 1e9 }'
 done
-median=$(printf '%s\n' "${ratios[@]}" | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }')
-echo "corvella-clean \"Google Chrome\" cache on 100,000 files / rm -rf, median of $rounds: $median (target: at most 1.2)"
+median() { printf '%s\n' "$@" | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
+awk -v r="$rounds" -v a="$(median "${ours_all[@]}")" -v b="$(median "${tool_all[@]}")" -v q="$(median "${ratios[@]}")" \
+    'BEGIN { printf "| corvella-clean \"Google Chrome\" cache, 100,000 files, median of %d | %.2f s | rm -rf %.2f s | %.2f | at most 1.2 |\n", r, a / 1e9, b / 1e9, q }'
