@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <algorithm>
 #include <csignal>
@@ -41,7 +42,19 @@ int main(int argc, char* argv[])
         QProcess process;
         process.start(browser, {QStringLiteral("60")});
         process.waitForStarted();
-        watcher.scan();
+        // Right after its exec a process may show no command line yet; the agent's next look (a
+        // lock-folder change, or the fallback timer) finds it, as this loop does.
+        const auto isWatched = [&] {
+            const QList<RunningApplication> running = watcher.running();
+            return std::any_of(running.begin(), running.end(), [&](const RunningApplication& application) {
+                return application.pid == int(process.processId());
+            });
+        };
+        for (int look = 0; look < 100 && !isWatched(); ++look) {
+            watcher.scan();
+            if (!isWatched())
+                QThread::msleep(10);
+        }
         const int pidfd = int(::syscall(SYS_pidfd_open, pid_t(process.processId()), 0));
         QSocketNotifier notifier(pidfd, QSocketNotifier::Read);
         QElapsedTimer clock;

@@ -125,11 +125,13 @@ int main(int argc, char** argv)
                     ours, theirs, ours / theirs);
         shell("rm -rf '" + root + "/ours' '" + root + "/theirs'");
     }
-    std::printf("| file layer remove of 100,000 files, median of %d | %.2f s | rm -rf %.2f s | %.2f | at most "
-                "1.15 |\n",
-                rounds, median(removeOurs), median(removeTheirs), median(removeRatios));
-    std::printf("| file layer removal of the files below a folder (100,000), median of %d | %.2f s | find -type f "
-                "-delete %.2f s | %.2f | - |\n",
-                rounds, median(subOurs), median(subTheirs), median(subFileRatios));
+    std::printf(
+        "| file layer remove of 100,000 files, median of %d | %.2f s | rm -rf %.2f s | %.2f | at most "
+        "1.15 |\n",
+        rounds, median(removeOurs), median(removeTheirs), median(removeRatios));
+    std::printf(
+        "| file layer removal of the files below a folder (100,000), median of %d | %.2f s | find -type f "
+        "-delete %.2f s | %.2f | - |\n",
+        rounds, median(subOurs), median(subTheirs), median(subFileRatios));
     return 0;
 }

@@ -72,9 +72,12 @@ int main(int argc, char** argv)
     }
     std::vector<Contender> contenders{
         {"secure delete, 1 KiB writes", [](const QString& path) { return wipeWith(path, 1024); }, {}},
-        {"shred -n 3", [](const QString& path) {
-             return QProcess::execute(QStringLiteral("shred"), {QStringLiteral("-n"), QStringLiteral("3"), path}) == 0;
-         }, {}},
+        {"shred -n 3",
+         [](const QString& path) {
+             return QProcess::execute(QStringLiteral("shred"),
+                                      {QStringLiteral("-n"), QStringLiteral("3"), path}) == 0;
+         },
+         {}},
         {"secure delete, 64 KiB writes", [](const QString& path) { return wipeWith(path, 64 * 1024); }, {}},
     };
     for (int round = 0; round < rounds; ++round) {
@@ -98,6 +101,7 @@ int main(int argc, char** argv)
     const double shred = median(contenders[1].seconds);
     for (const Contender* contender : {&contenders[0], &contenders[2]})
         std::printf("| %s of a 100 MB file, median of %d | %.2f s | shred -n 3 %.2f s | %.2f | - |\n",
-                    contender->name, rounds, median(contender->seconds), shred, median(contender->seconds) / shred);
+                    contender->name, rounds, median(contender->seconds), shred,
+                    median(contender->seconds) / shred);
     return 0;
 }
