@@ -11,8 +11,8 @@ trap 'rm -f "$log"' EXIT
     set -e
     "$bin_dir/bench-quit-latency" 30
     bash "$here/agent-idle.sh" "$bin_dir" 60
-    "$bin_dir/bench-remove-tree" 1
-    bash "$here/cache-clean.sh" "$bin_dir" 1
+    "$bin_dir/bench-remove-tree" 3
+    bash "$here/cache-clean.sh" "$bin_dir" 3
     "$bin_dir/bench-secure-delete" 5
     bash "$here/heavy-profile.sh" "$bin_dir" 5 0.01 0.1 1
 } 2>&1 | tee "$log"

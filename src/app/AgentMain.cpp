@@ -18,9 +18,11 @@
 #include "platform/linux/UnixSignalWatcher.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
+#include "ui/DesktopFace.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QSystemTrayIcon>
 
 #include <csignal>
 #include <cstdio>
@@ -57,6 +59,7 @@ int main(int argc, char* argv[])
     const bool headless = chooseHeadless();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvella"));
+    QApplication::setApplicationVersion(QStringLiteral(CORVELLA_VERSION));
     QApplication::setQuitOnLastWindowClosed(false);
 
     SyslogLog log;
@@ -92,6 +95,12 @@ int main(int argc, char* argv[])
     HelperScripts scripts(sandbox, log);
     AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
                           cleaners, scripts, RunLock::pathForHome(home)});
+
+    std::unique_ptr<DesktopFace> face;
+    if (!headless) {
+        face = std::make_unique<DesktopFace>(delegate, workspace, QSystemTrayIcon::isSystemTrayAvailable());
+        QObject::connect(face.get(), &DesktopFace::quitRequested, &app, &QApplication::quit);
+    }
 
     UnixSignalWatcher unixSignals({SIGTERM, SIGINT, SIGHUP});
     QObject::connect(&unixSignals, &UnixSignalWatcher::signalReceived, &app, [] { QApplication::quit(); });

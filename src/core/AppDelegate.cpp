@@ -144,6 +144,12 @@ void AppDelegate::defaultsChanged()
 {
     m_settingsController.setContent(
         SettingsController::selectedEntries(m_defaults.dictionaryForKey(SettingsKeys::settings)));
+    emit settingsChanged();
+}
+
+bool AppDelegate::isRunning() const
+{
+    return m_defaults.boolForKey(SettingsKeys::isRunning);
 }
 
 void AppDelegate::checkEnabledButton()
@@ -350,6 +356,53 @@ void AppDelegate::updateBrowserContentArray()
     updateMenu();
     m_browserTiles = m_services.catalogue.browserContentArray();
     emit browserTilesChanged(m_browserTiles);
+}
+
+void AppDelegate::enableBrowser(const QString& tileName)
+{
+    const QString identifier = BrowserCatalogue::browserIDFor(tileName);
+    if (identifier.isEmpty())
+        return;
+    QVariantList enabled = m_defaults.arrayForKey(SettingsKeys::enabledBrowsers);
+    if (enabled.contains(identifier)) {
+        if (m_editingBrowserSettings) {
+            disableBrowser();
+            return;
+        }
+    } else {
+        enabled.append(identifier);
+    }
+    m_defaults.setObject(enabled, SettingsKeys::enabledBrowsers);
+    m_defaults.synchronize();
+    updateBrowserContentArray();
+    m_editingBrowserSettings = true;
+    watchApplicationsFolder();
+    checkEnabledBrowsers();
+}
+
+void AppDelegate::disableBrowser()
+{
+    QString identifier = BrowserCatalogue::browserIDFor(m_currentBrowser);
+    if (identifier.isEmpty() || identifier == BrowserCatalogue::safariID)
+        identifier = BrowserCatalogue::safariID;
+    QVariantList enabled = m_defaults.arrayForKey(SettingsKeys::enabledBrowsers);
+    enabled.removeAll(identifier);
+    m_defaults.setObject(enabled, SettingsKeys::enabledBrowsers);
+    m_defaults.synchronize();
+    updateBrowserContentArray();
+    m_editingBrowserSettings = false;
+}
+
+void AppDelegate::disableSafari()
+{
+    m_currentBrowser = BrowserCatalogue::safari;
+    disableBrowser();
+}
+
+void AppDelegate::popoverIsClosing()
+{
+    m_editingBrowserSettings = false;
+    m_currentBrowser.clear();
 }
 
 void AppDelegate::setRunDelays(int silentMs, int notifyingMs)

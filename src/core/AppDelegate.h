@@ -101,6 +101,20 @@ public:
     // Recomputes the tiles and everything that follows the activated browsers.
     void updateBrowserContentArray();
 
+    // A click on a tile: activates its browser and opens its settings; a click on an activated tile
+    // whose settings are open deactivates it instead.
+    void enableBrowser(const QString& tileName);
+    // Deactivates the browser the popover shows (anything but the Chromium family and Firefox counts
+    // as Safari) and ends settings mode.
+    void disableBrowser();
+    void disableSafari();
+    // The browser popover closes: settings mode ends and no browser is current.
+    void popoverIsClosing();
+    // The browser whose settings the popover shows; empty when none.
+    QString currentBrowser() const { return m_currentBrowser; }
+    void setCurrentBrowser(const QString& browser) { m_currentBrowser = browser; }
+    bool editingBrowserSettings() const { return m_editingBrowserSettings; }
+
     // The delays of the silent and of the notifying run after a quit (a seam for tests).
     void setRunDelays(int silentMs, int notifyingMs);
     // For shutdown and tests: waits until every queued run has finished.
@@ -112,7 +126,11 @@ public:
     bool watchingApplicationsFolder() const { return m_watchingApplicationsFolder; }
     QStringList browserTiles() const { return m_browserTiles; }
 
+    bool isRunning() const;
+
 signals:
+    // The settings changed (on disk or from here): the category toggles show them again.
+    void settingsChanged();
     void statusItemVisibilityChanged(bool visible);
     void dockPolicyChanged(bool hideDock);
     void infoLabelNeedsUpdate();
@@ -138,6 +156,7 @@ private:
     bool m_openedFromLogin = false;
     bool m_watchingApplicationsFolder = false;
     bool m_editingBrowserSettings = false;
+    QString m_currentBrowser;
     bool m_terminated = false;
     bool m_launched = false;
     std::atomic<bool> m_stopping = false;

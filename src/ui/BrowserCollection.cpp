@@ -1,0 +1,95 @@
+#include "ui/BrowserCollection.h"
+
+#include "core/BrowserCatalogue.h"
+#include "ui/IconTransformer.h"
+
+BrowserCollection::BrowserCollection(const IconTransformer& icons, QWidget* parent)
+    : QWidget(parent), m_icons(icons)
+{
+    setMinimumHeight(tileWidth + 8);
+    setAccessibleName(tr("Browsers"));
+}
+
+QVariantMap BrowserCollection::popoverRequest(const QString& tileName)
+{
+    QVariantMap request;
+    if (tileName.endsWith(BrowserCatalogue::disabledSuffix)) {
+        request.insert(QStringLiteral("browser"), tileName.chopped(BrowserCatalogue::disabledSuffix.size()));
+        request.insert(QStringLiteral("isDisabled"), true);
+    } else {
+        request.insert(QStringLiteral("browser"), tileName);
+    }
+    return request;
+}
+
+void BrowserCollection::reloadData(const QStringList& tileNames)
+{
+    // The keyboard stays on the same browser's tile, without showing its popover anew.
+    QString focusedBrowser;
+    // Later: a click on a tile reloads the row from inside the tile's own signal.
+    for (BrowserCollectionItem& item : m_items) {
+        if (item.browserButton && item.browserButton->hasFocus())
+            focusedBrowser = BrowserCatalogue::browserIDFor(item.browserButton->objectName());
+        if (item.browserButton) {
+            item.browserButton->hide();
+            item.browserButton->deleteLater();
+        }
+    }
+    m_items.clear();
+    m_array = tileNames;
+    for (const QString& name : std::as_const(m_array)) {
+        auto* button = new HoverButton(this);
+        button->setObjectName(name);
+        button->setIcon(m_icons.transformedValue(name));
+        button->setIconSize(QSize(tileWidth - 7, tileWidth - 7));
+        const QVariantMap request = popoverRequest(name);
+        const QString browser = request.value(QStringLiteral("browser")).toString();
+        button->setAccessibleName(request.contains(QStringLiteral("isDisabled"))
+                                      ? tr("%1, not protected").arg(browser)
+                                      : tr("%1, protected").arg(browser));
+        button->setToolTip(browser);
+        connect(button, &HoverButton::entered, this, [this, name] { emit popoverRequested(popoverRequest(name)); });
+        // On press. The popover shows the tile as it was before the click; the new tile shows
+        // itself on the next entry of the pointer.
+        connect(button, &HoverButton::pressed, this, [this, name] {
+            emit tileClicked(name);
+            emit popoverRequested(popoverRequest(name));
+        });
+        button->show();
+        m_items.emplace_back(button);
+        if (!focusedBrowser.isEmpty() && BrowserCatalogue::browserIDFor(name) == focusedBrowser)
+            button->setFocus(Qt::OtherFocusReason);
+    }
+    layoutTiles();
+}
+
+QMarginsF BrowserCollection::sectionInsets() const
+{
+    const qreal side = (width() - qreal(tileWidth) * m_array.size()) / 2;
+    return {side, 0, side, 0};
+}
+
+HoverButton* BrowserCollection::buttonFor(const QString& tileName) const
+{
+    for (const BrowserCollectionItem& item : m_items) {
+        if (item.browserButton && item.browserButton->objectName() == tileName)
+            return item.browserButton;
+    }
+    return nullptr;
+}
+
+void BrowserCollection::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    layoutTiles();
+}
+
+void BrowserCollection::layoutTiles()
+{
+    const qreal left = sectionInsets().left();
+    for (size_t i = 0; i < m_items.size(); ++i) {
+        if (m_items[i].browserButton)
+            m_items[i].browserButton->setGeometry(int(left + qreal(tileWidth) * qreal(i)),
+                                                  (height() - tileWidth) / 2, tileWidth, tileWidth);
+    }
+}

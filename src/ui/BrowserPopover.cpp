@@ -1,0 +1,187 @@
+#include "ui/BrowserPopover.h"
+
+#include "core/AppDelegate.h"
+#include "core/BrowserCatalogue.h"
+#include "core/RemovalRun.h"
+#include "core/SettingsController.h"
+#include "platform/SettingsKeys.h"
+#include "ui/IconTransformer.h"
+#include "ui/ToggleSwitch.h"
+
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr qreal kDefaultWidth = 300.0;
+
+} // namespace
+
+BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent)
+    : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons),
+      m_iconView(new QLabel(this)), m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
+      m_browserSetttingsView(new QWidget(this))
+{
+    setAccessibleName(tr("Browser settings"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(16, 12, 16, 12);
+    auto* header = new QHBoxLayout;
+    m_iconView->setFixedSize(40, 40);
+    header->addWidget(m_iconView);
+    auto* texts = new QVBoxLayout;
+    m_browserInfoLabel->setWordWrap(true);
+    QFont bold = m_browserLabel->font();
+    bold.setBold(true);
+    bold.setPointSizeF(bold.pointSizeF() * 1.2);
+    m_browserLabel->setFont(bold);
+    texts->addWidget(m_browserInfoLabel);
+    texts->addWidget(m_browserLabel);
+    header->addLayout(texts, 1);
+    layout->addLayout(header);
+
+    auto* grid = new QGridLayout(m_browserSetttingsView);
+    grid->setContentsMargins(0, 8, 0, 0);
+    grid->setVerticalSpacing(4);
+    int row = 0;
+    for (const QString& category : SettingsKeys::categories) {
+        auto* label = new QLabel(RemovalRun::labelFor(category), m_browserSetttingsView);
+        auto* toggle = new ToggleSwitch(m_browserSetttingsView);
+        toggle->setObjectName(category + QStringLiteral("Button"));
+        toggle->setAccessibleName(label->text());
+        label->setBuddy(toggle);
+        grid->addWidget(label, row, 0);
+        grid->addWidget(toggle, row, 1, Qt::AlignRight);
+        // Only a user's switch writes the setting; a settings change moves the switch silently.
+        connect(toggle, &ToggleSwitch::clicked, this, [this, category](bool on) {
+            if (!m_delegate.currentBrowser().isEmpty())
+                m_delegate.setCategorySelected(m_delegate.currentBrowser(), category, on);
+        });
+        m_toggles.insert(category, toggle);
+        m_labels.insert(category, label);
+        ++row;
+    }
+    layout->addWidget(m_browserSetttingsView, 1);
+    layout->addStretch();
+    m_browserSetttingsView->hide();
+    connect(&m_delegate, &AppDelegate::settingsChanged, this, &BrowserPopover::updateSettingsBindings);
+}
+
+qreal BrowserPopover::popoverWidth()
+{
+    bool ok = false;
+    const qreal width = tr("PopoverWindowWidth").toDouble(&ok);
+    return ok && width > 0 ? width : kDefaultWidth;
+}
+
+bool BrowserPopover::settingsViewShown() const
+{
+    return m_browserSetttingsView->isVisibleTo(this);
+}
+
+void BrowserPopover::setHeight(qreal height)
+{
+    setFixedSize(int(popoverWidth()), int(height));
+}
+
+void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& request, QWidget* anchor)
+{
+    m_delegate.setCurrentBrowser(QString());
+    m_browserSetttingsView->hide();
+    m_browserInfoLabel->show();
+    if (!request) {
+        setHeight(noBrowserHeight);
+        m_browserInfoLabel->setText(tr("Please activate any Browsers you wish to protect here"));
+        m_browserLabel->clear();
+        m_browserLabel->hide();
+        m_iconView->clear();
+        m_iconView->hide();
+        present(false, anchor);
+        return;
+    }
+    const QString browser = request->value(QStringLiteral("browser")).toString();
+    m_browserLabel->setText(browser);
+    m_browserLabel->show();
+    m_iconView->setPixmap(m_icons.iconForBrowser(browser).pixmap(40, 40));
+    m_iconView->show();
+    // Safari has no search engines to remove.
+    const bool searchEngines = browser != BrowserCatalogue::safari;
+    m_toggles.value(QStringLiteral("searchEngines"))->setVisible(searchEngines);
+    m_labels.value(QStringLiteral("searchEngines"))->setVisible(searchEngines);
+    if (request->contains(QStringLiteral("isDisabled"))) {
+        m_browserInfoLabel->setText(tr("Click to activate protection for"));
+        setHeight(shortHeight);
+        present(false, anchor);
+        return;
+    }
+    m_delegate.setCurrentBrowser(browser);
+    updateSettingsBindings();
+    if (m_delegate.editingBrowserSettings()) {
+        setHeight(settingsHeight);
+        m_browserSetttingsView->show();
+        m_browserInfoLabel->hide();
+        present(true, anchor);
+    } else {
+        m_browserInfoLabel->setText(tr("Click to change settings for"));
+        setHeight(shortHeight);
+        present(false, anchor);
+    }
+}
+
+// Pointing shows the popover without taking the keyboard from the window; settings take it. Not a
+// grabbing popup: a click on the tile whose settings are open must reach the tile (it deactivates
+// the browser), so the window closes the popover on other clicks itself.
+void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
+{
+    const Qt::WindowFlags flags =
+        (takesKeyboard ? Qt::Tool : Qt::ToolTip) | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
+    if (windowFlags() != flags) {
+        m_hidingOnPurpose = true;
+        setWindowFlags(flags);
+        m_hidingOnPurpose = false;
+    }
+    setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
+    if (anchor) {
+        const QPoint below = anchor->mapToGlobal(QPoint(anchor->width() / 2, anchor->height()));
+        move(below.x() - width() / 2, below.y() + 4);
+    }
+    show();
+    raise();
+    if (takesKeyboard) {
+        activateWindow();
+        if (ToggleSwitch* first = m_toggles.value(SettingsKeys::categories.first()))
+            first->setFocus(Qt::PopupFocusReason);
+    }
+}
+
+void BrowserPopover::hideBrowserPopover()
+{
+    m_delegate.setCurrentBrowser(QString());
+    m_browserSetttingsView->hide();
+    setHeight(shortHeight);
+    hide();
+}
+
+void BrowserPopover::updateSettingsBindings()
+{
+    const QString browser = m_delegate.currentBrowser();
+    const QVariantMap content = m_delegate.settingsController().content();
+    for (auto it = m_toggles.cbegin(); it != m_toggles.cend(); ++it) {
+        it.value()->setEnabled(!browser.isEmpty());
+        it.value()->setChecked(SettingsController::isSelected(content, browser, it.key()));
+    }
+}
+
+
+void BrowserPopover::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    if (m_hidingOnPurpose)
+        return;
+    m_delegate.popoverIsClosing();
+    m_browserSetttingsView->hide();
+    setHeight(shortHeight);
+}
+

@@ -1,0 +1,88 @@
+#include "ui/DesktopFace.h"
+
+#include "core/AppDelegate.h"
+#include "ui/BrowserCollection.h"
+#include "ui/BrowserPopover.h"
+#include "ui/GeneralPopover.h"
+#include "ui/HoverButton.h"
+#include "ui/MainWindow.h"
+#include "ui/StatusItem.h"
+#include "ui/ToggleSwitch.h"
+
+DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayAvailable, QObject* parent)
+    : QObject(parent), m_delegate(delegate), m_icons(workspace), m_trayAvailable(trayAvailable),
+      m_mainWindow(std::make_unique<MainWindow>(m_icons)),
+      m_browserPopover(std::make_unique<BrowserPopover>(delegate, m_icons)),
+      m_generalPopover(std::make_unique<GeneralPopover>()), m_statusItem(std::make_unique<StatusItem>())
+{
+    MainWindow& window = *m_mainWindow;
+    BrowserCollection* tiles = window.collectionView();
+    connect(&delegate, &AppDelegate::statusItemVisibilityChanged, this, &DesktopFace::showMenuBarItem);
+    connect(&delegate, &AppDelegate::dockPolicyChanged, this, [this](bool hideDock) {
+        m_hideDock = hideDock;
+        m_mainWindow->setShownInTaskBar(!hideDock || !m_statusItem->isShown());
+    });
+    connect(&delegate, &AppDelegate::infoLabelNeedsUpdate, this,
+            [this] { m_mainWindow->updateInfoLabel(m_delegate.isRunning()); });
+    connect(&delegate, &AppDelegate::mainSwitchEnabledChanged, window.enabledButton(), &ToggleSwitch::setEnabled);
+    connect(&delegate, &AppDelegate::browserTilesChanged, tiles, &BrowserCollection::reloadData);
+    connect(&delegate, &AppDelegate::windowRequested, &window, &MainWindow::openWindow);
+    connect(&delegate, &AppDelegate::popoverRequested, this,
+            [this] { m_generalPopover->togglePopover(m_mainWindow->infoButton()); });
+    connect(&delegate, &AppDelegate::browserPopoverRequested, this, [this] {
+        if (m_mainWindow->isVisible())
+            m_browserPopover->showBrowserPopover(std::nullopt, m_mainWindow->collectionView());
+    });
+
+    connect(window.enabledButton(), &ToggleSwitch::clicked, &delegate, [this] {
+        m_delegate.toggleRunStatus();
+        m_mainWindow->updateInfoLabel(m_delegate.isRunning());
+    });
+    connect(window.infoButton(), &HoverButton::clicked, this,
+            [this] { m_generalPopover->togglePopover(m_mainWindow->infoButton()); });
+    connect(tiles, &BrowserCollection::tileClicked, &delegate, &AppDelegate::enableBrowser);
+    connect(tiles, &BrowserCollection::popoverRequested, this, [this](const QVariantMap& request) {
+        m_browserPopover->showBrowserPopover(request, m_mainWindow->collectionView());
+    });
+    connect(&window, &MainWindow::pressedOutsideTiles, this, [this] {
+        if (m_browserPopover->isVisible())
+            m_browserPopover->hideBrowserPopover();
+    });
+    connect(m_generalPopover.get(), &GeneralPopover::quitRequested, this, &DesktopFace::quit);
+
+    StatusItem& item = *m_statusItem;
+    connect(&item, &StatusItem::toggleRunStatus, &delegate, &AppDelegate::toggleRunStatus);
+    connect(&item, &StatusItem::openWindow, &window, &MainWindow::openWindow);
+    connect(&item, &StatusItem::openAndCheckBrowsers, this, [this] {
+        m_mainWindow->openWindow();
+        m_delegate.checkEnabledBrowsers();
+    });
+    connect(&item, &StatusItem::quitFromSysMenu, this, &DesktopFace::quitRequested);
+}
+
+DesktopFace::~DesktopFace() = default;
+
+void DesktopFace::showMenuBarItem(bool show)
+{
+    m_statusItem->showMenuBarItem(show && m_trayAvailable, m_delegate.isRunning(), m_delegate.isValid());
+    // The agent is never out of reach: without a tray item the window is in the task bar and shown.
+    if (!m_statusItem->isShown()) {
+        m_mainWindow->setShownInTaskBar(true);
+        if (!m_mainWindow->isVisible())
+            m_mainWindow->openWindow();
+    } else {
+        m_mainWindow->setShownInTaskBar(!m_hideDock);
+    }
+}
+
+// The window's quit: with the agent kept out of the task bar it only hides, and goes on protecting
+// from the tray; otherwise it ends the agent.
+void DesktopFace::quit()
+{
+    m_generalPopover->close();
+    if (m_hideDock && m_statusItem->isShown()) {
+        m_mainWindow->hide();
+        return;
+    }
+    emit quitRequested();
+}

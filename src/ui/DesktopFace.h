@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ui/IconTransformer.h"
+
+#include <QObject>
+
+#include <memory>
+
+class AppDelegate;
+class BrowserPopover;
+class GeneralPopover;
+class MainWindow;
+class StatusItem;
+class Workspace;
+
+// The agent's face: tray item, main window, tiles and popovers, driven only by the controller's
+// signals and public operations. Without a tray to live in (a desktop with none, or the item
+// switched off) the window stays reachable: it is shown and kept in the task bar.
+class DesktopFace : public QObject
+{
+    Q_OBJECT
+public:
+    // trayAvailable: whether the desktop shows tray items (a seam for tests).
+    DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayAvailable, QObject* parent = nullptr);
+    ~DesktopFace() override;
+
+    MainWindow& mainWindow() { return *m_mainWindow; }
+    BrowserPopover& browserPopover() { return *m_browserPopover; }
+    GeneralPopover& generalPopover() { return *m_generalPopover; }
+    StatusItem& statusItem() { return *m_statusItem; }
+
+signals:
+    void quitRequested();
+
+private:
+    void showMenuBarItem(bool show);
+    void quit();
+
+    AppDelegate& m_delegate;
+    IconTransformer m_icons;
+    bool m_trayAvailable;
+    bool m_hideDock = false;
+    std::unique_ptr<MainWindow> m_mainWindow;
+    std::unique_ptr<BrowserPopover> m_browserPopover;
+    std::unique_ptr<GeneralPopover> m_generalPopover;
+    std::unique_ptr<StatusItem> m_statusItem;
+};

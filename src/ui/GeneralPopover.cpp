@@ -1,0 +1,46 @@
+#include "ui/GeneralPopover.h"
+
+#include "ui/FlatButton.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QVBoxLayout>
+
+GeneralPopover::GeneralPopover(QWidget* parent)
+    : PopoverWindow(Qt::Tool, parent),
+      m_quitButton(new FlatButton(tr("Quit Corvella"), this))
+{
+    setAccessibleName(tr("About Corvella"));
+    setFixedWidth(280);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(16, 14, 16, 14);
+    auto* text = new QLabel(tr("When a browser you protect quits, Corvella removes the data you chose for it "
+                               "and keeps your bookmarks, passwords and extensions. Point at a browser "
+                               "below to choose what goes."),
+                            this);
+    text->setWordWrap(true);
+    layout->addWidget(text);
+    m_quitButton->setMinimumHeight(28);
+    layout->addWidget(m_quitButton);
+    connect(m_quitButton, &FlatButton::clicked, this, &GeneralPopover::quitRequested);
+}
+
+void GeneralPopover::togglePopover(QWidget* anchor)
+{
+    if (isVisible()) {
+        close();
+        return;
+    }
+    adjustSize();
+    if (anchor) {
+        const QPoint beside = anchor->mapToGlobal(QPoint(anchor->width(), anchor->height() / 2));
+        move(beside.x() + 4, beside.y() - height() / 2);
+    }
+    show();
+    raise();
+    activateWindow();
+    m_quitButton->setFocus(Qt::PopupFocusReason);
+}
+
+

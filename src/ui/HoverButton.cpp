@@ -1,0 +1,43 @@
+#include "ui/HoverButton.h"
+
+#include <QKeyEvent>
+
+HoverButton::HoverButton(QWidget* parent) : QToolButton(parent)
+{
+    setAutoRaise(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+}
+
+void HoverButton::enterEvent(QEnterEvent* event)
+{
+    QToolButton::enterEvent(event);
+    emit entered();
+}
+
+void HoverButton::leaveEvent(QEvent* event)
+{
+    QToolButton::leaveEvent(event);
+    emit left();
+}
+
+void HoverButton::focusInEvent(QFocusEvent* event)
+{
+    QToolButton::focusInEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
+        emit entered();
+}
+
+void HoverButton::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    // What the pointer's entry shows, again: after a click changed the button, say.
+    if (event->key() == Qt::Key_Down) {
+        emit entered();
+        return;
+    }
+    QToolButton::keyPressEvent(event);
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QIcon>
+#include <QPixmap>
+#include <QString>
+
+class Workspace;
+
+// The picture of a tile: the browser's own icon, from its desktop entry through the icon theme
+// (Flatpak and Snap entries too), or a built-in picture when the theme has none. A tile of a browser
+// that is not activated ("Chromium-disabled") is greyed inside its own outline.
+class IconTransformer
+{
+public:
+    explicit IconTransformer(Workspace& workspace);
+
+    // No icon for a name that is no browser's.
+    QIcon transformedValue(const QString& tileName) const;
+    // The same lookup, never tinted.
+    QIcon iconForBrowser(const QString& browser) const;
+    // Fills the picture with white 0.4 where it is opaque (source-atop), keeping its alpha.
+    static QPixmap tintImage(const QPixmap& image);
+    // The "Icon" key of a desktop entry's main group; empty when there is none.
+    static QString iconNameInDesktopEntry(const QString& path);
+
+private:
+    Workspace& m_workspace;
+};

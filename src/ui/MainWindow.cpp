@@ -1,0 +1,97 @@
+#include "ui/MainWindow.h"
+
+#include "ui/BrowserCollection.h"
+#include "ui/HoverButton.h"
+#include "ui/ToggleSwitch.h"
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+
+MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
+    : QWidget(parent), m_enabledButton(new ToggleSwitch(this)), m_infoLabel(new QLabel(this)),
+      m_collectionView(new BrowserCollection(icons, this)), m_infoButton(new HoverButton(this))
+{
+    setWindowTitle(tr("Corvella"));
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("security-high"), QIcon(QStringLiteral(":/icons/menu.svg"))));
+    setFixedSize(400, 210);
+    // White text on the window's own gradient, whatever the theme.
+    QPalette colours = palette();
+    colours.setColor(QPalette::WindowText, Qt::white);
+    colours.setColor(QPalette::ButtonText, Qt::white);
+    setPalette(colours);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(20, 14, 20, 14);
+    auto* top = new QHBoxLayout;
+    auto* title = new QLabel(tr("Corvella"), this);
+    QFont titleFont = title->font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.6);
+    titleFont.setWeight(QFont::Light);
+    title->setFont(titleFont);
+    auto* version = new QLabel(tr("v%1").arg(QCoreApplication::applicationVersion()), this);
+    version->setAccessibleName(tr("Version %1").arg(QCoreApplication::applicationVersion()));
+    top->addWidget(title);
+    top->addWidget(version, 0, Qt::AlignBottom);
+    top->addStretch();
+    m_infoButton->setIcon(QIcon::fromTheme(QStringLiteral("help-about"), QIcon(QStringLiteral(":/icons/info.svg"))));
+    m_infoButton->setAccessibleName(tr("About Corvella"));
+    m_infoButton->setToolTip(tr("About Corvella"));
+    top->addWidget(m_infoButton);
+    layout->addLayout(top);
+
+    auto* protection = new QHBoxLayout;
+    m_enabledButton->setAccessibleName(tr("Protection"));
+    m_infoLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QFont thin = m_infoLabel->font();
+    thin.setWeight(QFont::Thin);
+    m_infoLabel->setFont(thin);
+    protection->addWidget(m_enabledButton);
+    protection->addWidget(m_infoLabel, 1);
+    layout->addLayout(protection);
+    layout->addStretch();
+    layout->addWidget(m_collectionView);
+
+    setTabOrder(m_enabledButton, m_collectionView);
+}
+
+void MainWindow::updateInfoLabel(bool isRunning)
+{
+    m_infoLabel->setText(isRunning ? tr("Corvella is Enabled") : tr("Corvella is Disabled"));
+    m_enabledButton->setChecked(isRunning);
+}
+
+void MainWindow::setShownInTaskBar(bool shown)
+{
+    // A new flag makes a new native window, which would take the keyboard away: only on a change.
+    if (windowFlags().testFlag(Qt::Tool) == !shown)
+        return;
+    const bool visible = isVisible();
+    setWindowFlag(Qt::Tool, !shown);
+    if (visible)
+        show();
+}
+
+void MainWindow::openWindow()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event)
+{
+    QWidget::mousePressEvent(event);
+    emit pressedOutsideTiles();
+}
+
+void MainWindow::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    const bool dark = palette().color(QPalette::Window).lightness() < 128;
+    QLinearGradient gradient(0, 0, width(), height());
+    gradient.setColorAt(0, dark ? QColor(0x1d, 0x2b, 0x3a) : QColor(0x2d, 0x5f, 0x8a));
+    gradient.setColorAt(1, dark ? QColor(0x2a, 0x1f, 0x3d) : QColor(0x4b, 0x3f, 0x8c));
+    painter.fillRect(rect(), gradient);
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QLabel>
+#include <QWidget>
+
+class BrowserCollection;
+class HoverButton;
+class IconTransformer;
+class ToggleSwitch;
+
+// The main window: the protection switch with its info label, the row of browser tiles and the info
+// button, on a gradient that keeps its white text readable in light and dark themes. Closing it only
+// hides it: the agent goes on protecting.
+class MainWindow : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit MainWindow(const IconTransformer& icons, QWidget* parent = nullptr);
+
+    ToggleSwitch* enabledButton() const { return m_enabledButton; }
+    BrowserCollection* collectionView() const { return m_collectionView; }
+    HoverButton* infoButton() const { return m_infoButton; }
+    QString infoText() const { return m_infoLabel->text(); }
+
+    void updateInfoLabel(bool isRunning);
+    // With "hideDock" the window keeps out of the task bar (a tool window), as the agent lives in the tray.
+    void setShownInTaskBar(bool shown);
+    void openWindow();
+
+signals:
+    // A press anywhere in the window but on a tile: an open browser popover closes.
+    void pressedOutsideTiles();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    ToggleSwitch* m_enabledButton;
+    QLabel* m_infoLabel;
+    BrowserCollection* m_collectionView;
+    HoverButton* m_infoButton;
+};

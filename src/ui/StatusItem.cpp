@@ -1,0 +1,60 @@
+#include "ui/StatusItem.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QPalette>
+
+StatusItem::StatusItem(QObject* parent) : QObject(parent), m_runStateItem(m_sysMenuBar.addAction(QString()))
+{
+    m_sysMenuBar.setAccessibleName(tr("Corvella"));
+    connect(m_runStateItem, &QAction::triggered, this, [this] {
+        if (m_anyBrowserActivated)
+            emit toggleRunStatus();
+        else
+            emit openAndCheckBrowsers();
+    });
+    m_sysMenuBar.addAction(tr("Open Corvella"), this, &StatusItem::openWindow);
+    m_sysMenuBar.addSeparator();
+    m_sysMenuBar.addAction(tr("Quit Corvella"), this, &StatusItem::quitFromSysMenu);
+}
+
+StatusItem::~StatusItem() = default;
+
+QIcon StatusItem::image(bool isRunning, const QColor& colour)
+{
+    const QIcon shape(isRunning ? QStringLiteral(":/icons/menu_running.svg") : QStringLiteral(":/icons/menu.svg"));
+    QIcon painted;
+    for (const int size : {16, 22, 24, 32, 44, 48, 64}) {
+        QPixmap pixmap = shape.pixmap(size, size);
+        QPainter painter(&pixmap);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(pixmap.rect(), colour);
+        painter.end();
+        painted.addPixmap(pixmap);
+    }
+    painted.setIsMask(true); // a panel that recolours symbolic icons may do so
+    return painted;
+}
+
+void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated)
+{
+    m_anyBrowserActivated = anyBrowserActivated;
+    m_runStateItem->setText(!anyBrowserActivated ? tr("Please activate a Browser")
+                            : isRunning          ? tr("Disable Corvella")
+                                                 : tr("Enable Corvella"));
+    if (!show) {
+        m_trayIcon.reset();
+        return;
+    }
+    if (!m_trayIcon) {
+        m_trayIcon = std::make_unique<QSystemTrayIcon>();
+        m_trayIcon->setContextMenu(&m_sysMenuBar);
+        connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+            if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+                emit openWindow();
+        });
+    }
+    m_trayIcon->setIcon(image(isRunning, QApplication::palette().color(QPalette::WindowText)));
+    m_trayIcon->setToolTip(isRunning ? tr("Corvella is Enabled") : tr("Corvella is Disabled"));
+    m_trayIcon->show();
+}

@@ -1,0 +1,81 @@
+#include "ui/ToggleSwitch.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+ToggleSwitch::ToggleSwitch(QWidget* parent) : QAbstractButton(parent)
+{
+    setCheckable(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    m_slide.setDuration(120);
+    m_slide.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&m_slide, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        m_position = value.toReal();
+        update();
+    });
+    // Set from code (a settings change) or by the user: the knob follows either way.
+    connect(this, &QAbstractButton::toggled, this, [this](bool on) {
+        m_slide.stop();
+        m_slide.setStartValue(m_position);
+        m_slide.setEndValue(on ? 1.0 : 0.0);
+        if (isVisible())
+            m_slide.start();
+        else
+            m_position = on ? 1.0 : 0.0;
+    });
+}
+
+QSize ToggleSwitch::sizeHint() const
+{
+    return {40, 22};
+}
+
+bool ToggleSwitch::hitButton(const QPoint& pos) const
+{
+    return rect().contains(pos);
+}
+
+void ToggleSwitch::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+void ToggleSwitch::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF track = QRectF(rect()).adjusted(1, 1, -1, -1);
+    const qreal radius = track.height() / 2;
+    const QPalette& colours = palette();
+    // The track blends from the off colour to the highlight as the knob travels.
+    const QColor off = colours.color(QPalette::Mid);
+    const QColor on = colours.color(QPalette::Highlight);
+    QColor fill;
+    fill.setRgbF(off.redF() + (on.redF() - off.redF()) * m_position,
+                 off.greenF() + (on.greenF() - off.greenF()) * m_position,
+                 off.blueF() + (on.blueF() - off.blueF()) * m_position);
+    if (!isEnabled())
+        fill.setAlphaF(0.4);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(track, radius, radius);
+
+    const qreal knob = track.height() - 4;
+    const qreal x = track.left() + 2 + (track.width() - knob - 4) * m_position;
+    painter.setBrush(isEnabled() ? QColor(Qt::white) : colours.color(QPalette::Button));
+    painter.drawEllipse(QRectF(x, track.top() + 2, knob, knob));
+
+    if (hasFocus()) {
+        QPen ring(colours.color(QPalette::Highlight).darker(140), 2);
+        painter.setPen(ring);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius + 1, radius + 1);
+    }
+}

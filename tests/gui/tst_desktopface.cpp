@@ -1,0 +1,256 @@
+#include "platform/SettingsKeys.h"
+#include "support/TestAgent.h"
+#include "support/TestHome.h"
+#include "ui/BrowserCollection.h"
+#include "ui/BrowserPopover.h"
+#include "ui/DesktopFace.h"
+#include "ui/MainWindow.h"
+#include "ui/StatusItem.h"
+#include "ui/ToggleSwitch.h"
+
+#include <QPainter>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kChromiumID = u"org.chromium.Chromium"_s;
+
+// The face over the controller, launched with these browsers installed and activated.
+struct Face
+{
+    Face(const QStringList& installed, const QStringList& activated, bool trayAvailable = true)
+    {
+        home.t.defaults.setBool(false, SettingsKeys::firstRun);
+        home.t.defaults.setBool(true, SettingsKeys::showInMenu);
+        home.t.defaults.setObject(QVariantList(activated.begin(), activated.end()), SettingsKeys::enabledBrowsers);
+        agent.workspace.setInstalled(installed);
+        face = std::make_unique<DesktopFace>(agent.app, agent.workspace, trayAvailable);
+        agent.app.applicationWillFinishLaunching();
+        agent.app.applicationDidFinishLaunching();
+        window().openWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(&window()));
+    }
+    MainWindow& window() { return face->mainWindow(); }
+    BrowserPopover& popover() { return face->browserPopover(); }
+    QWidget* tile(const QString& name) { return window().collectionView()->buttonFor(name); }
+    QVariantList activated() { return home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers); }
+
+    TestHome home;
+    TestAgent agent{home.t};
+    std::unique_ptr<DesktopFace> face;
+};
+
+} // namespace
+
+class TestDesktopFace : public QObject
+{
+    Q_OBJECT
+private slots:
+    void tilesFollowTheHoverAndClickRules_data();
+    void tilesFollowTheHoverAndClickRules();
+    void closingThePopoverEndsSettingsMode();
+    void aToggleChangesExactlyItsSetting();
+    void aSettingChangedOnDiskMovesItsToggle();
+    void safariHasNoSearchEnginesToggle();
+    void theMenuAsksForABrowserWhileNoneIsActivated();
+    void withoutTrayItemTheWindowStaysReachable();
+    void threeTilesAreCentredInARow();
+    void theKeyboardAloneActivatesAndConfigures();
+    void disabledTilesAreGreyedInsideTheirOutline();
+};
+
+// Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
+// what became of the browser.
+void TestDesktopFace::tilesFollowTheHoverAndClickRules_data()
+{
+    QTest::addColumn<bool>("activated");
+    QTest::addColumn<bool>("settingsOpen");
+    QTest::addColumn<bool>("click");
+    QTest::addColumn<QString>("info");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("activatedAfter");
+    QTest::addColumn<bool>("editingAfter");
+    QTest::newRow("not activated, hover") << false << false << false << u"Click to activate protection for"_s << 132
+                                          << false << false;
+    QTest::newRow("not activated, click") << false << false << true << u"Click to activate protection for"_s << 132
+                                          << true << true;
+    QTest::newRow("activated, hover") << true << false << false << u"Click to change settings for"_s << 132 << true
+                                      << false;
+    QTest::newRow("activated, click") << true << false << true << QString() << 403 << true << true;
+    QTest::newRow("settings open, click") << true << true << true << u"Click to change settings for"_s << 132 << false
+                                          << false;
+}
+
+void TestDesktopFace::tilesFollowTheHoverAndClickRules()
+{
+    QFETCH(bool, activated);
+    QFETCH(bool, settingsOpen);
+    QFETCH(bool, click);
+    Face f({kChromiumID}, activated ? QStringList{kChromiumID} : QStringList());
+    const QString tileName = activated ? u"Chromium"_s : u"Chromium-disabled"_s;
+    if (settingsOpen) {
+        QTest::mouseClick(f.tile(tileName), Qt::LeftButton);
+        QVERIFY(f.agent.app.editingBrowserSettings());
+    }
+    if (click) {
+        QTest::mousePress(f.tile(tileName), Qt::LeftButton);
+    } else {
+        QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+        QApplication::sendEvent(f.tile(tileName), &enter);
+    }
+    QTRY_VERIFY(f.popover().isVisible());
+    QFETCH(QString, info);
+    QFETCH(int, height);
+    QCOMPARE(f.popover().browserText(), u"Chromium"_s);
+    QCOMPARE(f.popover().height(), height);
+    QCOMPARE(f.popover().settingsViewShown(), height == 403);
+    if (!info.isEmpty())
+        QCOMPARE(f.popover().infoText(), info);
+    QFETCH(bool, activatedAfter);
+    QFETCH(bool, editingAfter);
+    QCOMPARE(f.activated().contains(kChromiumID), activatedAfter);
+    QCOMPARE(f.agent.app.editingBrowserSettings(), editingAfter);
+    // The row shows the new state at once; the popover follows on the next entry.
+    QVERIFY(f.tile(activatedAfter ? u"Chromium"_s : u"Chromium-disabled"_s));
+}
+
+void TestDesktopFace::closingThePopoverEndsSettingsMode()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+    QVERIFY(f.popover().settingsViewShown());
+    f.popover().close();
+    QVERIFY(!f.agent.app.editingBrowserSettings());
+    QVERIFY(f.agent.app.currentBrowser().isEmpty());
+    QCOMPARE(f.popover().height(), 132);
+}
+
+void TestDesktopFace::aToggleChangesExactlyItsSetting()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    f.home.t.defaults.setObject(QVariantMap{{u"Chromium:cookies"_s, true}, {u"Firefox:cache"_s, true}},
+                                SettingsKeys::settings);
+    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+    ToggleSwitch* history = f.popover().toggleFor(u"history"_s);
+    QVERIFY(!history->isChecked());
+    QVERIFY(f.popover().toggleFor(u"cookies"_s)->isChecked());
+    QTest::mouseClick(history, Qt::LeftButton);
+    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings),
+             (QVariantMap{{u"Chromium:cookies"_s, true}, {u"Firefox:cache"_s, true}, {u"Chromium:history"_s, true}}));
+    QTest::mouseClick(f.popover().toggleFor(u"cookies"_s), Qt::LeftButton);
+    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:cookies"_s), QVariant(false));
+}
+
+void TestDesktopFace::aSettingChangedOnDiskMovesItsToggle()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+    QVERIFY(!f.popover().toggleFor(u"forms"_s)->isChecked());
+    f.home.t.defaults.setObject(QVariantMap{{u"Chromium:forms"_s, true}}, SettingsKeys::settings);
+    QTRY_VERIFY(f.popover().toggleFor(u"forms"_s)->isChecked());
+}
+
+void TestDesktopFace::safariHasNoSearchEnginesToggle()
+{
+    Face f({u"com.apple.Safari"_s, kChromiumID}, {u"com.apple.Safari"_s, kChromiumID});
+    for (const QString& browser : {u"Safari"_s, u"Chromium"_s}) {
+        f.popover().close();
+        QTest::mouseClick(f.tile(browser), Qt::LeftButton);
+        QVERIFY(f.popover().settingsViewShown());
+        QCOMPARE(f.popover().toggleFor(u"searchEngines"_s)->isVisible(), browser != u"Safari"_s);
+        QVERIFY(f.popover().toggleFor(u"cookies"_s)->isVisible());
+    }
+}
+
+void TestDesktopFace::theMenuAsksForABrowserWhileNoneIsActivated()
+{
+    Face f({kChromiumID}, {});
+    StatusItem& item = f.face->statusItem();
+    QCOMPARE(item.runStateItem()->text(), u"Please activate a Browser"_s);
+    f.window().hide();
+    item.runStateItem()->trigger();
+    QVERIFY(f.window().isVisible());
+    QVERIFY(!f.home.t.defaults.boolForKey(SettingsKeys::isRunning));
+    QVERIFY(!f.window().enabledButton()->isEnabled());
+
+    QTest::mousePress(f.tile(u"Chromium-disabled"_s), Qt::LeftButton);
+    QVERIFY(f.window().enabledButton()->isEnabled());
+    QTest::mouseClick(f.window().enabledButton(), Qt::LeftButton);
+    QTRY_COMPARE(item.runStateItem()->text(), u"Disable Corvella"_s);
+    QCOMPARE(f.window().infoText(), u"Corvella is Enabled"_s);
+    item.runStateItem()->trigger();
+    QTRY_COMPARE(item.runStateItem()->text(), u"Enable Corvella"_s);
+    QCOMPARE(f.window().infoText(), u"Corvella is Disabled"_s);
+}
+
+void TestDesktopFace::withoutTrayItemTheWindowStaysReachable()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    f.home.t.defaults.setBool(true, SettingsKeys::hideDock);
+    QTRY_VERIFY(f.window().windowFlags().testFlag(Qt::Tool));
+    f.window().hide();
+    f.home.t.defaults.setBool(false, SettingsKeys::showInMenu);
+    QTRY_VERIFY(f.window().isVisible());
+    QVERIFY(!f.face->statusItem().isShown());
+    QVERIFY(!f.window().windowFlags().testFlag(Qt::Tool));
+    QVERIFY(!f.home.t.defaults.boolForKey(SettingsKeys::hideDock));
+
+    Face noTray({kChromiumID}, {kChromiumID}, false);
+    QVERIFY(!noTray.face->statusItem().isShown());
+    QVERIFY(noTray.window().isVisible());
+}
+
+void TestDesktopFace::threeTilesAreCentredInARow()
+{
+    Face f({kChromiumID, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s}, {});
+    BrowserCollection* row = f.window().collectionView();
+    row->resize(400, row->height());
+    QCOMPARE(row->array().size(), 3);
+    QCOMPARE(row->sectionInsets(), QMarginsF(135.5, 0, 135.5, 0));
+    QCOMPARE(f.tile(row->array().at(1))->x(), 135 + 43);
+}
+
+void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
+{
+    Face f({kChromiumID}, {});
+    f.window().activateWindow();
+    f.window().enabledButton()->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), f.tile(u"Chromium-disabled"_s));
+    QTRY_VERIFY(f.popover().isVisible());
+    QCOMPARE(f.popover().infoText(), u"Click to activate protection for"_s);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QVERIFY(f.activated().contains(kChromiumID));
+    // The keyboard stays on the browser's new tile; Down shows what the pointer's entry would: the
+    // settings, with the keyboard in the first toggle.
+    QTRY_COMPARE(QApplication::focusWidget(), f.tile(u"Chromium"_s));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    QTRY_VERIFY(f.popover().settingsViewShown());
+    QTRY_COMPARE(QApplication::focusWidget(), f.popover().toggleFor(u"cookies"_s));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), f.popover().toggleFor(u"databases"_s));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:databases"_s), QVariant(true));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QVERIFY(!f.popover().isVisible());
+    QVERIFY(!f.agent.app.editingBrowserSettings());
+}
+
+void TestDesktopFace::disabledTilesAreGreyedInsideTheirOutline()
+{
+    QPixmap icon(8, 8);
+    icon.fill(Qt::transparent);
+    {
+        QPainter painter(&icon);
+        painter.fillRect(2, 2, 4, 4, Qt::red);
+    }
+    const QImage tinted = IconTransformer::tintImage(icon).toImage();
+    QCOMPARE(tinted.pixelColor(3, 3), QColor(102, 102, 102)); // white 0.4
+    QCOMPARE(tinted.pixelColor(3, 3).alpha(), 255);
+    QCOMPARE(tinted.pixelColor(0, 0).alpha(), 0);
+}
+
+QTEST_MAIN(TestDesktopFace)
+#include "tst_desktopface.moc"
