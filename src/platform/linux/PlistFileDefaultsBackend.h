@@ -28,8 +28,10 @@ private:
     void watch();
     void makeFolder();
 
-    static constexpr int kReadAttempts = 5;
-    static constexpr int kReadRetryMs = 20;
+    // Half a second of patience: a busy machine can hold an editor between its writes for tens of
+    // milliseconds, and only a file that is really broken pays the wait.
+    static constexpr int kReadAttempts = 10;
+    static constexpr int kReadRetryMs = 50;
 
     QString m_filePath;
     QString m_error;
