@@ -9,6 +9,7 @@
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
+#include "platform/SystemVersion.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/InodeBookmarks.h"
@@ -93,8 +94,9 @@ int main(int argc, char* argv[])
     BrowserCatalogue catalogue(workspace, defaults, sandbox);
     BrowserCleaners cleaners({sandbox, catalogue, defaults, log});
     HelperScripts scripts(sandbox, log);
+    RunningSystemVersion systemVersion;
     AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-                          cleaners, scripts, RunLock::pathForHome(home)});
+                          cleaners, scripts, sandbox, systemVersion, RunLock::pathForHome(home)});
 
     std::unique_ptr<DesktopFace> face;
     if (!headless) {

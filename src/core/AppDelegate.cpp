@@ -8,12 +8,14 @@
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
+#include "platform/SystemVersion.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
 #include "platform/Workspace.h"
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/HelperScripts.h"
+#include "sandbox/Sandbox.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -83,6 +85,8 @@ void AppDelegate::applicationDidFinishLaunching()
     m_launchObservations << connect(&m_services.catalogue, &BrowserCatalogue::browserContentArrayChanged,
                                     this, &AppDelegate::updateBrowserContentArray);
     m_editingBrowserSettings = false;
+    if (m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(BrowserCatalogue::safariID))
+        checkMojaveFileAccess();
 }
 
 void AppDelegate::applicationDidBecomeActive()
@@ -363,6 +367,8 @@ void AppDelegate::enableBrowser(const QString& tileName)
     const QString identifier = BrowserCatalogue::browserIDFor(tileName);
     if (identifier.isEmpty())
         return;
+    if (identifier == BrowserCatalogue::safariID && !checkMojaveFileAccess())
+        return;
     QVariantList enabled = m_defaults.arrayForKey(SettingsKeys::enabledBrowsers);
     if (enabled.contains(identifier)) {
         if (m_editingBrowserSettings) {
@@ -397,6 +403,20 @@ void AppDelegate::disableSafari()
 {
     m_currentBrowser = BrowserCatalogue::safari;
     disableBrowser();
+}
+
+bool AppDelegate::checkMojaveFileAccess()
+{
+    const SystemVersion& system = m_services.systemVersion;
+    if (system.name() == QLatin1String("macOS") && system.version() < QVersionNumber(10, 14))
+        return true;
+    const std::optional<QByteArray> bookmarks =
+        m_services.sandbox.dataWithContentsOfFile(QStringLiteral("~/Library/Safari/Bookmarks.plist"));
+    if (bookmarks && !bookmarks->isEmpty())
+        return true;
+    emit fileAccessWarningRequested();
+    disableSafari();
+    return false;
 }
 
 void AppDelegate::popoverIsClosing()

@@ -14,8 +14,10 @@ class FolderWatch;
 class HelperScripts;
 class OpenPanel;
 class RemovalQueue;
+class Sandbox;
 class SecurityScopedBookmarks;
 class SystemLog;
+class SystemVersion;
 class UserDefaults;
 class UserNotificationCenter;
 class Workspace;
@@ -33,6 +35,8 @@ struct AppServices
     BrowserCatalogue& catalogue;
     Cleaners& cleaners;
     HelperScripts& scripts;
+    Sandbox& sandbox;
+    SystemVersion& systemVersion;
     // The lock shared with corvella-clean; empty: none.
     QString runLockPath;
 };
@@ -108,6 +112,9 @@ public:
     // as Safari) and ends settings mode.
     void disableBrowser();
     void disableSafari();
+    // Whether Safari's own files can be read (there is nothing to test on macOS before 10.14). When
+    // they cannot, asks for the warning window and deactivates Safari.
+    bool checkMojaveFileAccess();
     // The browser popover closes: settings mode ends and no browser is current.
     void popoverIsClosing();
     // The browser whose settings the popover shows; empty when none.
@@ -139,6 +146,8 @@ signals:
     void popoverRequested();
     void browserPopoverRequested();
     void windowRequested();
+    // Safari's files cannot be read: the warning window explains what the user can do.
+    void fileAccessWarningRequested();
 
 private:
     void updateMenu();

@@ -48,7 +48,8 @@ void BrowserCollection::reloadData(const QStringList& tileNames)
                                       ? tr("%1, not protected").arg(browser)
                                       : tr("%1, protected").arg(browser));
         button->setToolTip(browser);
-        connect(button, &HoverButton::entered, this, [this, name] { emit popoverRequested(popoverRequest(name)); });
+        connect(button, &HoverButton::entered, this,
+                [this, name] { emit popoverRequested(popoverRequest(name)); });
         // On press. The popover shows the tile as it was before the click; the new tile shows
         // itself on the next entry of the pointer.
         connect(button, &HoverButton::pressed, this, [this, name] {

@@ -21,8 +21,8 @@ constexpr qreal kDefaultWidth = 300.0;
 } // namespace
 
 BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent)
-    : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons),
-      m_iconView(new QLabel(this)), m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
+    : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons), m_iconView(new QLabel(this)),
+      m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
       m_browserSetttingsView(new QWidget(this))
 {
     setAccessibleName(tr("Browser settings"));
@@ -174,7 +174,6 @@ void BrowserPopover::updateSettingsBindings()
     }
 }
 
-
 void BrowserPopover::hideEvent(QHideEvent* event)
 {
     QWidget::hideEvent(event);
@@ -184,4 +183,3 @@ void BrowserPopover::hideEvent(QHideEvent* event)
     m_browserSetttingsView->hide();
     setHeight(shortHeight);
 }
-

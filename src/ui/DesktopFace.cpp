@@ -8,6 +8,7 @@
 #include "ui/MainWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
+#include "ui/WarningController.h"
 
 DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayAvailable, QObject* parent)
     : QObject(parent), m_delegate(delegate), m_icons(workspace), m_trayAvailable(trayAvailable),
@@ -24,11 +25,13 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     });
     connect(&delegate, &AppDelegate::infoLabelNeedsUpdate, this,
             [this] { m_mainWindow->updateInfoLabel(m_delegate.isRunning()); });
-    connect(&delegate, &AppDelegate::mainSwitchEnabledChanged, window.enabledButton(), &ToggleSwitch::setEnabled);
+    connect(&delegate, &AppDelegate::mainSwitchEnabledChanged, window.enabledButton(),
+            &ToggleSwitch::setEnabled);
     connect(&delegate, &AppDelegate::browserTilesChanged, tiles, &BrowserCollection::reloadData);
     connect(&delegate, &AppDelegate::windowRequested, &window, &MainWindow::openWindow);
     connect(&delegate, &AppDelegate::popoverRequested, this,
             [this] { m_generalPopover->togglePopover(m_mainWindow->infoButton()); });
+    connect(&delegate, &AppDelegate::fileAccessWarningRequested, this, &DesktopFace::openFileWarningView);
     connect(&delegate, &AppDelegate::browserPopoverRequested, this, [this] {
         if (m_mainWindow->isVisible())
             m_browserPopover->showBrowserPopover(std::nullopt, m_mainWindow->collectionView());
@@ -60,7 +63,23 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     connect(&item, &StatusItem::quitFromSysMenu, this, &DesktopFace::quitRequested);
 }
 
-DesktopFace::~DesktopFace() = default;
+DesktopFace::~DesktopFace()
+{
+    delete m_warningController.data();
+}
+
+void DesktopFace::openFileWarningView()
+{
+    if (!m_warningController) {
+        m_warningController = new WarningController;
+        connect(m_warningController, &WarningController::releaseFileAccessWindow, this,
+                [this] { m_warningController.clear(); });
+        connect(m_warningController, &WarningController::quitCorvella, this, &DesktopFace::quitRequested);
+    }
+    m_warningController->show();
+    m_warningController->raise();
+    m_warningController->activateWindow();
+}
 
 void DesktopFace::showMenuBarItem(bool show)
 {
@@ -85,4 +104,9 @@ void DesktopFace::quit()
         return;
     }
     emit quitRequested();
+}
+
+WarningController* DesktopFace::warningController() const
+{
+    return m_warningController.data();
 }

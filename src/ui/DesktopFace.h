@@ -3,6 +3,7 @@
 #include "ui/IconTransformer.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -11,6 +12,7 @@ class BrowserPopover;
 class GeneralPopover;
 class MainWindow;
 class StatusItem;
+class WarningController;
 class Workspace;
 
 // The agent's face: tray item, main window, tiles and popovers, driven only by the controller's
@@ -28,6 +30,8 @@ public:
     BrowserPopover& browserPopover() { return *m_browserPopover; }
     GeneralPopover& generalPopover() { return *m_generalPopover; }
     StatusItem& statusItem() { return *m_statusItem; }
+    // The file-access warning while it is open; none once closed.
+    WarningController* warningController() const;
 
 signals:
     void quitRequested();
@@ -35,6 +39,7 @@ signals:
 private:
     void showMenuBarItem(bool show);
     void quit();
+    void openFileWarningView();
 
     AppDelegate& m_delegate;
     IconTransformer m_icons;
@@ -44,4 +49,5 @@ private:
     std::unique_ptr<BrowserPopover> m_browserPopover;
     std::unique_ptr<GeneralPopover> m_generalPopover;
     std::unique_ptr<StatusItem> m_statusItem;
+    QPointer<WarningController> m_warningController;
 };

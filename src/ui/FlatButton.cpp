@@ -29,7 +29,8 @@ void FlatButton::paintEvent(QPaintEvent*)
     painter.setPen(colours.color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
     if (!icon().isNull()) {
         const QSize size = iconSize();
-        icon().paint(&painter, QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) / 2), size));
+        icon().paint(&painter,
+                     QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) / 2), size));
     } else {
         painter.drawText(rect(), Qt::AlignCenter, text());
     }

@@ -8,8 +8,7 @@
 #include <QVBoxLayout>
 
 GeneralPopover::GeneralPopover(QWidget* parent)
-    : PopoverWindow(Qt::Tool, parent),
-      m_quitButton(new FlatButton(tr("Quit Corvella"), this))
+    : PopoverWindow(Qt::Tool, parent), m_quitButton(new FlatButton(tr("Quit Corvella"), this))
 {
     setAccessibleName(tr("About Corvella"));
     setFixedWidth(280);
@@ -42,5 +41,3 @@ void GeneralPopover::togglePopover(QWidget* anchor)
     activateWindow();
     m_quitButton->setFocus(Qt::PopupFocusReason);
 }
-
-

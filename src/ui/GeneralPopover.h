@@ -19,7 +19,6 @@ signals:
     void quitRequested();
 
 protected:
-
 private:
     FlatButton* m_quitButton;
 };

@@ -14,7 +14,8 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
       m_collectionView(new BrowserCollection(icons, this)), m_infoButton(new HoverButton(this))
 {
     setWindowTitle(tr("Corvella"));
-    setWindowIcon(QIcon::fromTheme(QStringLiteral("security-high"), QIcon(QStringLiteral(":/icons/menu.svg"))));
+    setWindowIcon(
+        QIcon::fromTheme(QStringLiteral("security-high"), QIcon(QStringLiteral(":/icons/menu.svg"))));
     setFixedSize(400, 210);
     // White text on the window's own gradient, whatever the theme.
     QPalette colours = palette();
@@ -35,7 +36,8 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     top->addWidget(title);
     top->addWidget(version, 0, Qt::AlignBottom);
     top->addStretch();
-    m_infoButton->setIcon(QIcon::fromTheme(QStringLiteral("help-about"), QIcon(QStringLiteral(":/icons/info.svg"))));
+    m_infoButton->setIcon(
+        QIcon::fromTheme(QStringLiteral("help-about"), QIcon(QStringLiteral(":/icons/info.svg"))));
     m_infoButton->setAccessibleName(tr("About Corvella"));
     m_infoButton->setToolTip(tr("About Corvella"));
     top->addWidget(m_infoButton);

@@ -22,7 +22,8 @@ StatusItem::~StatusItem() = default;
 
 QIcon StatusItem::image(bool isRunning, const QColor& colour)
 {
-    const QIcon shape(isRunning ? QStringLiteral(":/icons/menu_running.svg") : QStringLiteral(":/icons/menu.svg"));
+    const QIcon shape(isRunning ? QStringLiteral(":/icons/menu_running.svg")
+                                : QStringLiteral(":/icons/menu.svg"));
     QIcon painted;
     for (const int size : {16, 22, 24, 32, 44, 48, 64}) {
         QPixmap pixmap = shape.pixmap(size, size);
@@ -49,10 +50,11 @@ void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActiv
     if (!m_trayIcon) {
         m_trayIcon = std::make_unique<QSystemTrayIcon>();
         m_trayIcon->setContextMenu(&m_sysMenuBar);
-        connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-            if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
-                emit openWindow();
-        });
+        connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
+                [this](QSystemTrayIcon::ActivationReason reason) {
+                    if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+                        emit openWindow();
+                });
     }
     m_trayIcon->setIcon(image(isRunning, QApplication::palette().color(QPalette::WindowText)));
     m_trayIcon->setToolTip(isRunning ? tr("Corvella is Enabled") : tr("Corvella is Disabled"));

@@ -4,9 +4,11 @@
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
+#include "ui/FlatButton.h"
 #include "ui/MainWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
+#include "ui/WarningController.h"
 
 #include <QPainter>
 #include <QTest>
@@ -24,8 +26,11 @@ struct Face
     {
         home.t.defaults.setBool(false, SettingsKeys::firstRun);
         home.t.defaults.setBool(true, SettingsKeys::showInMenu);
-        home.t.defaults.setObject(QVariantList(activated.begin(), activated.end()), SettingsKeys::enabledBrowsers);
+        home.t.defaults.setObject(QVariantList(activated.begin(), activated.end()),
+                                  SettingsKeys::enabledBrowsers);
         agent.workspace.setInstalled(installed);
+        if (activated.contains(u"com.apple.Safari"_s)) // its files were readable when it was activated
+            home.file(u"Library/Safari/Bookmarks.plist"_s, "<plist/>");
         face = std::make_unique<DesktopFace>(agent.app, agent.workspace, trayAvailable);
         agent.app.applicationWillFinishLaunching();
         agent.app.applicationDidFinishLaunching();
@@ -59,6 +64,9 @@ private slots:
     void threeTilesAreCentredInARow();
     void theKeyboardAloneActivatesAndConfigures();
     void disabledTilesAreGreyedInsideTheirOutline();
+    void safariIsActivatedOnlyWhenItsFilesCanBeRead_data();
+    void safariIsActivatedOnlyWhenItsFilesCanBeRead();
+    void aClosedWarningIsReleasedAndTheNextIsFresh();
 };
 
 // Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
@@ -72,15 +80,15 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules_data()
     QTest::addColumn<int>("height");
     QTest::addColumn<bool>("activatedAfter");
     QTest::addColumn<bool>("editingAfter");
-    QTest::newRow("not activated, hover") << false << false << false << u"Click to activate protection for"_s << 132
-                                          << false << false;
-    QTest::newRow("not activated, click") << false << false << true << u"Click to activate protection for"_s << 132
-                                          << true << true;
-    QTest::newRow("activated, hover") << true << false << false << u"Click to change settings for"_s << 132 << true
-                                      << false;
+    QTest::newRow("not activated, hover")
+        << false << false << false << u"Click to activate protection for"_s << 132 << false << false;
+    QTest::newRow("not activated, click")
+        << false << false << true << u"Click to activate protection for"_s << 132 << true << true;
+    QTest::newRow("activated, hover")
+        << true << false << false << u"Click to change settings for"_s << 132 << true << false;
     QTest::newRow("activated, click") << true << false << true << QString() << 403 << true << true;
-    QTest::newRow("settings open, click") << true << true << true << u"Click to change settings for"_s << 132 << false
-                                          << false;
+    QTest::newRow("settings open, click")
+        << true << true << true << u"Click to change settings for"_s << 132 << false << false;
 }
 
 void TestDesktopFace::tilesFollowTheHoverAndClickRules()
@@ -138,9 +146,11 @@ void TestDesktopFace::aToggleChangesExactlyItsSetting()
     QVERIFY(f.popover().toggleFor(u"cookies"_s)->isChecked());
     QTest::mouseClick(history, Qt::LeftButton);
     QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings),
-             (QVariantMap{{u"Chromium:cookies"_s, true}, {u"Firefox:cache"_s, true}, {u"Chromium:history"_s, true}}));
+             (QVariantMap{
+                 {u"Chromium:cookies"_s, true}, {u"Firefox:cache"_s, true}, {u"Chromium:history"_s, true}}));
     QTest::mouseClick(f.popover().toggleFor(u"cookies"_s), Qt::LeftButton);
-    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:cookies"_s), QVariant(false));
+    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:cookies"_s),
+             QVariant(false));
 }
 
 void TestDesktopFace::aSettingChangedOnDiskMovesItsToggle()
@@ -232,7 +242,8 @@ void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget(), f.popover().toggleFor(u"databases"_s));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:databases"_s), QVariant(true));
+    QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:databases"_s),
+             QVariant(true));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     QVERIFY(!f.popover().isVisible());
     QVERIFY(!f.agent.app.editingBrowserSettings());
@@ -250,6 +261,51 @@ void TestDesktopFace::disabledTilesAreGreyedInsideTheirOutline()
     QCOMPARE(tinted.pixelColor(3, 3), QColor(102, 102, 102)); // white 0.4
     QCOMPARE(tinted.pixelColor(3, 3).alpha(), 255);
     QCOMPARE(tinted.pixelColor(0, 0).alpha(), 0);
+}
+
+void TestDesktopFace::safariIsActivatedOnlyWhenItsFilesCanBeRead_data()
+{
+    QTest::addColumn<QString>("system");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QByteArray>("bookmarks"); // "-": no file
+    QTest::addColumn<bool>("activated");
+    QTest::newRow("no bookmark file") << u"Linux"_s << u"6.1"_s << QByteArray("-") << false;
+    QTest::newRow("empty bookmark file") << u"Linux"_s << u"6.1"_s << QByteArray() << false;
+    QTest::newRow("readable") << u"Linux"_s << u"6.1"_s << QByteArray("bplist00") << true;
+    QTest::newRow("macOS before 10.14 reads nothing")
+        << u"macOS"_s << u"10.13.6"_s << QByteArray("-") << true;
+    QTest::newRow("macOS 10.14") << u"macOS"_s << u"10.14"_s << QByteArray("-") << false;
+}
+
+void TestDesktopFace::safariIsActivatedOnlyWhenItsFilesCanBeRead()
+{
+    QFETCH(QString, system);
+    QFETCH(QString, version);
+    QFETCH(QByteArray, bookmarks);
+    QFETCH(bool, activated);
+    Face f({u"com.apple.Safari"_s}, {});
+    f.agent.systemVersion.systemName = system;
+    f.agent.systemVersion.systemVersion = QVersionNumber::fromString(version);
+    if (bookmarks != "-")
+        f.home.file(u"Library/Safari/Bookmarks.plist"_s, bookmarks);
+    QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
+    QCOMPARE(f.activated().contains(u"com.apple.Safari"_s), activated);
+    QCOMPARE(f.face->warningController() != nullptr, !activated);
+    QVERIFY(f.tile(activated ? u"Safari"_s : u"Safari-disabled"_s));
+}
+
+void TestDesktopFace::aClosedWarningIsReleasedAndTheNextIsFresh()
+{
+    Face f({u"com.apple.Safari"_s}, {});
+    QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
+    QPointer<WarningController> first = f.face->warningController();
+    QVERIFY(first && first->isVisible());
+    QVERIFY(first->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    QTest::mouseClick(first->closeButton(), Qt::LeftButton);
+    QVERIFY(!f.face->warningController());
+    QTRY_VERIFY(!first); // deleted once closed
+    QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
+    QVERIFY(f.face->warningController() && f.face->warningController()->isVisible());
 }
 
 QTEST_MAIN(TestDesktopFace)

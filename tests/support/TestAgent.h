@@ -3,6 +3,7 @@
 #include "core/AppDelegate.h"
 #include "core/BrowserCatalogue.h"
 #include "platform/fake/FakeWorkspace.h"
+#include "platform/fake/FixedSystemVersion.h"
 #include "platform/fake/ManualFolderWatch.h"
 #include "platform/fake/RecordingNotificationCenter.h"
 #include "platform/fake/ScriptedOpenPanel.h"
@@ -17,8 +18,9 @@ struct TestAgent
 {
     explicit TestAgent(TestDefaults& t, const QString& runLockPath = QString())
         : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
-          scripts(sandbox, t.log), app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks,
-                                        panel, catalogue, cleaners, scripts, runLockPath})
+          scripts(sandbox, t.log),
+          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
+               cleaners, scripts, sandbox, systemVersion, runLockPath})
     {}
 
     InodeBookmarks bookmarks;
@@ -30,5 +32,6 @@ struct TestAgent
     BrowserCatalogue catalogue;
     RecordingCleaners cleaners;
     HelperScripts scripts;
+    FixedSystemVersion systemVersion;
     AppDelegate app;
 };

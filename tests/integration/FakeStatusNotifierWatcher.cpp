@@ -1,0 +1,117 @@
+// A stand-in for the panel's tray host on a private session bus: it accepts StatusNotifierItem
+// registrations, and prints the labels of each registered item's exported menu
+// (com.canonical.dbusmenu) when the item registers and whenever its menu says it changed:
+// "menu: <label>|<label>|...".
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+// The labels of a dbusmenu layout, depth first: (ia{sv}av).
+void collectLabels(const QDBusArgument& argument, QStringList& labels)
+{
+    int id = 0;
+    QVariantMap properties;
+    argument.beginStructure();
+    argument >> id >> properties;
+    if (properties.contains(QStringLiteral("label")))
+        labels.append(properties.value(QStringLiteral("label")).toString());
+    argument.beginArray();
+    while (!argument.atEnd()) {
+        QDBusVariant child;
+        argument >> child;
+        collectLabels(child.variant().value<QDBusArgument>(), labels);
+    }
+    argument.endArray();
+    argument.endStructure();
+}
+
+} // namespace
+
+class Watcher : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hostRegistered)
+    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
+    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
+public:
+    bool hostRegistered() const { return true; }
+    int protocolVersion() const { return 0; }
+    QStringList items() const { return m_items; }
+
+public slots:
+    void RegisterStatusNotifierItem(const QString& service, const QDBusMessage& message)
+    {
+        // An item names its bus name or its object path; the sender is the bus name either way.
+        const QString path = service.startsWith(QLatin1Char('/')) ? service : QStringLiteral("/StatusNotifierItem");
+        m_items.append(message.service() + path);
+        std::printf("registered: %s\n", qPrintable(message.service()));
+        std::fflush(stdout);
+        m_service = message.service();
+        m_itemPath = path;
+        QTimer::singleShot(300, this, &Watcher::printMenu);
+    }
+    void RegisterStatusNotifierHost(const QString&) {}
+    void menuChanged() { QTimer::singleShot(100, this, &Watcher::printMenu); }
+
+private:
+    void printMenu()
+    {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        QDBusInterface item(m_service, m_itemPath, QStringLiteral("org.kde.StatusNotifierItem"), bus);
+        const QString menuPath = item.property("Menu").value<QDBusObjectPath>().path();
+        if (menuPath.isEmpty()) {
+            std::printf("menu: none\n");
+            std::fflush(stdout);
+            return;
+        }
+        if (!m_watchingMenu) {
+            m_watchingMenu = true;
+            for (const char* signal : {"LayoutUpdated", "ItemsPropertiesUpdated"})
+                bus.connect(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"), QLatin1String(signal),
+                            this, SLOT(menuChanged()));
+        }
+        QDBusMessage call = QDBusMessage::createMethodCall(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"),
+                                                           QStringLiteral("GetLayout"));
+        call << 0 << -1 << QStringList{QStringLiteral("label")};
+        const QDBusMessage reply = bus.call(call);
+        QStringList labels;
+        if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2)
+            collectLabels(reply.arguments().at(1).value<QDBusArgument>(), labels);
+        std::printf("menu: %s\n", qPrintable(labels.join(QLatin1Char('|'))));
+        std::fflush(stdout);
+    }
+
+    QStringList m_items;
+    QString m_service;
+    QString m_itemPath;
+    bool m_watchingMenu = false;
+};
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    Watcher watcher;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), &watcher,
+                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties) ||
+        !bus.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"))) {
+        std::fprintf(stderr, "fake-status-notifier-watcher: cannot register on the session bus\n");
+        return 1;
+    }
+    std::fprintf(stderr, "fake-status-notifier-watcher: ready\n");
+    return QCoreApplication::exec();
+}
+
+#include "FakeStatusNotifierWatcher.moc"
