@@ -20,6 +20,7 @@
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 #include "ui/DesktopFace.h"
+#include "ui/FileDialogOpenPanel.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -85,7 +86,9 @@ int main(int argc, char* argv[])
     AppDelegate::initialize(defaults);
 
     InodeBookmarks bookmarks;
-    HeadlessOpenPanel panel(log);
+    HeadlessOpenPanel headlessPanel(log);
+    FileDialogOpenPanel dialogPanel;
+    OpenPanel& panel = headless ? static_cast<OpenPanel&>(headlessPanel) : dialogPanel;
     Sandbox sandbox({defaults, bookmarks, panel, log});
     const WorkspaceLocations locations = WorkspaceLocations::forHome(home);
     LinuxWorkspace workspace(locations);

@@ -11,7 +11,8 @@
 
 WarningController::WarningController(QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
-      m_closeButton(new FlatButton(tr("Close"), this)), m_quitButton(new FlatButton(tr("Quit Corvella"), this))
+      m_closeButton(new FlatButton(tr("Close"), this)),
+      m_quitButton(new FlatButton(tr("Quit Corvella"), this))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(QString());
@@ -25,11 +26,12 @@ WarningController::WarningController(QWidget* parent)
     bold.setBold(true);
     bold.setPointSizeF(bold.pointSizeF() * 1.15);
     title->setFont(bold);
-    auto* text = new QLabel(tr("Safari keeps its history, cookies and caches where only programs you allow may "
-                               "read them. Until Corvella is allowed to read them, it cannot protect Safari, "
-                               "so Safari stays deactivated.\n\nAllow Corvella full access to your files in "
-                               "your system's privacy settings, then activate Safari again."),
-                            this);
+    auto* text =
+        new QLabel(tr("Safari keeps its history, cookies and caches where only programs you allow may "
+                      "read them. Until Corvella is allowed to read them, it cannot protect Safari, "
+                      "so Safari stays deactivated.\n\nAllow Corvella full access to your files in "
+                      "your system's privacy settings, then activate Safari again."),
+                   this);
     text->setWordWrap(true);
     // A window does not ask its wrapped text how tall it wants to be at this width; tell it.
     text->setMinimumHeight(text->heightForWidth(width - 2 * margin));

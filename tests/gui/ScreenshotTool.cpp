@@ -1,13 +1,15 @@
 // Renders every screen of the desktop face, in a light and a dark theme, into PNG files for review
 // and for the README: the main window, the browser popover in each of its states, the info popover,
-// the tray menu and the file-access warning. Runs over the same fakes as the GUI tests, so no real
-// settings are touched. Usage: corvella-screenshots OUTPUT_FOLDER (under Xvfb, or offscreen)
+// the tray menu, the permission panel and the file-access warning. Runs over the same fakes as the GUI tests,
+// so no real settings are touched. Usage: corvella-screenshots OUTPUT_FOLDER (under Xvfb, or offscreen)
 #include "platform/SettingsKeys.h"
+#include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
+#include "ui/FileDialogOpenPanel.h"
 #include "ui/GeneralPopover.h"
 #include "ui/MainWindow.h"
 #include "ui/StatusItem.h"
@@ -60,11 +62,18 @@ bool saveWithPopover(MainWindow& window, QWidget& popover, const QString& path)
     QTest::qWait(200);
     const QPixmap top = window.grab();
     const QPixmap below = popover.grab();
-    QPixmap both(std::max(top.width(), below.width()), top.height() + below.height() + 8);
+    const QSizeF topSize = top.deviceIndependentSize(), belowSize = below.deviceIndependentSize();
+    const qreal scale = top.devicePixelRatio();
+    QPixmap both(
+        (QSizeF(std::max(topSize.width(), belowSize.width()), topSize.height() + belowSize.height() + 8) *
+         scale)
+            .toSize());
+    both.setDevicePixelRatio(scale);
     both.fill(window.palette().color(QPalette::Window));
     QPainter painter(&both);
     painter.drawPixmap(0, 0, top);
-    painter.drawPixmap((both.width() - below.width()) / 2, top.height() + 8, below);
+    painter.drawPixmap(
+        QPointF((both.deviceIndependentSize().width() - belowSize.width()) / 2, topSize.height() + 8), below);
     painter.end();
     const bool saved = both.save(path);
     std::printf("%s %s\n", saved ? "wrote" : "could not write", qPrintable(path));
@@ -101,7 +110,8 @@ int main(int argc, char* argv[])
                                               {u"Chromium:history"_s, true}},
                                   SettingsKeys::settings);
         TestAgent agent(home.t);
-        agent.workspace.setInstalled({u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s});
+        agent.workspace.setInstalled(
+            {u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s});
         DesktopFace face(agent.app, agent.workspace, true);
         agent.app.applicationWillFinishLaunching();
         agent.app.applicationDidFinishLaunching();
@@ -131,6 +141,19 @@ int main(int argc, char* argv[])
         menu->popup(QPoint(0, 0));
         ok &= save(menu, file(u"tray-menu"_s));
         menu->close();
+
+        OpenPanelRequest request; // what the permission layer asks for the home folder
+        request.title = u"Allow Access"_s;
+        request.prompt = u"Allow"_s;
+        request.message = u"Corvella needs to access this path to continue. Click Allow to continue."_s;
+        request.directory = home.path();
+        request.canChooseFiles = false;
+        const AppSandboxFileAccessOpenSavePanelDelegate rule(QUrl::fromLocalFile(home.path()));
+        request.shouldEnable = [rule](const QUrl& url) { return rule.panelShouldEnableURL(url); };
+        const auto panel = FileDialogOpenPanel::dialogFor(request);
+        panel->show();
+        ok &= save(panel.get(), file(u"permission-panel"_s));
+        panel->hide();
 
         agent.app.enableBrowser(u"Safari-disabled"_s); // no Safari files to read: the warning
         if (WarningController* warning = face.warningController()) {

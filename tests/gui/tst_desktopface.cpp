@@ -1,15 +1,20 @@
 #include "platform/SettingsKeys.h"
+#include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
+#include "ui/FileDialogOpenPanel.h"
 #include "ui/FlatButton.h"
 #include "ui/MainWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
 #include "ui/WarningController.h"
 
+#include <QAbstractProxyModel>
+#include <QFileSystemModel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QTest>
 
@@ -67,6 +72,8 @@ private slots:
     void safariIsActivatedOnlyWhenItsFilesCanBeRead_data();
     void safariIsActivatedOnlyWhenItsFilesCanBeRead();
     void aClosedWarningIsReleasedAndTheNextIsFresh();
+    void thePermissionPanelOnlyTakesTheFolderOrOneAbove_data();
+    void thePermissionPanelOnlyTakesTheFolderOrOneAbove();
 };
 
 // Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
@@ -306,6 +313,47 @@ void TestDesktopFace::aClosedWarningIsReleasedAndTheNextIsFresh()
     QTRY_VERIFY(!first); // deleted once closed
     QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
     QVERIFY(f.face->warningController() && f.face->warningController()->isVisible());
+}
+
+void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove_data()
+{
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("the home folder") << u"home/ann"_s << true;
+    QTest::newRow("the folder above") << u"home"_s << true;
+    QTest::newRow("a neighbour's folder") << u"home/bob"_s << false;
+    QTest::newRow("a folder inside") << u"home/ann/Documents"_s << false;
+    QTest::newRow("a look-alike name") << u"home/ann2"_s << false;
+}
+
+void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove()
+{
+    QFETCH(QString, chosen);
+    QFETCH(bool, taken);
+    TestHome root;
+    for (const QString& folder : {u"home/ann/Documents"_s, u"home/bob"_s, u"home/ann2"_s})
+        root.folder(folder);
+    const AppSandboxFileAccessOpenSavePanelDelegate rule(QUrl::fromLocalFile(root.path(u"home/ann"_s)));
+    OpenPanelRequest request;
+    request.prompt = u"Allow"_s;
+    request.message = u"Corvella needs access to your home folder."_s;
+    request.directory = root.path(u"home/ann"_s);
+    request.canChooseFiles = false;
+    request.shouldEnable = [rule](const QUrl& url) { return rule.panelShouldEnableURL(url); };
+    const auto dialog = FileDialogOpenPanel::dialogFor(request);
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get()));
+
+    auto* files = qobject_cast<QFileSystemModel*>(dialog->proxyModel()->sourceModel());
+    const QModelIndex item = dialog->proxyModel()->mapFromSource(files->index(root.path(chosen)));
+    QCOMPARE(item.flags().testFlag(Qt::ItemIsEnabled), taken);
+    // Greyed items cannot be clicked; typing the path is the way past them.
+    auto* typed = dialog->findChild<QLineEdit*>(u"fileNameEdit"_s);
+    QVERIFY(typed);
+    QTest::keyClicks(typed, root.path(chosen));
+    static_cast<QDialog*>(dialog.get())->accept(); // what "Allow" does
+    QCOMPARE(dialog->result() == QDialog::Accepted, taken);
+    QCOMPARE(dialog->isVisible(), !taken);
 }
 
 QTEST_MAIN(TestDesktopFace)

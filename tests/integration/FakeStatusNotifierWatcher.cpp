@@ -54,7 +54,8 @@ public slots:
     void RegisterStatusNotifierItem(const QString& service, const QDBusMessage& message)
     {
         // An item names its bus name or its object path; the sender is the bus name either way.
-        const QString path = service.startsWith(QLatin1Char('/')) ? service : QStringLiteral("/StatusNotifierItem");
+        const QString path =
+            service.startsWith(QLatin1Char('/')) ? service : QStringLiteral("/StatusNotifierItem");
         m_items.append(message.service() + path);
         std::printf("registered: %s\n", qPrintable(message.service()));
         std::fflush(stdout);
@@ -79,11 +80,11 @@ private:
         if (!m_watchingMenu) {
             m_watchingMenu = true;
             for (const char* signal : {"LayoutUpdated", "ItemsPropertiesUpdated"})
-                bus.connect(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"), QLatin1String(signal),
-                            this, SLOT(menuChanged()));
+                bus.connect(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"),
+                            QLatin1String(signal), this, SLOT(menuChanged()));
         }
-        QDBusMessage call = QDBusMessage::createMethodCall(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"),
-                                                           QStringLiteral("GetLayout"));
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("GetLayout"));
         call << 0 << -1 << QStringList{QStringLiteral("label")};
         const QDBusMessage reply = bus.call(call);
         QStringList labels;
