@@ -145,7 +145,7 @@ void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
     setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
     if (anchor) {
         const QPoint below = anchor->mapToGlobal(QPoint(anchor->width() / 2, anchor->height()));
-        move(below.x() - width() / 2, below.y() + 4);
+        moveOnScreen(QPoint(below.x() - width() / 2, below.y() + 4), *anchor);
     }
     show();
     raise();

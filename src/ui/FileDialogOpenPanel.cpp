@@ -13,14 +13,14 @@ class EnabledItems final : public QSortFilterProxyModel
 public:
     EnabledItems(std::function<bool(const QUrl&)> shouldEnable, QObject* parent)
         : QSortFilterProxyModel(parent), m_shouldEnable(std::move(shouldEnable))
-    {
-    }
+    {}
 
     Qt::ItemFlags flags(const QModelIndex& index) const override
     {
         Qt::ItemFlags flags = QSortFilterProxyModel::flags(index);
         const auto* files = qobject_cast<const QFileSystemModel*>(sourceModel());
-        if (files && index.isValid() && !m_shouldEnable(QUrl::fromLocalFile(files->filePath(mapToSource(index)))))
+        if (files && index.isValid() &&
+            !m_shouldEnable(QUrl::fromLocalFile(files->filePath(mapToSource(index)))))
             flags &= ~(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
         return flags;
     }
@@ -38,7 +38,7 @@ public:
         setOption(QFileDialog::DontUseNativeDialog); // a portal's dialog could not be restricted
         setAcceptMode(QFileDialog::AcceptOpen);
         const bool foldersOnly = request.canChooseDirectories && !request.canChooseFiles;
-        setFileMode(foldersOnly                         ? QFileDialog::Directory
+        setFileMode(foldersOnly                       ? QFileDialog::Directory
                     : request.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                       : QFileDialog::ExistingFile);
         setOption(QFileDialog::ShowDirsOnly, foldersOnly);

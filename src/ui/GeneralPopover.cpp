@@ -34,7 +34,7 @@ void GeneralPopover::togglePopover(QWidget* anchor)
     adjustSize();
     if (anchor) {
         const QPoint beside = anchor->mapToGlobal(QPoint(anchor->width(), anchor->height() / 2));
-        move(beside.x() + 4, beside.y() - height() / 2);
+        moveOnScreen(QPoint(beside.x() + 4, beside.y() - height() / 2), *anchor);
     }
     show();
     raise();

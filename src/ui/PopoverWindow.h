@@ -11,6 +11,9 @@ public:
     explicit PopoverWindow(Qt::WindowFlags flags, QWidget* parent = nullptr);
 
 protected:
+    // Moves the popover's top left corner to `topLeft`, or as near as keeps it whole on the anchor's
+    // screen (a window at the top edge would push a popover beside it off the screen).
+    void moveOnScreen(QPoint topLeft, const QWidget& anchor);
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 };

@@ -7,6 +7,7 @@
 #include "ui/DesktopFace.h"
 #include "ui/FileDialogOpenPanel.h"
 #include "ui/FlatButton.h"
+#include "ui/GeneralPopover.h"
 #include "ui/MainWindow.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
@@ -16,6 +17,7 @@
 #include <QFileSystemModel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QScreen>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -67,6 +69,7 @@ private slots:
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutTrayItemTheWindowStaysReachable();
     void threeTilesAreCentredInARow();
+    void popoversStayWholeOnScreenBesideAWindowInACorner();
     void theKeyboardAloneActivatesAndConfigures();
     void disabledTilesAreGreyedInsideTheirOutline();
     void safariIsActivatedOnlyWhenItsFilesCanBeRead_data();
@@ -217,6 +220,22 @@ void TestDesktopFace::withoutTrayItemTheWindowStaysReachable()
     Face noTray({kChromiumID}, {kChromiumID}, false);
     QVERIFY(!noTray.face->statusItem().isShown());
     QVERIFY(noTray.window().isVisible());
+}
+
+void TestDesktopFace::popoversStayWholeOnScreenBesideAWindowInACorner()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    const QRect screen = f.window().screen()->availableGeometry();
+    for (const QPoint corner :
+         {screen.topLeft(), screen.bottomRight() - QPoint(f.window().width(), f.window().height())}) {
+        f.window().move(corner);
+        f.face->generalPopover().togglePopover(f.window().infoButton());
+        QVERIFY(screen.contains(f.face->generalPopover().geometry()));
+        f.face->generalPopover().close();
+        QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+        QVERIFY(screen.contains(f.popover().geometry()));
+        f.popover().close();
+    }
 }
 
 void TestDesktopFace::threeTilesAreCentredInARow()
