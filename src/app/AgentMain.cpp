@@ -11,12 +11,14 @@
 #include "platform/SystemLog.h"
 #include "platform/SystemVersion.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/DBusDistributedNotificationCenter.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/InodeBookmarks.h"
 #include "platform/linux/InotifyFolderWatch.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 #include "platform/linux/UnixSignalWatcher.h"
+#include "platform/linux/XdgAutostartLoginItems.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 #include "ui/DesktopFace.h"
@@ -41,6 +43,13 @@ bool chooseHeadless()
     return true;
 }
 
+// The user's configuration folder: "$XDG_CONFIG_HOME" when set to a full path, else ~/.config.
+QString configFolder(const QString& home)
+{
+    const QString configured = qEnvironmentVariable("XDG_CONFIG_HOME");
+    return configured.startsWith(QLatin1Char('/')) ? configured : home + QStringLiteral("/.config");
+}
+
 QString protectionSummary(UserDefaults& defaults)
 {
     QStringList activated;
@@ -58,8 +67,13 @@ QString protectionSummary(UserDefaults& defaults)
 
 int main(int argc, char* argv[])
 {
-    const bool headless = chooseHeadless();
+    const bool noDisplay = chooseHeadless();
     QApplication app(argc, argv);
+    // Qt's offscreen and minimal platforms show nothing to anyone: a window or a panel there would
+    // wait for a click that never comes.
+    const QString platform = QGuiApplication::platformName();
+    const bool headless =
+        noDisplay || platform == QLatin1String("offscreen") || platform == QLatin1String("minimal");
     QApplication::setApplicationName(QStringLiteral("Corvella"));
     QApplication::setApplicationVersion(QStringLiteral(CORVELLA_VERSION));
     QApplication::setQuitOnLastWindowClosed(false);
@@ -98,17 +112,27 @@ int main(int argc, char* argv[])
     BrowserCleaners cleaners({sandbox, catalogue, defaults, log});
     HelperScripts scripts(sandbox, log);
     RunningSystemVersion systemVersion;
+    XdgAutostartLoginItems loginItems(configFolder(home), log);
+    DBusDistributedNotificationCenter distributedNotifications;
     AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-                          cleaners, scripts, sandbox, systemVersion, RunLock::pathForHome(home)});
+                          cleaners, scripts, sandbox, systemVersion, loginItems, distributedNotifications,
+                          RunLock::pathForHome(home)});
 
+    // A quit asked for while the launch still runs (from a panel's own event loop, say) would be lost
+    // on the main loop, which has not started yet: remember it.
+    bool quitRequested = false;
+    const auto quit = [&quitRequested] {
+        quitRequested = true;
+        QApplication::quit();
+    };
     std::unique_ptr<DesktopFace> face;
     if (!headless) {
         face = std::make_unique<DesktopFace>(delegate, workspace, QSystemTrayIcon::isSystemTrayAvailable());
-        QObject::connect(face.get(), &DesktopFace::quitRequested, &app, &QApplication::quit);
+        QObject::connect(face.get(), &DesktopFace::quitRequested, &app, quit);
     }
 
     UnixSignalWatcher unixSignals({SIGTERM, SIGINT, SIGHUP});
-    QObject::connect(&unixSignals, &UnixSignalWatcher::signalReceived, &app, [] { QApplication::quit(); });
+    QObject::connect(&unixSignals, &UnixSignalWatcher::signalReceived, &app, quit);
     QObject::connect(&instance, &SingleInstance::requestReceived, &delegate,
                      [&delegate](const QByteArray& request) {
                          if (!delegate.handleURLEvent(QString::fromUtf8(request)))
@@ -118,14 +142,17 @@ int main(int argc, char* argv[])
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
     if (headless)
-        std::fprintf(stderr, "corvella: no display found: running headless, without a status item.\n");
-    std::fprintf(stderr, "corvella: running; %s. Settings: %s\n", qPrintable(protectionSummary(defaults)),
-                 qPrintable(settingsFile));
+        std::fprintf(stderr,
+                     "corvella: no display (Qt platform \"%s\"): running headless, without a status item.\n",
+                     qPrintable(platform));
+    std::fprintf(stderr, "corvella: running%s; %s. Settings: %s\n",
+                 delegate.openedFromLogin() ? " (started at login)" : "",
+                 qPrintable(protectionSummary(defaults)), qPrintable(settingsFile));
 
     // Started by the desktop to open a URL, with no agent running yet.
     if (arguments.size() > 1)
         delegate.handleURLEvent(arguments.at(1));
-    const int status = QApplication::exec();
+    const int status = quitRequested ? 0 : QApplication::exec();
     delegate.applicationWillTerminate();
     return status;
 }

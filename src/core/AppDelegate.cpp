@@ -3,6 +3,8 @@
 #include "core/BrowserCatalogue.h"
 #include "core/RemovalQueue.h"
 #include "core/RemovalRun.h"
+#include "core/StartAtLoginController.h"
+#include "platform/DistributedNotificationCenter.h"
 #include "platform/FolderWatch.h"
 #include "platform/PropertyList.h"
 #include "platform/RealHomeDirectory.h"
@@ -24,10 +26,13 @@
 namespace {
 
 const QString kApplicationsFolder = QStringLiteral("/Applications");
-const QString kLoginHelperID = QStringLiteral("com.tovanex.Corvella6Helper");
+const QString kAgentID = QStringLiteral("com.tovanex.Corvella6");
 constexpr int kApplicationsFolderLatencyMs = 3000;
 
 } // namespace
+
+const QString AppDelegate::loginHelperID = QStringLiteral("com.tovanex.Corvella6Helper");
+const QString AppDelegate::terminateLoginHelperNotification = QStringLiteral("terminateCorvellaLoginHelper");
 
 void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsResource)
 {
@@ -71,6 +76,10 @@ void AppDelegate::applicationDidFinishLaunching()
     firstRunCheck();
     installScriptsForSafari();
     checkEnabledBrowsers();
+    if (m_defaults.boolForKey(SettingsKeys::loginStart)) {
+        initLoginController();
+        updateLogin();
+    }
     if (!(m_openedFromLogin && m_defaults.boolForKey(SettingsKeys::hideOnLaunch)))
         emit windowRequested();
     m_launchObservations << connect(
@@ -84,6 +93,7 @@ void AppDelegate::applicationDidFinishLaunching()
                                     &m_services.catalogue, &BrowserCatalogue::browsersChanged);
     m_launchObservations << connect(&m_services.catalogue, &BrowserCatalogue::browserContentArrayChanged,
                                     this, &AppDelegate::updateBrowserContentArray);
+    terminateLoginHelper(); // the helper that started this agent at login may go
     m_editingBrowserSettings = false;
     if (m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(BrowserCatalogue::safariID))
         checkMojaveFileAccess();
@@ -175,6 +185,10 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
         checkDock();
     if (keyPath == SettingsKeys::isRunning)
         checkRunStatus();
+    if (keyPath == SettingsKeys::loginStart) {
+        updateLogin();
+        QTimer::singleShot(1000, this, &AppDelegate::terminateLoginHelper);
+    }
     if (keyPath.startsWith(AppSandboxFileAccessPersist::keyPrefix))
         grantsChanged();
     if (keyPath == SettingsKeys::enabledBrowsers)
@@ -237,7 +251,7 @@ bool AppDelegate::startupCheck()
 {
     const QList<RunningApplication> running = m_services.workspace.runningApplications();
     return std::any_of(running.cbegin(), running.cend(), [](const RunningApplication& application) {
-        return application.bundleIdentifier == kLoginHelperID;
+        return application.bundleIdentifier == loginHelperID;
     });
 }
 
@@ -417,6 +431,27 @@ bool AppDelegate::checkMojaveFileAccess()
     emit fileAccessWarningRequested();
     disableSafari();
     return false;
+}
+
+void AppDelegate::initLoginController()
+{
+    m_loginController = std::make_unique<StartAtLoginController>(m_services.loginItems);
+    // The helper is installed beside the agent.
+    m_loginController->setBundle(loginHelperID,
+                                 QUrl::fromLocalFile(QCoreApplication::applicationDirPath() +
+                                                     QStringLiteral("/corvella-login-helper")));
+}
+
+void AppDelegate::updateLogin()
+{
+    if (!m_loginController)
+        initLoginController();
+    m_loginController->setStartAtLogin(m_defaults.boolForKey(SettingsKeys::loginStart));
+}
+
+void AppDelegate::terminateLoginHelper()
+{
+    m_services.distributedNotifications.postNotificationName(terminateLoginHelperNotification, kAgentID);
 }
 
 void AppDelegate::popoverIsClosing()

@@ -10,12 +10,15 @@
 
 class BrowserCatalogue;
 class Cleaners;
+class DistributedNotificationCenter;
 class FolderWatch;
 class HelperScripts;
+class LoginItems;
 class OpenPanel;
 class RemovalQueue;
 class Sandbox;
 class SecurityScopedBookmarks;
+class StartAtLoginController;
 class SystemLog;
 class SystemVersion;
 class UserDefaults;
@@ -37,6 +40,8 @@ struct AppServices
     HelperScripts& scripts;
     Sandbox& sandbox;
     SystemVersion& systemVersion;
+    LoginItems& loginItems;
+    DistributedNotificationCenter& distributedNotifications;
     // The lock shared with corvella-clean; empty: none.
     QString runLockPath;
 };
@@ -130,6 +135,11 @@ public:
     SettingsController& settingsController() { return m_settingsController; }
     bool isValid() const { return m_isValid; }
     bool openedFromLogin() const { return m_openedFromLogin; }
+    // The registration of the login helper; none until start at login was first wanted.
+    StartAtLoginController* loginController() const { return m_loginController.get(); }
+    // The login helper's name, and what the agent posts when the helper may quit.
+    static const QString loginHelperID;
+    static const QString terminateLoginHelperNotification;
     bool watchingApplicationsFolder() const { return m_watchingApplicationsFolder; }
     QStringList browserTiles() const { return m_browserTiles; }
 
@@ -155,12 +165,16 @@ private:
     void tellAccessIsMissing(const QString& browser);
     void grantsChanged();
     void checkRunStatus();
+    void initLoginController();
+    void updateLogin();
+    void terminateLoginHelper();
 
     UserDefaults& m_defaults;
     SystemLog& m_log;
     AppServices m_services;
     SettingsController m_settingsController;
     std::unique_ptr<RemovalQueue> m_removalQueue;
+    std::unique_ptr<StartAtLoginController> m_loginController;
     bool m_isValid = false;
     bool m_openedFromLogin = false;
     bool m_watchingApplicationsFolder = false;

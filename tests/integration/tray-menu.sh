@@ -7,7 +7,7 @@ set -u
 bin_dir=$1
 needs="/usr/bin/Xvfb /usr/bin/dbus-run-session"
 . "$(dirname "$0")/test-user.sh"
-cp "$bin_dir/corvella" "$bin_dir/fake-status-notifier-watcher" "$work/"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-status-notifier-watcher" "$work/"
 
 settings() { # ISRUNNING
     cat > "$work/settings.plist" <<PLIST
@@ -24,6 +24,7 @@ chmod 777 "$work" # the user moves the settings file out of it
 rm -rf "$home/.config/corvella"
 install -d -o "$user" "$home/.config/corvella"
 settings false
+as_user "$work/corvella-clean" --allow-home-access --list >/dev/null # granted before: no panel at launch
 
 display=:$((90 + RANDOM % 100))
 Xvfb "$display" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
@@ -35,6 +36,7 @@ cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash
 work=$1
 "$work/fake-status-notifier-watcher" > "$work/watcher.log" 2>/dev/null &
+watcher=$!
 sleep 0.5
 "$work/corvella" > "$work/agent.log" 2>&1 &
 agent=$!
@@ -45,7 +47,7 @@ touch "$work/switch-on"; wait_for '^menu: Disable Corvella' && echo on-seen
 touch "$work/switch-off"; sleep 0.2; tail -n 1 "$work/watcher.log" | grep -q 'Disable' && sleep 1
 wait_for_last() { for _ in $(seq 150); do tail -n 1 "$work/watcher.log" | grep -q "$1" && return 0; sleep 0.1; done; return 1; }
 wait_for_last '^menu: Enable Corvella' && echo off-again-seen
-kill $agent; wait $agent
+kill $agent $watcher; wait $agent $watcher # nothing outlives the bus
 SCENARIO
 chmod 755 "$work/scenario.sh"
 # The settings change comes from outside the agent, as another program's write would.

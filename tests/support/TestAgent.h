@@ -4,7 +4,9 @@
 #include "core/BrowserCatalogue.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "platform/fake/FixedSystemVersion.h"
+#include "platform/fake/LocalDistributedNotificationCenter.h"
 #include "platform/fake/ManualFolderWatch.h"
+#include "platform/fake/RecordingLoginItems.h"
 #include "platform/fake/RecordingNotificationCenter.h"
 #include "platform/fake/ScriptedOpenPanel.h"
 #include "platform/linux/InodeBookmarks.h"
@@ -20,7 +22,7 @@ struct TestAgent
         : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
           scripts(sandbox, t.log),
           app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-               cleaners, scripts, sandbox, systemVersion, runLockPath})
+               cleaners, scripts, sandbox, systemVersion, loginItems, distributedNotifications, runLockPath})
     {}
 
     InodeBookmarks bookmarks;
@@ -33,5 +35,7 @@ struct TestAgent
     RecordingCleaners cleaners;
     HelperScripts scripts;
     FixedSystemVersion systemVersion;
+    RecordingLoginItems loginItems;
+    LocalDistributedNotificationCenter distributedNotifications;
     AppDelegate app;
 };
