@@ -2,7 +2,7 @@
 # The agent's idle cost with Chromium and Firefox activated, against an idle Qt program measured in
 # the same run: CPU time over SECONDS and resident memory, twice: headless (no display), and on a
 # desktop (Xvfb, a private session bus and a stand-in tray host) with its tray item and the window
-# closed, against an idle Qt Widgets program on the same display.
+# closed (started at login, with "hideOnLaunch"), against an idle Qt Widgets program on the same display.
 # Runs as the test user "corvella-test" (created when run as root), so no real settings change.
 # Usage: bench/agent-idle.sh BIN_DIR [SECONDS]
 set -eu
@@ -15,12 +15,13 @@ home=$(getent passwd "$user" | cut -d: -f6)
 work=$(mktemp -d /tmp/corvella-bench.XXXXXX); chmod 755 "$work"
 display=:$((190 + RANDOM % 50))
 trap 'kill $(jobs -p) 2>/dev/null; rm -rf "$work"' EXIT
-cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/bench-idle-baseline" "$bin_dir/fake-status-notifier-watcher" "$work/"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/bench-idle-baseline" "$bin_dir/fake-status-notifier-watcher" \
+    "$bin_dir/corvella-login-helper" "$work/"
 install -d -o "$user" "$home/.config/corvella"
 cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
 <?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
-<key>isRunning</key><true/><key>firstRun</key><false/><key>showInMenu</key><true/>
+<key>isRunning</key><true/><key>firstRun</key><false/><key>showInMenu</key><true/><key>hideOnLaunch</key><true/>
 <key>enabledBrowsers</key><array><string>org.chromium.Chromium</string><string>org.mozilla.firefox</string></array>
 </dict></plist>
 PLIST
@@ -37,7 +38,7 @@ newest() { for _ in $(seq 100); do pgrep -n -u "$user" -x "$1" && return; sleep 
 # measure LABEL CPU_TARGET RSS_TARGET ENV...: the agent and the baseline side by side, then the rows.
 measure() {
     local label=$1 cpu_target=$2 rss_target=$3; shift 3
-    runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$@" "$work/corvella" 2>/dev/null &
+    runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$@" "$work/${start:-corvella}" 2>/dev/null &
     sleep 5; local agent; agent=$(newest corvella)
     runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin QT_QPA_PLATFORM="${platform:-offscreen}" "$@" \
         "$work/bench-idle-baseline" 2>/dev/null &
@@ -64,6 +65,7 @@ sleep 1
 runuser -u "$user" -- env -i HOME="$home" DBUS_SESSION_BUS_ADDRESS="$bus" "$work/fake-status-notifier-watcher" \
     >/dev/null 2>&1 &
 sleep 0.5
-platform=xcb measure "with tray, window closed" "under 50 ms" "under 45 MB" \
+# Started as at login, so the window stays closed ("hideOnLaunch").
+start=corvella-login-helper platform=xcb measure "with tray, window closed" "under 50 ms" "under 45 MB" \
     DISPLAY="$display" DBUS_SESSION_BUS_ADDRESS="$bus"
 kill "$bus_pid" 2>/dev/null || true
