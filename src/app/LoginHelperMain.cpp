@@ -3,6 +3,7 @@
 // started at login (and stay hidden when the user asked for that). It never waits for ever: an agent
 // that was already running, or a session without a bus, does not answer.
 #include "core/AppDelegate.h"
+#include "platform/UserDefaults.h"
 #include "platform/linux/DBusDistributedNotificationCenter.h"
 
 #include <QCoreApplication>
@@ -22,7 +23,7 @@ int main(int argc, char* argv[])
     QObject::connect(&center, &DistributedNotificationCenter::notificationPosted, &app,
                      [](const QString& name, const QString& object) {
                          if (name == AppDelegate::terminateLoginHelperNotification &&
-                             object == QLatin1String("com.tovanex.Corvella6"))
+                             object == UserDefaults::kDomain)
                              QCoreApplication::quit();
                      });
     const QString agent = QCoreApplication::applicationDirPath() + QStringLiteral("/corvella");

@@ -26,7 +26,6 @@
 namespace {
 
 const QString kApplicationsFolder = QStringLiteral("/Applications");
-const QString kAgentID = QStringLiteral("com.tovanex.Corvella6");
 constexpr int kApplicationsFolderLatencyMs = 3000;
 
 } // namespace
@@ -392,9 +391,7 @@ void AppDelegate::enableBrowser(const QString& tileName)
     } else {
         enabled.append(identifier);
     }
-    m_defaults.setObject(enabled, SettingsKeys::enabledBrowsers);
-    m_defaults.synchronize();
-    updateBrowserContentArray();
+    saveEnabledBrowsers(enabled);
     m_editingBrowserSettings = true;
     watchApplicationsFolder();
     checkEnabledBrowsers();
@@ -403,14 +400,19 @@ void AppDelegate::enableBrowser(const QString& tileName)
 void AppDelegate::disableBrowser()
 {
     QString identifier = BrowserCatalogue::browserIDFor(m_currentBrowser);
-    if (identifier.isEmpty() || identifier == BrowserCatalogue::safariID)
+    if (identifier.isEmpty())
         identifier = BrowserCatalogue::safariID;
     QVariantList enabled = m_defaults.arrayForKey(SettingsKeys::enabledBrowsers);
     enabled.removeAll(identifier);
-    m_defaults.setObject(enabled, SettingsKeys::enabledBrowsers);
+    saveEnabledBrowsers(enabled);
+    m_editingBrowserSettings = false;
+}
+
+void AppDelegate::saveEnabledBrowsers(const QVariantList& identifiers)
+{
+    m_defaults.setObject(identifiers, SettingsKeys::enabledBrowsers);
     m_defaults.synchronize();
     updateBrowserContentArray();
-    m_editingBrowserSettings = false;
 }
 
 void AppDelegate::disableSafari()
@@ -451,7 +453,8 @@ void AppDelegate::updateLogin()
 
 void AppDelegate::terminateLoginHelper()
 {
-    m_services.distributedNotifications.postNotificationName(terminateLoginHelperNotification, kAgentID);
+    m_services.distributedNotifications.postNotificationName(terminateLoginHelperNotification,
+                                                             UserDefaults::kDomain);
 }
 
 void AppDelegate::popoverIsClosing()

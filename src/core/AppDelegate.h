@@ -165,6 +165,7 @@ private:
     void tellAccessIsMissing(const QString& browser);
     void grantsChanged();
     void checkRunStatus();
+    void saveEnabledBrowsers(const QVariantList& identifiers);
     void initLoginController();
     void updateLogin();
     void terminateLoginHelper();

@@ -9,9 +9,6 @@
 #include "ui/ToggleSwitch.h"
 
 #include <QGridLayout>
-#include <QKeyEvent>
-#include <QPainter>
-#include <QScreen>
 #include <QVBoxLayout>
 
 namespace {

@@ -1,7 +1,6 @@
 #include "ui/FlatButton.h"
 
 #include <QPainter>
-#include <QStyleOptionButton>
 
 FlatButton::FlatButton(const QString& text, QWidget* parent) : QPushButton(text, parent)
 {

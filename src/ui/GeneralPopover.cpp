@@ -2,9 +2,7 @@
 
 #include "ui/FlatButton.h"
 
-#include <QKeyEvent>
 #include <QLabel>
-#include <QPainter>
 #include <QVBoxLayout>
 
 GeneralPopover::GeneralPopover(QWidget* parent)

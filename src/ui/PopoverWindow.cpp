@@ -19,16 +19,21 @@ void PopoverWindow::keyPressEvent(QKeyEvent* event)
     QWidget::keyPressEvent(event);
 }
 
+void paintPanel(QWidget& widget, qreal cornerRadius)
+{
+    QPainter painter(&widget);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QLinearGradient gradient(0, 0, 0, widget.height());
+    gradient.setColorAt(0, widget.palette().color(QPalette::Base));
+    gradient.setColorAt(1, widget.palette().color(QPalette::Window));
+    painter.setBrush(gradient);
+    painter.setPen(QPen(widget.palette().color(QPalette::Mid), 1));
+    painter.drawRoundedRect(QRectF(widget.rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+}
+
 void PopoverWindow::paintEvent(QPaintEvent*)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient gradient(0, 0, 0, height());
-    gradient.setColorAt(0, palette().color(QPalette::Base));
-    gradient.setColorAt(1, palette().color(QPalette::Window));
-    painter.setBrush(gradient);
-    painter.setPen(QPen(palette().color(QPalette::Mid), 1));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 8, 8);
+    paintPanel(*this, 8);
 }
 
 void PopoverWindow::moveOnScreen(QPoint topLeft, const QWidget& anchor)

@@ -2,6 +2,10 @@
 
 #include <QWidget>
 
+// The background the popovers and the warning window share: a soft gradient of the theme's colours
+// with an outline, its corners rounded by `cornerRadius`.
+void paintPanel(QWidget& widget, qreal cornerRadius);
+
 // What the popovers share: a frameless window on a soft gradient of the theme's colours with a
 // rounded outline, closed by Escape.
 class PopoverWindow : public QWidget

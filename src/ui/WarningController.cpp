@@ -1,12 +1,12 @@
 #include "ui/WarningController.h"
 
 #include "ui/FlatButton.h"
+#include "ui/PopoverWindow.h"
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPainter>
 #include <QVBoxLayout>
 
 WarningController::WarningController(QWidget* parent)
@@ -88,11 +88,5 @@ void WarningController::mouseMoveEvent(QMouseEvent* event)
 
 void WarningController::paintEvent(QPaintEvent*)
 {
-    QPainter painter(this);
-    QLinearGradient gradient(0, 0, 0, height());
-    gradient.setColorAt(0, palette().color(QPalette::Base));
-    gradient.setColorAt(1, palette().color(QPalette::Window));
-    painter.fillRect(rect(), gradient);
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    paintPanel(*this, 0); // square: a window of its own, not a popover
 }

@@ -57,7 +57,8 @@ bool XdgAutostartLoginItems::setEnabled(const QString& identifier, const QUrl& u
         return false;
     }
     if (!QDir().mkpath(m_autostartFolder)) {
-        m_log.log(QStringLiteral("Corvella could not make its login entry in \"%1\".").arg(m_autostartFolder));
+        m_log.log(
+            QStringLiteral("Corvella could not make its login entry in \"%1\".").arg(m_autostartFolder));
         return false;
     }
     const QString error = AtomicFile::write(entry, entryFor(program), 0644);
