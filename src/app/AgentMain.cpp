@@ -17,6 +17,7 @@
 #include "platform/linux/InotifyFolderWatch.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
+#include "platform/linux/SyncFolderKeyValueStore.h"
 #include "platform/linux/UnixSignalWatcher.h"
 #include "platform/linux/XdgAutostartLoginItems.h"
 #include "sandbox/HelperScripts.h"
@@ -114,9 +115,10 @@ int main(int argc, char* argv[])
     RunningSystemVersion systemVersion;
     XdgAutostartLoginItems loginItems(configFolder(home), log);
     DBusDistributedNotificationCenter distributedNotifications;
+    SyncFolderKeyValueStore cloudStore(defaults, log, home);
     AppDelegate delegate({defaults, log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
                           cleaners, scripts, sandbox, systemVersion, loginItems, distributedNotifications,
-                          RunLock::pathForHome(home)});
+                          cloudStore, RunLock::pathForHome(home)});
 
     // A quit asked for while the launch still runs (from a panel's own event loop, say) would be lost
     // on the main loop, which has not started yet: remember it.

@@ -1,9 +1,11 @@
 #include "core/AppDelegate.h"
 
 #include "core/BrowserCatalogue.h"
+#include "core/CloudSync.h"
 #include "core/RemovalQueue.h"
 #include "core/RemovalRun.h"
 #include "core/StartAtLoginController.h"
+#include "platform/CloudKeyValueStore.h"
 #include "platform/DistributedNotificationCenter.h"
 #include "platform/FolderWatch.h"
 #include "platform/PropertyList.h"
@@ -21,6 +23,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QPointer>
 #include <QTimer>
 
 namespace {
@@ -49,7 +52,8 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
 }
 
 AppDelegate::AppDelegate(const AppServices& services, QObject* parent)
-    : QObject(parent), m_defaults(services.defaults), m_log(services.log), m_services(services)
+    : QObject(parent), m_defaults(services.defaults), m_log(services.log), m_services(services),
+      m_cloudSync(std::make_unique<CloudSync>(services.defaults, services.cloudStore))
 {}
 
 AppDelegate::~AppDelegate()
@@ -94,6 +98,7 @@ void AppDelegate::applicationDidFinishLaunching()
                                     this, &AppDelegate::updateBrowserContentArray);
     terminateLoginHelper(); // the helper that started this agent at login may go
     m_editingBrowserSettings = false;
+    checkiCloudSync();
     if (m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(BrowserCatalogue::safariID))
         checkMojaveFileAccess();
 }
@@ -110,6 +115,7 @@ void AppDelegate::applicationWillTerminate()
     m_terminated = true;
     m_stopping = true; // a run still waiting for the lock gives up
     stopObservingSettings();
+    m_cloudSync->stop();
     for (const auto& connection : std::as_const(m_launchObservations))
         disconnect(connection);
     m_launchObservations.clear();
@@ -178,6 +184,8 @@ void AppDelegate::checkEnabledButton()
 
 void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&, const QVariant&)
 {
+    if (keyPath == SettingsKeys::iCloudSync || keyPath == SettingsKeys::syncFolder)
+        checkiCloudSync();
     if (keyPath == SettingsKeys::showInMenu)
         updateMenu();
     if (keyPath == SettingsKeys::hideDock)
@@ -192,6 +200,42 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
         grantsChanged();
     if (keyPath == SettingsKeys::enabledBrowsers)
         installScriptsForSafari();
+}
+
+void AppDelegate::checkiCloudSync()
+{
+    const bool wanted = m_defaults.boolForKey(SettingsKeys::iCloudSync);
+    m_services.cloudStore.accountStatus(
+        [self = QPointer(this), wanted](CloudKeyValueStore::AccountStatus status) {
+            if (!self || self->m_terminated)
+                return;
+            if (status == CloudKeyValueStore::AccountStatus::NoAccount) {
+                self->m_cloudSync->stop();
+                if (wanted) {
+                    self->m_defaults.setBool(false, SettingsKeys::iCloudSync);
+                    self->m_defaults.synchronize();
+                    self->checkiCloudAlert();
+                }
+            } else if (wanted) {
+                self->m_cloudSync->start();
+            } else {
+                self->m_cloudSync->stop();
+            }
+        });
+}
+
+void AppDelegate::checkiCloudAlert()
+{
+    m_log.log(QStringLiteral("Corvella Sync: settings sync was turned off: no synced folder is chosen"));
+    emit iCloudAlertRequested();
+}
+
+void AppDelegate::iCloudAlertClosed(bool suppressed)
+{
+    if (!suppressed)
+        return;
+    m_defaults.setBool(true, SettingsKeys::hideiCloudAlert);
+    m_defaults.synchronize();
 }
 
 // Access granted while the agent runs (from corvella-clean, say): finish the start-up steps that

@@ -10,6 +10,8 @@
 
 class BrowserCatalogue;
 class Cleaners;
+class CloudKeyValueStore;
+class CloudSync;
 class DistributedNotificationCenter;
 class FolderWatch;
 class HelperScripts;
@@ -42,6 +44,7 @@ struct AppServices
     SystemVersion& systemVersion;
     LoginItems& loginItems;
     DistributedNotificationCenter& distributedNotifications;
+    CloudKeyValueStore& cloudStore;
     // The lock shared with corvella-clean; empty: none.
     QString runLockPath;
 };
@@ -107,6 +110,14 @@ public:
     // A URL handed over by the desktop: "com.tovanex.corvella.scripts://openscriptsfolder" (in any
     // case) shows the scripts folder; false for any other text.
     bool handleURLEvent(const QString& url);
+    // Settings sync follows "iCloudSync" once the store says whether there is anything to sync with: with
+    // no synced folder it is switched back off and the user is told (checkiCloudAlert).
+    void checkiCloudSync();
+    void checkiCloudAlert();
+    // The alert closed; with its box ticked, the user does not want to hear of it again.
+    void iCloudAlertClosed(bool suppressed);
+    CloudSync& cloudSync() { return *m_cloudSync; }
+
     // Recomputes the tiles and everything that follows the activated browsers.
     void updateBrowserContentArray();
 
@@ -133,6 +144,7 @@ public:
     bool waitForRuns(int timeoutMs = -1);
 
     SettingsController& settingsController() { return m_settingsController; }
+    UserDefaults& defaults() const { return m_defaults; }
     bool isValid() const { return m_isValid; }
     bool openedFromLogin() const { return m_openedFromLogin; }
     // The registration of the login helper; none until start at login was first wanted.
@@ -158,6 +170,8 @@ signals:
     void windowRequested();
     // Safari's files cannot be read: the warning window explains what the user can do.
     void fileAccessWarningRequested();
+    // Sync was on but there is no synced folder: the alert asks the user to choose one.
+    void iCloudAlertRequested();
 
 private:
     void updateMenu();
@@ -176,6 +190,7 @@ private:
     SettingsController m_settingsController;
     std::unique_ptr<RemovalQueue> m_removalQueue;
     std::unique_ptr<StartAtLoginController> m_loginController;
+    std::unique_ptr<CloudSync> m_cloudSync;
     bool m_isValid = false;
     bool m_openedFromLogin = false;
     bool m_watchingApplicationsFolder = false;

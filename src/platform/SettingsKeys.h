@@ -19,10 +19,17 @@ inline const QString firstRun = QStringLiteral("firstRun");
 inline const QString userFolder = QStringLiteral("userFolder");
 inline const QString hideiCloudAlert = QStringLiteral("hideiCloudAlert");
 inline const QString secureDeleteData = QStringLiteral("secureDeleteData");
+// The folder the user syncs between machines, which holds the shared settings; local to this machine.
+inline const QString syncFolder = QStringLiteral("syncFolder");
 // Which path layout maps the browsers' reference paths: "macOS" or "Linux"; absent: the platform's.
 inline const QString browserLayout = QStringLiteral("browserLayout");
 // Also remove each category where today's browsers keep it.
 inline const QString cleanCurrentLayouts = QStringLiteral("cleanCurrentLayouts");
+
+// The update keys: stored here, read by an updater where the platform has one, and shared between machines.
+inline const QString scheduledCheckInterval = QStringLiteral("SUScheduledCheckInterval");
+inline const QString automaticallyUpdate = QStringLiteral("SUAutomaticallyUpdate");
+inline const QString enableAutomaticChecks = QStringLiteral("SUEnableAutomaticChecks");
 
 // The data categories, in the order a removal run takes them.
 inline const QStringList categories{

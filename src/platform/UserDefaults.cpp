@@ -164,6 +164,18 @@ bool UserDefaults::setObject(const QVariant& value, const QString& forKey)
     return change({{forKey, normal}});
 }
 
+bool UserDefaults::setObjects(const QVariantMap& values)
+{
+    QMap<QString, std::optional<QVariant>> changes;
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        auto normal = PropertyList::normalized(it.value());
+        if (!normal)
+            return false;
+        changes.insert(it.key(), normal);
+    }
+    return change(changes);
+}
+
 bool UserDefaults::removeObjectForKey(const QString& key)
 {
     return change({{key, std::nullopt}});

@@ -45,6 +45,8 @@ public:
     // be saved (a full disk, a folder that cannot be written); the failure is logged.
     bool setObject(const QVariant& value, const QString& forKey);
     bool setBool(bool value, const QString& forKey) { return setObject(QVariant(value), forKey); }
+    // Several values in one write; nothing changed when one of them cannot be stored.
+    bool setObjects(const QVariantMap& values);
     bool removeObjectForKey(const QString& key);
     // Several keys in one write.
     bool removeObjectsForKeys(const QStringList& keys);

@@ -6,6 +6,7 @@
 #include "platform/fake/FixedSystemVersion.h"
 #include "platform/fake/LocalDistributedNotificationCenter.h"
 #include "platform/fake/ManualFolderWatch.h"
+#include "platform/fake/MemoryKeyValueStore.h"
 #include "platform/fake/RecordingLoginItems.h"
 #include "platform/fake/RecordingNotificationCenter.h"
 #include "platform/fake/ScriptedOpenPanel.h"
@@ -20,9 +21,9 @@ struct TestAgent
 {
     explicit TestAgent(TestDefaults& t, const QString& runLockPath = QString())
         : sandbox({t.defaults, bookmarks, panel, t.log}), catalogue(workspace, t.defaults, sandbox),
-          scripts(sandbox, t.log),
-          app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks, panel, catalogue,
-               cleaners, scripts, sandbox, systemVersion, loginItems, distributedNotifications, runLockPath})
+          scripts(sandbox, t.log), app({t.defaults, t.log, workspace, folderWatch, notifications, bookmarks,
+                                        panel, catalogue, cleaners, scripts, sandbox, systemVersion,
+                                        loginItems, distributedNotifications, cloudStore, runLockPath})
     {}
 
     InodeBookmarks bookmarks;
@@ -37,5 +38,6 @@ struct TestAgent
     FixedSystemVersion systemVersion;
     RecordingLoginItems loginItems;
     LocalDistributedNotificationCenter distributedNotifications;
+    MemoryKeyValueStore cloudStore;
     AppDelegate app;
 };

@@ -1,0 +1,268 @@
+#include "platform/linux/SyncFolderKeyValueStore.h"
+
+#include "platform/AtomicFile.h"
+#include "platform/PropertyList.h"
+#include "platform/SettingsKeys.h"
+#include "platform/SystemLog.h"
+#include "platform/UserDefaults.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace {
+
+const QString kValues = QStringLiteral("values");
+const QString kModified = QStringLiteral("modified");
+
+// Excludes the other writers on this machine (the agents of other sessions, another home on the same
+// disk) for one read-merge-write. A lock on the folder itself leaves no file behind for the sync tool.
+class FolderLock
+{
+public:
+    explicit FolderLock(const QString& folder)
+        : m_fd(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        // Never waits long: a writer that hangs (a stalled network share) must not hang the agent.
+        for (int attempt = 0; m_fd >= 0 && attempt < 200; ++attempt) {
+            if (::flock(m_fd, LOCK_EX | LOCK_NB) == 0) {
+                m_held = true;
+                return;
+            }
+            if (errno != EWOULDBLOCK && errno != EINTR)
+                return;
+            QThread::msleep(10);
+        }
+    }
+    ~FolderLock()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd); // releases the lock
+    }
+    bool held() const { return m_held; }
+
+private:
+    int m_fd;
+    bool m_held = false;
+};
+
+// What a sync tool names the copy it keeps when two machines changed the file at once: Syncthing
+// "corvella-settings.sync-conflict-….plist", Nextcloud and Dropbox "corvella-settings (… conflicted copy
+// …).plist", ownCloud "corvella-settings_conflict-….plist". Temporary files of the tools and our own start
+// with a dot and are never read.
+bool isConflictCopy(const QString& name)
+{
+    static const QString stem = SyncFolderKeyValueStore::kFileName.chopped(6); // without ".plist"
+    return name != SyncFolderKeyValueStore::kFileName && name.startsWith(stem) &&
+           name.endsWith(QLatin1String(".plist"));
+}
+
+} // namespace
+
+bool SyncFolderKeyValueStore::Entry::operator==(const Entry& other) const
+{
+    return modified == other.modified && value == other.value && value.typeId() == other.value.typeId();
+}
+
+SyncFolderKeyValueStore::SyncFolderKeyValueStore(UserDefaults& defaults, SystemLog& log, const QString& home,
+                                                 QObject* parent)
+    : CloudKeyValueStore(parent), m_defaults(defaults), m_log(log), m_home(home)
+{
+    m_settle.setSingleShot(true);
+    m_settle.setInterval(200);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, &m_settle, qOverload<>(&QTimer::start));
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, &m_settle, qOverload<>(&QTimer::start));
+    connect(&m_settle, &QTimer::timeout, this, [this] { synchronize(); });
+}
+
+SyncFolderKeyValueStore::~SyncFolderKeyValueStore() = default;
+
+QString SyncFolderKeyValueStore::usableFolder(const QString& chosen, const QString& home, QString* problem)
+{
+    const auto fail = [problem](const QString& reason) {
+        if (problem)
+            *problem = reason;
+        return QString();
+    };
+    if (chosen.isEmpty())
+        return fail(QString());
+    const QString path = chosen.startsWith(QLatin1String("~/")) ? home + chosen.mid(1) : chosen;
+    const QFileInfo info(path);
+    if (!info.isAbsolute() || !info.isDir())
+        return fail(QStringLiteral("Corvella Sync: the synced folder %1 cannot be found").arg(path));
+    const QString folder = info.canonicalFilePath();
+    const QString root = QFileInfo(home).canonicalFilePath();
+    if (root.isEmpty() || !QString(folder + QLatin1Char('/')).startsWith(root + QLatin1Char('/')))
+        return fail(QStringLiteral("Corvella Sync: the synced folder %1 is outside the home folder; "
+                                   "Corvella writes nowhere else")
+                        .arg(path));
+    return folder;
+}
+
+QVariantMap SyncFolderKeyValueStore::dictionaryRepresentation() const
+{
+    QMutexLocker locker(&m_mutex);
+    QVariantMap values;
+    for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it)
+        values.insert(it.key(), it->value);
+    return values;
+}
+
+void SyncFolderKeyValueStore::setObject(const QVariant& value, const QString& forKey)
+{
+    const auto normal = PropertyList::normalized(value);
+    if (!normal)
+        return;
+    QMutexLocker locker(&m_mutex);
+    Entry& entry = m_entries[forKey];
+    if (entry.value == *normal && entry.value.typeId() == normal->typeId())
+        return; // every change of any setting pushes every shared key: only real changes get a new time
+    entry.value = *normal;
+    entry.modified = std::max(QDateTime::currentMSecsSinceEpoch(), entry.modified + 1);
+}
+
+bool SyncFolderKeyValueStore::synchronize()
+{
+    QString problem;
+    const QString folder =
+        usableFolder(m_defaults.stringForKey(SettingsKeys::syncFolder).value_or(QString()), m_home, &problem);
+    if (folder.isEmpty()) {
+        if (!problem.isEmpty())
+            logOnce(problem);
+        return false;
+    }
+    if (QThread::currentThread() == thread())
+        watch(folder);
+    else
+        QMetaObject::invokeMethod(this, [this, folder] { watch(folder); });
+
+    FolderLock lock(folder);
+    if (!lock.held()) {
+        logOnce(QStringLiteral("Corvella Sync: the synced folder %1 is locked or cannot be opened").arg(folder));
+        return false;
+    }
+    const QString path = folder + QLatin1Char('/') + kFileName;
+    const std::optional<Entries> stored = readEntries(path);
+    if (!stored && QFileInfo::exists(path))
+        logOnce(QStringLiteral("Corvella Sync: %1 is not a settings file; it will be replaced").arg(path));
+    Entries merged = stored.value_or(Entries());
+    QStringList copies;
+    for (const QString& name : QDir(folder).entryList(QDir::Files)) {
+        if (!isConflictCopy(name))
+            continue;
+        // A copy that does not read (still being written, or not ours) is left alone.
+        if (const auto entries = readEntries(folder + QLatin1Char('/') + name)) {
+            mergeInto(merged, *entries);
+            copies.append(folder + QLatin1Char('/') + name);
+        }
+    }
+
+    QMutexLocker locker(&m_mutex);
+    const Entries before = m_entries;
+    mergeInto(merged, m_entries);
+    if (!stored || merged != *stored) {
+        const QString error = AtomicFile::write(path, serialized(merged));
+        if (!error.isEmpty()) {
+            m_log.log(QStringLiteral("Corvella Sync: could not save %1: %2").arg(path, error));
+            return false;
+        }
+    }
+    for (const QString& copy : std::as_const(copies))
+        QFile::remove(copy); // merged into the file just written
+    m_entries = merged;
+    m_lastLogged.clear();
+    bool arrived = false;
+    for (auto it = merged.cbegin(); it != merged.cend() && !arrived; ++it)
+        arrived = !before.contains(it.key()) || !(before.value(it.key()) == *it);
+    locker.unlock();
+    if (arrived)
+        emit didChangeExternally();
+    return true;
+}
+
+void SyncFolderKeyValueStore::accountStatus(std::function<void(AccountStatus)> completion)
+{
+    const QString chosen = m_defaults.stringForKey(SettingsKeys::syncFolder).value_or(QString());
+    QString problem;
+    AccountStatus status = AccountStatus::Available;
+    if (usableFolder(chosen, m_home, &problem).isEmpty()) {
+        // A chosen folder that is missing may be a share not mounted yet; one outside the home never works.
+        const QString path = chosen.startsWith(QLatin1String("~/")) ? m_home + chosen.mid(1) : chosen;
+        status = !chosen.isEmpty() && QDir::isAbsolutePath(path) && !QFileInfo(path).isDir()
+                     ? AccountStatus::CouldNotDetermine
+                     : AccountStatus::NoAccount;
+        if (!problem.isEmpty())
+            logOnce(problem);
+    }
+    QMetaObject::invokeMethod(this, [completion, status] { completion(status); }, Qt::QueuedConnection);
+}
+
+std::optional<SyncFolderKeyValueStore::Entries> SyncFolderKeyValueStore::readEntries(const QString& path)
+{
+    const auto bytes = AtomicFile::read(path);
+    const auto root = bytes ? PropertyList::parse(*bytes) : std::nullopt;
+    if (!root || root->typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    const QVariantMap values = root->toMap().value(kValues).toMap();
+    const QVariantMap modified = root->toMap().value(kModified).toMap();
+    Entries entries;
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        entries.insert(it.key(), {it.value(), modified.value(it.key()).toLongLong()});
+    return entries;
+}
+
+QByteArray SyncFolderKeyValueStore::serialized(const Entries& entries)
+{
+    QVariantMap values, modified;
+    for (auto it = entries.cbegin(); it != entries.cend(); ++it) {
+        values.insert(it.key(), it->value);
+        modified.insert(it.key(), it->modified);
+    }
+    return PropertyList::toXml(QVariantMap{{kValues, values}, {kModified, modified}}).value_or(QByteArray());
+}
+
+// Newest value of each key wins; a tie goes the same way on every machine.
+void SyncFolderKeyValueStore::mergeInto(Entries& into, const Entries& from)
+{
+    for (auto it = from.cbegin(); it != from.cend(); ++it) {
+        const auto mine = into.constFind(it.key());
+        const bool newer =
+            mine == into.cend() || it->modified > mine->modified ||
+            (it->modified == mine->modified &&
+             PropertyList::toXml(it->value).value_or(QByteArray()) >
+                 PropertyList::toXml(mine->value).value_or(QByteArray()));
+        if (newer)
+            into.insert(it.key(), *it);
+    }
+}
+
+void SyncFolderKeyValueStore::watch(const QString& folder)
+{
+    if (!m_watcher.files().isEmpty())
+        m_watcher.removePaths(m_watcher.files());
+    if (m_watchedFolder != folder) {
+        if (!m_watchedFolder.isEmpty())
+            m_watcher.removePath(m_watchedFolder);
+        m_watchedFolder = folder;
+        m_watcher.addPath(folder);
+    }
+    // The folder sees a file replaced; the file itself sees a tool that writes in place.
+    const QString path = folder + QLatin1Char('/') + kFileName;
+    if (QFileInfo::exists(path))
+        m_watcher.addPath(path);
+}
+
+void SyncFolderKeyValueStore::logOnce(const QString& line)
+{
+    QMutexLocker locker(&m_mutex);
+    if (line == m_lastLogged)
+        return;
+    m_lastLogged = line;
+    locker.unlock();
+    m_log.log(line);
+}

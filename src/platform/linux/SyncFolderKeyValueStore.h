@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/CloudKeyValueStore.h"
+
+#include <QFileSystemWatcher>
+#include <QMap>
+#include <QMutex>
+#include <QTimer>
+
+class SystemLog;
+class UserDefaults;
+
+// The shared settings as one property list, "corvella-settings.plist", in a folder the user already syncs
+// between machines (Syncthing, Nextcloud, a network share), chosen under "syncFolder". No folder chosen
+// means no account. Each value carries the time it was set, and whoever reads the file merges by key,
+// newest first; so the copies a sync tool makes when two machines wrote at once are merged back and
+// removed, and two writers on one machine (serialised by a lock on the folder) lose nothing. The file is
+// watched; nothing polls. Only a folder inside the home folder is used: Corvella writes nowhere else.
+class SyncFolderKeyValueStore final : public CloudKeyValueStore
+{
+    Q_OBJECT
+public:
+    static inline const QString kFileName = QStringLiteral("corvella-settings.plist");
+
+    SyncFolderKeyValueStore(UserDefaults& defaults, SystemLog& log, const QString& home,
+                            QObject* parent = nullptr);
+    ~SyncFolderKeyValueStore() override;
+
+    QVariantMap dictionaryRepresentation() const override;
+    void setObject(const QVariant& value, const QString& forKey) override;
+    bool synchronize() override;
+    void accountStatus(std::function<void(AccountStatus)> completion) override;
+
+    // The chosen folder when it can hold the store: an existing folder inside the home folder. The reason
+    // it cannot, in `problem`.
+    static QString usableFolder(const QString& chosen, const QString& home, QString* problem = nullptr);
+
+private:
+    struct Entry
+    {
+        QVariant value;
+        qint64 modified = 0; // ms since the epoch
+        bool operator==(const Entry& other) const;
+    };
+    using Entries = QMap<QString, Entry>;
+
+    static std::optional<Entries> readEntries(const QString& path);
+    static QByteArray serialized(const Entries& entries);
+    static void mergeInto(Entries& into, const Entries& from);
+    void watch(const QString& folder);
+    void logOnce(const QString& line);
+
+    UserDefaults& m_defaults;
+    SystemLog& m_log;
+    QString m_home;
+    mutable QMutex m_mutex;
+    Entries m_entries;
+    QString m_watchedFolder;
+    QFileSystemWatcher m_watcher;
+    QTimer m_settle; // a sync tool writes in several steps: read once they are done
+    QString m_lastLogged;
+};
