@@ -4,18 +4,14 @@
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 
-const QStringList CloudSync::keys{SettingsKeys::showInMenu,
-                                  SettingsKeys::hideDock,
-                                  SettingsKeys::loginStart,
-                                  SettingsKeys::secureDeleteData,
-                                  SettingsKeys::hideOnLaunch,
-                                  SettingsKeys::settings,
-                                  SettingsKeys::displayNotifications,
-                                  SettingsKeys::scheduledCheckInterval,
-                                  SettingsKeys::automaticallyUpdate,
-                                  SettingsKeys::enableAutomaticChecks};
+const QStringList CloudSync::keys{SettingsKeys::showInMenu,           SettingsKeys::hideDock,
+                                  SettingsKeys::loginStart,           SettingsKeys::secureDeleteData,
+                                  SettingsKeys::hideOnLaunch,         SettingsKeys::settings,
+                                  SettingsKeys::displayNotifications, SettingsKeys::scheduledCheckInterval,
+                                  SettingsKeys::automaticallyUpdate,  SettingsKeys::enableAutomaticChecks};
 
-CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store) : m_defaults(defaults), m_store(store) {}
+CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store) : m_defaults(defaults), m_store(store)
+{}
 
 CloudSync::~CloudSync()
 {
@@ -45,8 +41,8 @@ void CloudSync::stop()
 
 void CloudSync::observeDefaults()
 {
-    m_toCloud = QObject::connect(&m_defaults, &UserDefaults::defaultsChanged, &m_store,
-                                 [this] { updateToiCloud(); });
+    m_toCloud =
+        QObject::connect(&m_defaults, &UserDefaults::defaultsChanged, &m_store, [this] { updateToiCloud(); });
 }
 
 void CloudSync::updateToiCloud()

@@ -11,7 +11,13 @@ class CloudKeyValueStore : public QObject
     Q_OBJECT
 public:
     // The values of the platform's cloud account status.
-    enum class AccountStatus { CouldNotDetermine = 0, Available = 1, Restricted = 2, NoAccount = 3 };
+    enum class AccountStatus
+    {
+        CouldNotDetermine = 0,
+        Available = 1,
+        Restricted = 2,
+        NoAccount = 3
+    };
 
     using QObject::QObject;
 

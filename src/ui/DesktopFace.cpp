@@ -6,9 +6,16 @@
 #include "ui/GeneralPopover.h"
 #include "ui/HoverButton.h"
 #include "ui/MainWindow.h"
+#include "ui/PreferencesPanes.h"
+#include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
 #include "ui/WarningController.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QMessageBox>
+#include <QPushButton>
 
 DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayAvailable, QObject* parent)
     : QObject(parent), m_delegate(delegate), m_icons(workspace), m_trayAvailable(trayAvailable),
@@ -52,6 +59,12 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
             m_browserPopover->hideBrowserPopover();
     });
     connect(m_generalPopover.get(), &GeneralPopover::quitRequested, this, &DesktopFace::quit);
+    connect(m_generalPopover.get(), &GeneralPopover::preferencesRequested, this, [this] {
+        m_generalPopover->close();
+        showPreferences();
+    });
+    connect(&window, &MainWindow::preferencesRequested, this, &DesktopFace::showPreferences);
+    connect(&delegate, &AppDelegate::iCloudAlertRequested, this, &DesktopFace::checkiCloudAlert);
 
     StatusItem& item = *m_statusItem;
     connect(&item, &StatusItem::toggleRunStatus, &delegate, &AppDelegate::toggleRunStatus);
@@ -60,12 +73,82 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
         m_mainWindow->openWindow();
         m_delegate.checkEnabledBrowsers();
     });
+    connect(&item, &StatusItem::openPreferences, this, &DesktopFace::showPreferences);
     connect(&item, &StatusItem::quitFromSysMenu, this, &DesktopFace::quitRequested);
 }
 
 DesktopFace::~DesktopFace()
 {
     delete m_warningController.data();
+    delete m_syncAlert.data();
+}
+
+PreferencesWindowController& DesktopFace::preferencesWindowController()
+{
+    if (!m_preferencesWindowController) {
+        UserDefaults& defaults = m_delegate.defaults();
+        m_preferencesWindowController = std::make_unique<PreferencesWindowController>(
+            defaults,
+            QList<PreferencesPane*>{nullptr,
+                                    new GeneralPreferencesViewController(
+                                        defaults, m_delegate.checkForUserDirectory(QStringLiteral("~"))),
+                                    new DisplayPreferencesViewController(defaults),
+                                    new UpdatePreferencesViewController(defaults),
+                                    new AboutPreferencesViewController, nullptr});
+        connect(this, &DesktopFace::changePrefsTab, m_preferencesWindowController.get(),
+                &PreferencesWindowController::changeTabs);
+    }
+    return *m_preferencesWindowController;
+}
+
+void DesktopFace::showPreferences()
+{
+    PreferencesWindowController& window = preferencesWindowController();
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+// Sync was switched on with nowhere to sync to: say what is needed, and offer to choose the folder.
+void DesktopFace::checkiCloudAlert()
+{
+    if (m_syncAlert)
+        return;
+    auto* alert = new QMessageBox;
+    m_syncAlert = alert;
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->setWindowTitle(tr("Corvella"));
+    alert->setIconPixmap(m_mainWindow->windowIcon().pixmap(64, 64));
+    alert->setText(tr("Please choose a synced folder"));
+    alert->setInformativeText(
+        tr("To share your settings across all your computers, choose a folder that you "
+           "already sync between them (with Syncthing, Nextcloud or a network share) in "
+           "Corvella's General preferences."));
+    alert->setCheckBox(new QCheckBox(tr("Do not show this message again"), alert));
+    QPushButton* choose = alert->addButton(tr("Choose Folder…"), QMessageBox::ActionRole);
+    alert->addButton(QMessageBox::Ok);
+    alert->setDefaultButton(QMessageBox::Ok);
+    alert->setWindowModality(Qt::ApplicationModal);
+    connect(alert, &QMessageBox::finished, this, [this, alert, choose] {
+        m_delegate.iCloudAlertClosed(alert->checkBox()->isChecked());
+        if (alert->clickedButton() != choose)
+            return;
+        showPreferences();
+        PreferencesWindowController& window = preferencesWindowController();
+        emit changePrefsTab({{QStringLiteral("tab"), GeneralPreferencesViewController::paneIdentifier()}});
+        if (auto* general = qobject_cast<GeneralPreferencesViewController*>(window.selectedViewController()))
+            QMetaObject::invokeMethod(general, &GeneralPreferencesViewController::chooseSyncFolder,
+                                      Qt::QueuedConnection);
+    });
+    QApplication::setActiveWindow(alert);
+    alert->show();
+    alert->raise();
+    alert->activateWindow();
+}
+
+QMessageBox* DesktopFace::syncAlert() const
+{
+    return m_syncAlert.data();
 }
 
 void DesktopFace::openFileWarningView()

@@ -11,6 +11,8 @@ class AppDelegate;
 class BrowserPopover;
 class GeneralPopover;
 class MainWindow;
+class PreferencesWindowController;
+class QMessageBox;
 class StatusItem;
 class WarningController;
 class Workspace;
@@ -32,14 +34,22 @@ public:
     StatusItem& statusItem() { return *m_statusItem; }
     // The file-access warning while it is open; none once closed.
     WarningController* warningController() const;
+    // Made on first use and kept.
+    PreferencesWindowController& preferencesWindowController();
+    void showPreferences();
+    // The alert that settings sync needs a synced folder, while it is open.
+    QMessageBox* syncAlert() const;
 
 signals:
     void quitRequested();
+    // Shows the preferences pane named under "tab".
+    void changePrefsTab(const QVariantMap& userInfo);
 
 private:
     void showMenuBarItem(bool show);
     void quit();
     void openFileWarningView();
+    void checkiCloudAlert();
 
     AppDelegate& m_delegate;
     IconTransformer m_icons;
@@ -50,4 +60,6 @@ private:
     std::unique_ptr<GeneralPopover> m_generalPopover;
     std::unique_ptr<StatusItem> m_statusItem;
     QPointer<WarningController> m_warningController;
+    std::unique_ptr<PreferencesWindowController> m_preferencesWindowController;
+    QPointer<QMessageBox> m_syncAlert;
 };

@@ -6,7 +6,8 @@
 #include <QVBoxLayout>
 
 GeneralPopover::GeneralPopover(QWidget* parent)
-    : PopoverWindow(Qt::Tool, parent), m_quitButton(new FlatButton(tr("Quit Corvella"), this))
+    : PopoverWindow(Qt::Tool, parent), m_preferencesButton(new FlatButton(tr("Preferences…"), this)),
+      m_quitButton(new FlatButton(tr("Quit Corvella"), this))
 {
     setAccessibleName(tr("About Corvella"));
     setFixedWidth(280);
@@ -18,8 +19,11 @@ GeneralPopover::GeneralPopover(QWidget* parent)
                             this);
     text->setWordWrap(true);
     layout->addWidget(text);
-    m_quitButton->setMinimumHeight(28);
-    layout->addWidget(m_quitButton);
+    for (FlatButton* button : {m_preferencesButton, m_quitButton}) {
+        button->setMinimumHeight(28);
+        layout->addWidget(button);
+    }
+    connect(m_preferencesButton, &FlatButton::clicked, this, &GeneralPopover::preferencesRequested);
     connect(m_quitButton, &FlatButton::clicked, this, &GeneralPopover::quitRequested);
 }
 
@@ -37,5 +41,5 @@ void GeneralPopover::togglePopover(QWidget* anchor)
     show();
     raise();
     activateWindow();
-    m_quitButton->setFocus(Qt::PopupFocusReason);
+    m_preferencesButton->setFocus(Qt::PopupFocusReason);
 }

@@ -14,11 +14,13 @@ public:
     // Shown beside the anchor, or closed when it is open.
     void togglePopover(QWidget* anchor);
     FlatButton* quitButton() const { return m_quitButton; }
+    FlatButton* preferencesButton() const { return m_preferencesButton; }
 
 signals:
     void quitRequested();
+    void preferencesRequested();
 
-protected:
 private:
+    FlatButton* m_preferencesButton;
     FlatButton* m_quitButton;
 };

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
@@ -56,6 +57,8 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     layout->addWidget(m_collectionView);
 
     setTabOrder(m_enabledButton, m_collectionView);
+    auto* preferences = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), this);
+    connect(preferences, &QShortcut::activated, this, &MainWindow::preferencesRequested);
 }
 
 void MainWindow::updateInfoLabel(bool isRunning)

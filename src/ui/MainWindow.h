@@ -30,6 +30,7 @@ public:
 signals:
     // A press anywhere in the window but on a tile: an open browser popover closes.
     void pressedOutsideTiles();
+    void preferencesRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -14,6 +14,7 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent), m_runStateItem(m_sysM
             emit openAndCheckBrowsers();
     });
     m_sysMenuBar.addAction(tr("Open Corvella"), this, &StatusItem::openWindow);
+    m_sysMenuBar.addAction(tr("Preferences…"), this, &StatusItem::openPreferences);
     m_sysMenuBar.addSeparator();
     m_sysMenuBar.addAction(tr("Quit Corvella"), this, &StatusItem::quitFromSysMenu);
 }

@@ -30,6 +30,7 @@ signals:
     void toggleRunStatus();
     void openAndCheckBrowsers();
     void openWindow();
+    void openPreferences();
     void quitFromSysMenu();
 
 private:

@@ -17,7 +17,8 @@ namespace {
 // One machine: its own settings, its store in the shared folder, and the mirror between them.
 struct Machine
 {
-    Machine(const QString& home, const QString& folder) : store(t.defaults, t.log, home), sync(t.defaults, store)
+    Machine(const QString& home, const QString& folder)
+        : store(t.defaults, t.log, home), sync(t.defaults, store)
     {
         AppDelegate::initialize(t.defaults);
         t.defaults.setObject(folder, SettingsKeys::syncFolder);
@@ -103,12 +104,14 @@ void TestCloudSync::copiesLeftBySyncToolsAreMergedBack_data()
     QTest::addColumn<bool>("merged");
     const QByteArray newer = *PropertyList::toXml(QVariantMap{
         {u"values"_s, QVariantMap{{SettingsKeys::hideOnLaunch, true}}},
-        {u"modified"_s, QVariantMap{{SettingsKeys::hideOnLaunch, QDateTime::currentMSecsSinceEpoch() + 60000}}}});
+        {u"modified"_s,
+         QVariantMap{{SettingsKeys::hideOnLaunch, QDateTime::currentMSecsSinceEpoch() + 60000}}}});
     QTest::newRow("Syncthing") << u"corvella-settings.sync-conflict-20261122-101010-ABCDEFG.plist"_s << newer
                                << true;
     QTest::newRow("Nextcloud") << u"corvella-settings (conflicted copy 2026-11-22 101010).plist"_s << newer
                                << true;
-    QTest::newRow("half-synced copy") << u"corvella-settings.sync-conflict-1.plist"_s << newer.left(40) << false;
+    QTest::newRow("half-synced copy")
+        << u"corvella-settings.sync-conflict-1.plist"_s << newer.left(40) << false;
     QTest::newRow("the file itself broken") << u"corvella-settings.plist"_s << QByteArray("<?xml ") << false;
 }
 

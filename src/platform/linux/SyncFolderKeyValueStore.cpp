@@ -143,7 +143,8 @@ bool SyncFolderKeyValueStore::synchronize()
 
     FolderLock lock(folder);
     if (!lock.held()) {
-        logOnce(QStringLiteral("Corvella Sync: the synced folder %1 is locked or cannot be opened").arg(folder));
+        logOnce(
+            QStringLiteral("Corvella Sync: the synced folder %1 is locked or cannot be opened").arg(folder));
         return false;
     }
     const QString path = folder + QLatin1Char('/') + kFileName;
@@ -199,7 +200,8 @@ void SyncFolderKeyValueStore::accountStatus(std::function<void(AccountStatus)> c
         if (!problem.isEmpty())
             logOnce(problem);
     }
-    QMetaObject::invokeMethod(this, [completion, status] { completion(status); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [completion, status] { completion(status); }, Qt::QueuedConnection);
 }
 
 std::optional<SyncFolderKeyValueStore::Entries> SyncFolderKeyValueStore::readEntries(const QString& path)
@@ -233,9 +235,8 @@ void SyncFolderKeyValueStore::mergeInto(Entries& into, const Entries& from)
         const auto mine = into.constFind(it.key());
         const bool newer =
             mine == into.cend() || it->modified > mine->modified ||
-            (it->modified == mine->modified &&
-             PropertyList::toXml(it->value).value_or(QByteArray()) >
-                 PropertyList::toXml(mine->value).value_or(QByteArray()));
+            (it->modified == mine->modified && PropertyList::toXml(it->value).value_or(QByteArray()) >
+                                                   PropertyList::toXml(mine->value).value_or(QByteArray()));
         if (newer)
             into.insert(it.key(), *it);
     }

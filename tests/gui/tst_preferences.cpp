@@ -1,0 +1,331 @@
+#include "platform/SettingsKeys.h"
+#include "support/TestAgent.h"
+#include "support/TestHome.h"
+#include "ui/DesktopFace.h"
+#include "ui/FlatButton.h"
+#include "ui/GeneralPopover.h"
+#include "ui/PreferencesPanes.h"
+#include "ui/PreferencesWindowController.h"
+#include "ui/StatusItem.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolBar>
+#include <QTranslator>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kGeneral = u"GeneralPreferences_en"_s, kDisplay = u"DisplayPreferences_en"_s,
+              kUpdates = u"UpdatePreferences_en"_s, kAbout = u"AboutPreferences_en"_s;
+
+// The agent's face with its shipped defaults, in a temporary home.
+struct Face
+{
+    explicit Face(const QVariantMap& stored = {})
+    {
+        AppDelegate::initialize(home.t.defaults);
+        home.t.defaults.setObject(home.path(), SettingsKeys::userFolder);
+        home.t.defaults.setObjects(stored);
+    }
+    PreferencesWindowController& window()
+    {
+        PreferencesWindowController& window = face.preferencesWindowController();
+        if (!window.isVisible()) {
+            face.showPreferences();
+            [&] { QVERIFY(QTest::qWaitForWindowExposed(&window)); }();
+        }
+        return window;
+    }
+    QString shown() { return window().selectedViewController()->identifier(); }
+    template <typename Control> Control* control(const QString& pane, const QString& name)
+    {
+        window().selectControllerWithIdentifier(pane);
+        for (Control* candidate : window().selectedViewController()->findChildren<Control*>()) {
+            if (candidate->accessibleName() == name)
+                return candidate;
+        }
+        return nullptr;
+    }
+
+    TestHome home;
+    TestAgent agent{home.t};
+    DesktopFace face{agent.app, agent.workspace, true};
+};
+
+// Gives "PrefWindowPaddingSize" the translation a language with longer words would.
+class PaddingTranslator : public QTranslator
+{
+public:
+    explicit PaddingTranslator(const QString& padding) : m_padding(padding) {}
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* source, const char*, int) const override
+    {
+        return qstrcmp(source, "PrefWindowPaddingSize") == 0 ? m_padding : QString();
+    }
+
+private:
+    QString m_padding;
+};
+
+} // namespace
+
+class TestPreferences : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theStoredPaneIsShownOrTheFirstRealOne_data();
+    void theStoredPaneIsShownOrTheFirstRealOne();
+    void nextAndPreviousGoRoundSkippingSpaces_data();
+    void nextAndPreviousGoRoundSkippingSpaces();
+    void onlyAKnownPaneIsShownOnRequest_data();
+    void onlyAKnownPaneIsShownOnRequest();
+    void everyPaneIsAsWideAsThePaddingSays_data();
+    void everyPaneIsAsWideAsThePaddingSays();
+    void onlyAGrowingPaneKeepsItsResizedHeight();
+    void aFolderThatCannotBeUsedKeepsThePaneUp_data();
+    void aFolderThatCannotBeUsedKeepsThePaneUp();
+    void controlsAndSettingsFollowEachOther_data();
+    void controlsAndSettingsFollowEachOther();
+    void theUpdateChoicesMirrorTheirKeys();
+    void theMenuThePopoverAndTheSyncAlertLeadHere();
+};
+
+void TestPreferences::theStoredPaneIsShownOrTheFirstRealOne_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("none stored") << QVariant() << kGeneral;
+    QTest::newRow("Display stored") << QVariant(kDisplay) << kDisplay;
+    QTest::newRow("a pane no longer there") << QVariant(u"AdvancedPreferences_en"_s) << kGeneral;
+}
+
+void TestPreferences::theStoredPaneIsShownOrTheFirstRealOne()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(QString, shown);
+    Face f(stored.isValid() ? QVariantMap{{PreferencesWindowController::kSelectedIdentifierKey, stored}}
+                            : QVariantMap());
+    QCOMPARE(f.window().toolbarItemIdentifiers(),
+             QStringList({u"NSToolbarFlexibleSpaceItem"_s, kGeneral, kDisplay, kUpdates, kAbout,
+                          u"NSToolbarFlexibleSpaceItem"_s}));
+    QCOMPARE(f.shown(), shown);
+    QCOMPARE(f.window().windowTitle(), f.window().selectedViewController()->toolbarItemLabel());
+    QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), shown);
+}
+
+void TestPreferences::nextAndPreviousGoRoundSkippingSpaces_data()
+{
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<int>("key"); // with Ctrl (and Shift for going back)
+    QTest::addColumn<QString>("to");
+    QTest::newRow("next from About") << kAbout << int(Qt::Key_Tab) << kGeneral;
+    QTest::newRow("previous from General") << kGeneral << int(Qt::Key_Backtab) << kAbout;
+    QTest::newRow("next from Display") << kDisplay << int(Qt::Key_PageDown) << kUpdates;
+    QTest::newRow("previous from Updates") << kUpdates << int(Qt::Key_PageUp) << kDisplay;
+}
+
+void TestPreferences::nextAndPreviousGoRoundSkippingSpaces()
+{
+    QFETCH(QString, from);
+    QFETCH(int, key);
+    QFETCH(QString, to);
+    Face f({{PreferencesWindowController::kSelectedIdentifierKey, from}});
+    QSignalSpy changed(&f.window(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
+    const auto modifiers = key == Qt::Key_Backtab ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;
+    QTest::keyClick(&f.window(), Qt::Key(key), modifiers);
+    QCOMPARE(f.shown(), to);
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), to);
+}
+
+void TestPreferences::onlyAKnownPaneIsShownOnRequest_data()
+{
+    QTest::addColumn<QVariantMap>("userInfo");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("About") << QVariantMap{{u"tab"_s, kAbout}} << kAbout;
+    QTest::newRow("unknown pane") << QVariantMap{{u"tab"_s, u"Privacy"_s}} << kGeneral;
+    QTest::newRow("a flexible space") << QVariantMap{{u"tab"_s, u"NSToolbarFlexibleSpaceItem"_s}} << kGeneral;
+    QTest::newRow("no tab") << QVariantMap{{u"pane"_s, kAbout}} << kGeneral;
+}
+
+void TestPreferences::onlyAKnownPaneIsShownOnRequest()
+{
+    QFETCH(QVariantMap, userInfo);
+    QFETCH(QString, shown);
+    Face f;
+    QSignalSpy changed(&f.window(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
+    emit f.face.changePrefsTab(userInfo);
+    QCOMPARE(f.shown(), shown);
+    QCOMPARE(changed.size(), shown == kGeneral ? 0 : 1);
+}
+
+void TestPreferences::everyPaneIsAsWideAsThePaddingSays_data()
+{
+    QTest::addColumn<QString>("padding");
+    QTest::addColumn<int>("width");
+    QTest::newRow("untranslated") << QString() << 470;
+    QTest::newRow("30") << u"30"_s << 500;
+    QTest::newRow("not a number") << u"wide"_s << 470;
+}
+
+void TestPreferences::everyPaneIsAsWideAsThePaddingSays()
+{
+    QFETCH(QString, padding);
+    QFETCH(int, width);
+    PaddingTranslator translator(padding);
+    if (!padding.isEmpty())
+        QCoreApplication::installTranslator(&translator);
+    Face f;
+    for (const QString& pane : {kGeneral, kDisplay, kUpdates, kAbout}) {
+        f.window().selectControllerWithIdentifier(pane);
+        QTRY_COMPARE(f.window().selectedViewController()->width(), width);
+        QCOMPARE(f.window().maximumWidth(), width);
+    }
+    QCoreApplication::removeTranslator(&translator);
+}
+
+void TestPreferences::onlyAGrowingPaneKeepsItsResizedHeight()
+{
+    Face f({{PreferencesWindowController::frameKey(kAbout), u"{{0, 0}, {470, 640}}"_s},
+            {PreferencesWindowController::frameKey(kDisplay), u"{{0, 0}, {470, 640}}"_s}});
+    f.window().selectControllerWithIdentifier(kAbout);
+    QTRY_COMPARE(f.window().selectedViewController()->height(), 640);
+    f.window().selectControllerWithIdentifier(kDisplay);
+    const int natural = f.window().selectedViewController()->sizeHint().height();
+    QTRY_VERIFY(f.window().selectedViewController()->height() < 640);
+    QVERIFY(std::abs(f.window().selectedViewController()->height() - natural) < 40);
+    QCOMPARE(f.window().maximumHeight(), f.window().height()); // a fixed pane cannot be stretched
+
+    // Resizing the growing pane is remembered.
+    f.window().selectControllerWithIdentifier(kAbout);
+    f.window().resize(f.window().width(), f.window().height() + 50);
+    QTRY_COMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::frameKey(kAbout)),
+                 u"{{0, 0}, {470, 690}}"_s);
+}
+
+void TestPreferences::aFolderThatCannotBeUsedKeepsThePaneUp_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("no such folder") << u"HOME/Nowhere"_s << false;
+    QTest::newRow("outside the home") << u"/tmp"_s << false;
+    QTest::newRow("a folder in the home") << u"HOME/Sync"_s << true;
+    QTest::newRow("with a tilde") << u"~/Sync"_s << true;
+}
+
+// Changing pane and closing the window both wait for the typed folder to be saved.
+void TestPreferences::aFolderThatCannotBeUsedKeepsThePaneUp()
+{
+    QFETCH(QString, typed);
+    QFETCH(bool, taken);
+    Face f;
+    f.home.folder(u"Sync"_s);
+    auto& general = *qobject_cast<GeneralPreferencesViewController*>(f.window().selectedViewController());
+    general.syncFolderField()->setText(typed.replace(u"HOME"_s, f.home.path()));
+    f.window().toolbar()->actions().at(2)->trigger(); // Display
+    QCOMPARE(f.shown(), taken ? kDisplay : kGeneral);
+    QCOMPARE(f.window().toolbar()->actions().at(1)->isChecked(), !taken);
+    QCOMPARE(general.syncFolderProblem()->isVisible(), !taken);
+    QCOMPARE(f.home.t.defaults.stringForKey(SettingsKeys::syncFolder).has_value(), taken);
+    if (taken)
+        QCOMPARE(*f.home.t.defaults.stringForKey(SettingsKeys::syncFolder),
+                 QFileInfo(f.home.path(u"Sync"_s)).canonicalFilePath());
+    QCOMPARE(f.window().close(), taken);
+}
+
+void TestPreferences::controlsAndSettingsFollowEachOther_data()
+{
+    QTest::addColumn<QString>("pane");
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<QString>("key");
+    QTest::newRow("start at login") << kGeneral << u"Start Corvella when you log in"_s << SettingsKeys::loginStart;
+    QTest::newRow("notifications") << kGeneral << u"Show a notification after removing data"_s
+                                   << SettingsKeys::displayNotifications;
+    QTest::newRow("secure delete") << kGeneral << u"Overwrite files before removing them"_s
+                                   << SettingsKeys::secureDeleteData;
+    QTest::newRow("current layouts") << kGeneral << u"Also remove data where today's browsers keep it"_s
+                                     << SettingsKeys::cleanCurrentLayouts;
+    QTest::newRow("sync") << kGeneral << u"Share these settings with your other computers"_s
+                          << SettingsKeys::iCloudSync;
+    QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
+    QTest::newRow("automatic checks") << kUpdates << u"Check for updates automatically"_s
+                                      << SettingsKeys::enableAutomaticChecks;
+    QTest::newRow("automatic install") << kUpdates << u"Install updates automatically"_s
+                                       << SettingsKeys::automaticallyUpdate;
+}
+
+void TestPreferences::controlsAndSettingsFollowEachOther()
+{
+    QFETCH(QString, pane);
+    QFETCH(QString, control);
+    QFETCH(QString, key);
+    Face f;
+    QCheckBox* box = f.control<QCheckBox>(pane, control);
+    QVERIFY(box);
+    const bool before = f.home.t.defaults.boolForKey(key);
+    QCOMPARE(box->isChecked(), before);
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_Space);
+    QCOMPARE(f.home.t.defaults.boolForKey(key), !before);
+    f.home.t.defaults.setBool(before, key); // as another machine, or an edit on disk, does
+    QCOMPARE(box->isChecked(), before);
+
+    f.home.t.backend->failWrites = true; // a full disk: the box shows what is stored
+    QTest::keyClick(box, Qt::Key_Space);
+    QCOMPARE(box->isChecked(), before);
+}
+
+void TestPreferences::theUpdateChoicesMirrorTheirKeys()
+{
+    Face f;
+    auto* updates = qobject_cast<UpdatePreferencesViewController*>(
+        (f.window().selectControllerWithIdentifier(kUpdates), f.window().selectedViewController()));
+    QCOMPARE(updates->checkScheduleButton()->currentData().toInt(), 86400);
+    f.home.t.defaults.setObject(604800, SettingsKeys::scheduledCheckInterval);
+    QCOMPARE(updates->checkScheduleButton()->currentText(), u"Weekly"_s);
+
+    // Let go as it always was: the automatic-check switch goes on following its key, the others stop.
+    updates->stopObserving();
+    f.home.t.defaults.setBool(false, SettingsKeys::enableAutomaticChecks);
+    f.home.t.defaults.setBool(true, SettingsKeys::automaticallyUpdate);
+    f.home.t.defaults.setObject(86400, SettingsKeys::scheduledCheckInterval);
+    QVERIFY(!updates->checkForUpdatesButton()->isChecked());
+    QVERIFY(!updates->autoInstallButton()->isChecked());
+    QCOMPARE(updates->checkScheduleButton()->currentText(), u"Weekly"_s);
+}
+
+void TestPreferences::theMenuThePopoverAndTheSyncAlertLeadHere()
+{
+    Face f({{SettingsKeys::iCloudSync, true}, {SettingsKeys::firstRun, false}});
+    f.face.statusItem().menu()->actions().at(2)->trigger();
+    QCOMPARE(f.face.statusItem().menu()->actions().at(2)->text(), u"Preferences…"_s);
+    QTRY_VERIFY(f.face.preferencesWindowController().isVisible());
+    f.face.preferencesWindowController().close();
+    f.face.generalPopover().togglePopover(nullptr);
+    QTest::keyClick(f.face.generalPopover().preferencesButton(), Qt::Key_Space);
+    QTRY_VERIFY(f.face.preferencesWindowController().isVisible());
+    QVERIFY(!f.face.generalPopover().isVisible());
+
+    // Sync on with no synced folder: switched off, and the alert says what to do.
+    f.agent.cloudStore.status = CloudKeyValueStore::AccountStatus::NoAccount;
+    f.agent.app.applicationWillFinishLaunching();
+    f.agent.app.applicationDidFinishLaunching();
+    QTRY_VERIFY(f.face.syncAlert());
+    QVERIFY(!f.home.t.defaults.boolForKey(SettingsKeys::iCloudSync));
+    f.face.syncAlert()->checkBox()->setChecked(true);
+    f.face.syncAlert()->button(QMessageBox::Ok)->click();
+    QTRY_VERIFY(!f.face.syncAlert());
+    QVERIFY(f.home.t.defaults.boolForKey(SettingsKeys::hideiCloudAlert));
+}
+
+QTEST_MAIN(TestPreferences)
+#include "tst_preferences.moc"
