@@ -118,7 +118,8 @@ void DesktopFace::checkiCloudAlert()
     m_syncAlert = alert;
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowTitle(tr("Corvella"));
-    alert->setIconPixmap(m_mainWindow->windowIcon().pixmap(64, 64));
+    alert->setIconPixmap(
+        StatusItem::image(false, alert->palette().color(QPalette::WindowText)).pixmap(64, 64));
     alert->setText(tr("Please choose a synced folder"));
     alert->setInformativeText(
         tr("To share your settings across all your computers, choose a folder that you "

@@ -26,7 +26,13 @@ QLabel* note(const QString& text, QWidget* parent)
 {
     auto* label = new QLabel(text, parent);
     label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
+    // Between the text and the background, in any theme.
+    QPalette quiet = label->palette();
+    const QColor ink = quiet.color(QPalette::WindowText), paper = quiet.color(QPalette::Window);
+    quiet.setColor(QPalette::WindowText, QColor::fromRgbF(0.65 * ink.redF() + 0.35 * paper.redF(),
+                                                          0.65 * ink.greenF() + 0.35 * paper.greenF(),
+                                                          0.65 * ink.blueF() + 0.35 * paper.blueF()));
+    label->setPalette(quiet);
     label->setContentsMargins(24, 0, 0, 4);
     return label;
 }
@@ -76,8 +82,8 @@ void bindCheckBox(QAbstractButton* box, UserDefaults& defaults, const QString& k
 
 // General ----------------------------------------------------------------------------------------------
 
-GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults& defaults, const QString& home,
-                                                                   QWidget* parent)
+GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults& defaults,
+                                                                   const QString& home, QWidget* parent)
     : PreferencesPane(parent), m_defaults(defaults), m_home(home), m_syncFolderField(new QLineEdit(this)),
       m_chooseButton(new QPushButton(tr("Choose…"), this)), m_syncFolderProblem(new QLabel(this))
 {
@@ -97,8 +103,8 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults&
     layout->addWidget(note(tr("Newer Chromium and Firefox versions keep sessions, site storage and caches in "
                               "places older browsers did not. Bookmarks, passwords and extensions stay."),
                            this));
-    layout->addWidget(boundBox(tr("Overwrite files before removing them"), defaults,
-                               SettingsKeys::secureDeleteData, this));
+    layout->addWidget(
+        boundBox(tr("Overwrite files before removing them"), defaults, SettingsKeys::secureDeleteData, this));
     layout->addWidget(note(tr("Slower. On SSDs and on copy-on-write file systems (Btrfs, ZFS) the old data "
                               "stays in blocks no program can reach, so overwriting cannot erase it there; "
                               "full-disk encryption protects it."),
@@ -110,7 +116,7 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults&
     layout->addWidget(sync);
     auto* folderRow = new QHBoxLayout;
     folderRow->setContentsMargins(24, 0, 0, 0);
-    m_syncFolderField->setPlaceholderText(tr("A folder you sync, e.g. with Syncthing or Nextcloud"));
+    m_syncFolderField->setPlaceholderText(tr("e.g. ~/Sync or ~/Nextcloud"));
     m_syncFolderField->setAccessibleName(tr("Synced folder"));
     m_syncFolderField->setClearButtonEnabled(true);
     m_chooseButton->setAccessibleName(tr("Choose the synced folder"));
@@ -131,7 +137,8 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults&
     layout->addStretch();
 
     showStoredFolder();
-    connect(m_syncFolderField, &QLineEdit::editingFinished, this, &GeneralPreferencesViewController::commitEditing);
+    connect(m_syncFolderField, &QLineEdit::editingFinished, this,
+            &GeneralPreferencesViewController::commitEditing);
     connect(m_chooseButton, &QPushButton::clicked, this, &GeneralPreferencesViewController::chooseSyncFolder);
     connect(&defaults, &UserDefaults::valueChanged, this, [this](const QString& key) {
         if (key == SettingsKeys::syncFolder)
@@ -147,7 +154,8 @@ QString GeneralPreferencesViewController::paneIdentifier()
 
 QIcon GeneralPreferencesViewController::toolbarItemImage() const
 {
-    return QIcon::fromTheme(QStringLiteral("preferences-system"), QIcon(QStringLiteral(":/icons/general.svg")));
+    return QIcon::fromTheme(QStringLiteral("preferences-system"),
+                            QIcon(QStringLiteral(":/icons/general.svg")));
 }
 
 QString GeneralPreferencesViewController::toolbarItemLabel() const
@@ -209,12 +217,14 @@ DisplayPreferencesViewController::DisplayPreferencesViewController(UserDefaults&
 {
     auto* layout = paneLayout(this);
     auto* tray = boundBox(tr("Show Corvella in the tray"), defaults, SettingsKeys::showInMenu, this);
-    auto* taskBar = boundBox(tr("Keep the window out of the task bar"), defaults, SettingsKeys::hideDock, this);
+    auto* taskBar =
+        boundBox(tr("Keep the window out of the task bar"), defaults, SettingsKeys::hideDock, this);
     taskBar->setContentsMargins(24, 0, 0, 0);
     enableWhileChecked(taskBar, tray); // without the tray item the task bar is the way back to Corvella
     layout->addWidget(tray);
     layout->addWidget(taskBar);
-    layout->addWidget(note(tr("Corvella goes on protecting your browsers while its window is closed."), this));
+    layout->addWidget(
+        note(tr("Corvella goes on protecting your browsers while its window is closed."), this));
     layout->addStretch();
 }
 
@@ -237,9 +247,9 @@ QString DisplayPreferencesViewController::toolbarItemLabel() const
 // Updates ----------------------------------------------------------------------------------------------
 
 UpdatePreferencesViewController::UpdatePreferencesViewController(UserDefaults& defaults, QWidget* parent)
-    : PreferencesPane(parent), m_defaults(defaults),
-      m_observed{SettingsKeys::scheduledCheckInterval, SettingsKeys::automaticallyUpdate,
-                 SettingsKeys::enableAutomaticChecks},
+    : PreferencesPane(parent), m_defaults(defaults), m_observed{SettingsKeys::scheduledCheckInterval,
+                                                                SettingsKeys::automaticallyUpdate,
+                                                                SettingsKeys::enableAutomaticChecks},
       m_checkForUpdatesButton(new QCheckBox(tr("Check for updates automatically"), this)),
       m_checkScheduleButton(new QComboBox(this)),
       m_autoInstallButton(new QCheckBox(tr("Install updates automatically"), this))
@@ -317,7 +327,8 @@ QString UpdatePreferencesViewController::identifier() const
 
 QIcon UpdatePreferencesViewController::toolbarItemImage() const
 {
-    return QIcon::fromTheme(QStringLiteral("system-software-update"), QIcon(QStringLiteral(":/icons/update.svg")));
+    return QIcon::fromTheme(QStringLiteral("system-software-update"),
+                            QIcon(QStringLiteral(":/icons/update.svg")));
 }
 
 QString UpdatePreferencesViewController::toolbarItemLabel() const

@@ -26,7 +26,11 @@ QString pointString(const QPoint& point)
 
 QString rectString(const QRect& rect)
 {
-    return QStringLiteral("{{%1, %2}, {%3, %4}}").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
+    return QStringLiteral("{{%1, %2}, {%3, %4}}")
+        .arg(rect.x())
+        .arg(rect.y())
+        .arg(rect.width())
+        .arg(rect.height());
 }
 
 QList<int> numbersIn(const QString& text)
@@ -120,7 +124,8 @@ void PreferencesWindowController::insertToolbarItem(PreferencesPane* viewControl
     }
     viewController->setParent(this);
     viewController->hide();
-    QAction* item = m_toolbar->addAction(viewController->toolbarItemImage(), viewController->toolbarItemLabel());
+    QAction* item =
+        m_toolbar->addAction(viewController->toolbarItemImage(), viewController->toolbarItemLabel());
     item->setCheckable(true);
     item->setData(viewController->identifier());
     m_toolbarItems->addAction(item);
@@ -202,14 +207,15 @@ void PreferencesWindowController::setSelectedViewController(PreferencesPane* vie
     if (!m_minimumViewRects.contains(identifier)) {
         const int naturalHeight = viewController->hasHeightForWidth() ? viewController->heightForWidth(width)
                                                                       : viewController->sizeHint().height();
-        m_minimumViewRects.insert(identifier,
-                                  QRect(0, 0, std::min(width, viewController->sizeHint().width()), naturalHeight));
+        m_minimumViewRects.insert(
+            identifier, QRect(0, 0, std::min(width, viewController->sizeHint().width()), naturalHeight));
     }
     const QRect natural = m_minimumViewRects.value(identifier);
     const bool resizable = viewController->hasResizableHeight().value_or(
         bool(viewController->sizePolicy().verticalPolicy() & QSizePolicy::ExpandFlag));
     const QList<int> stored = numbersIn(m_defaults.stringForKey(frameKey(identifier)).value_or(QString()));
-    const int height = resizable && stored.size() == 4 ? std::max(natural.height(), stored[3]) : natural.height();
+    const int height =
+        resizable && stored.size() == 4 ? std::max(natural.height(), stored[3]) : natural.height();
 
     // The window keeps its top edge; its size bounds follow the pane.
     const int chrome = m_toolbar->sizeHint().height();
@@ -265,7 +271,8 @@ void PreferencesWindowController::goToNeighbour(int step)
 
 void PreferencesWindowController::changeTabs(const QVariantMap& userInfo)
 {
-    if (PreferencesPane* viewController = viewControllerForIdentifier(userInfo.value(QStringLiteral("tab")).toString()))
+    if (PreferencesPane* viewController =
+            viewControllerForIdentifier(userInfo.value(QStringLiteral("tab")).toString()))
         setSelectedViewController(viewController);
 }
 

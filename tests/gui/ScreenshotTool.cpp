@@ -1,7 +1,8 @@
 // Renders every screen of the desktop face, in a light and a dark theme, into PNG files for review
 // and for the README: the main window, the browser popover in each of its states, the info popover,
-// the tray menu, the permission panel and the file-access warning. Runs over the same fakes as the GUI tests,
-// so no real settings are touched. Usage: corvella-screenshots OUTPUT_FOLDER (under Xvfb, or offscreen)
+// the tray menu, the permission panel, the file-access warning, each preferences pane and the sync alert.
+// Runs over the same fakes as the GUI tests, so no real settings are touched. Usage: corvella-screenshots
+// OUTPUT_FOLDER (under Xvfb, or offscreen)
 #include "platform/SettingsKeys.h"
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "support/TestAgent.h"
@@ -12,12 +13,15 @@
 #include "ui/FileDialogOpenPanel.h"
 #include "ui/GeneralPopover.h"
 #include "ui/MainWindow.h"
+#include "ui/PreferencesPane.h"
+#include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
 #include "ui/WarningController.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPainter>
 #include <QStyle>
 #include <QStyleFactory>
@@ -100,6 +104,8 @@ int main(int argc, char* argv[])
         const auto file = [&](const QString& name) { return out.filePath(name + u'-' + theme + u".png"_s); };
 
         TestHome home;
+        AppDelegate::initialize(home.t.defaults); // the shipped defaults, as the preferences show them
+        home.t.defaults.setObject(home.path(), SettingsKeys::userFolder);
         home.t.defaults.setBool(false, SettingsKeys::firstRun);
         home.t.defaults.setBool(true, SettingsKeys::showInMenu);
         home.t.defaults.setObject(QVariantList{u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s},
@@ -159,6 +165,25 @@ int main(int argc, char* argv[])
         if (WarningController* warning = face.warningController()) {
             ok &= save(warning, file(u"file-access-warning"_s));
             warning->close();
+        }
+
+        PreferencesWindowController& preferences = face.preferencesWindowController();
+        face.showPreferences();
+        for (const QString& pane : preferences.toolbarItemIdentifiers()) {
+            if (PreferencesPane* viewController = preferences.viewControllerForIdentifier(pane)) {
+                preferences.setSelectedViewController(viewController);
+                ok &= save(&preferences,
+                           file(u"preferences-"_s + viewController->toolbarItemLabel().toLower()));
+            }
+        }
+        preferences.close();
+
+        agent.cloudStore.status = CloudKeyValueStore::AccountStatus::NoAccount;
+        home.t.defaults.setBool(true, SettingsKeys::iCloudSync); // with no synced folder chosen
+        ok &= QTest::qWaitFor([&face] { return face.syncAlert() != nullptr; });
+        if (QMessageBox* alert = face.syncAlert()) {
+            ok &= save(alert, file(u"sync-alert"_s));
+            alert->done(QMessageBox::Ok);
         }
     }
     return ok ? 0 : 1;

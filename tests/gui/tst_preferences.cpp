@@ -140,7 +140,8 @@ void TestPreferences::nextAndPreviousGoRoundSkippingSpaces()
     QFETCH(QString, to);
     Face f({{PreferencesWindowController::kSelectedIdentifierKey, from}});
     QSignalSpy changed(&f.window(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
-    const auto modifiers = key == Qt::Key_Backtab ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;
+    const auto modifiers =
+        key == Qt::Key_Backtab ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;
     QTest::keyClick(&f.window(), Qt::Key(key), modifiers);
     QCOMPARE(f.shown(), to);
     QCOMPARE(changed.size(), 1);
@@ -247,7 +248,8 @@ void TestPreferences::controlsAndSettingsFollowEachOther_data()
     QTest::addColumn<QString>("pane");
     QTest::addColumn<QString>("control");
     QTest::addColumn<QString>("key");
-    QTest::newRow("start at login") << kGeneral << u"Start Corvella when you log in"_s << SettingsKeys::loginStart;
+    QTest::newRow("start at login") << kGeneral << u"Start Corvella when you log in"_s
+                                    << SettingsKeys::loginStart;
     QTest::newRow("notifications") << kGeneral << u"Show a notification after removing data"_s
                                    << SettingsKeys::displayNotifications;
     QTest::newRow("secure delete") << kGeneral << u"Overwrite files before removing them"_s
@@ -257,10 +259,10 @@ void TestPreferences::controlsAndSettingsFollowEachOther_data()
     QTest::newRow("sync") << kGeneral << u"Share these settings with your other computers"_s
                           << SettingsKeys::iCloudSync;
     QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
-    QTest::newRow("automatic checks") << kUpdates << u"Check for updates automatically"_s
-                                      << SettingsKeys::enableAutomaticChecks;
-    QTest::newRow("automatic install") << kUpdates << u"Install updates automatically"_s
-                                       << SettingsKeys::automaticallyUpdate;
+    QTest::newRow("automatic checks")
+        << kUpdates << u"Check for updates automatically"_s << SettingsKeys::enableAutomaticChecks;
+    QTest::newRow("automatic install")
+        << kUpdates << u"Install updates automatically"_s << SettingsKeys::automaticallyUpdate;
 }
 
 void TestPreferences::controlsAndSettingsFollowEachOther()
