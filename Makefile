@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 PACKAGES := cmake g++ make pkg-config clang-format \
 	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
-	dbus dbus-x11 xvfb xauth desktop-file-utils chromium firefox-esr python3
+	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3
 
 .PHONY: all deps configure build e2e-deps test run bench format clean
 
