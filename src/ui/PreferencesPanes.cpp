@@ -10,7 +10,7 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileDialog>
-#include <QFormLayout>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>

@@ -8,7 +8,6 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QRegularExpression>
-#include <QScreen>
 #include <QShortcut>
 #include <QToolBar>
 #include <QToolButton>
@@ -222,8 +221,6 @@ void PreferencesWindowController::setSelectedViewController(PreferencesPane* vie
     setMinimumSize(natural.width(), chrome + natural.height());
     setMaximumSize(width, resizable ? QWIDGETSIZE_MAX : chrome + height);
     resize(width, chrome + height);
-    viewController->setMinimumSize(0, 0);
-    viewController->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
 
     viewController->viewWillAppear();
     m_layout->addWidget(viewController, 1);
