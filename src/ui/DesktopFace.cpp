@@ -1,6 +1,7 @@
 #include "ui/DesktopFace.h"
 
 #include "core/AppDelegate.h"
+#include "ui/BringToFront.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/GeneralPopover.h"
@@ -104,9 +105,7 @@ PreferencesWindowController& DesktopFace::preferencesWindowController()
 void DesktopFace::showPreferences()
 {
     PreferencesWindowController& window = preferencesWindowController();
-    window.show();
-    window.raise();
-    window.activateWindow();
+    bringToFront(window);
 }
 
 // Sync was switched on with nowhere to sync to: say what is needed, and offer to choose the folder.
@@ -142,9 +141,7 @@ void DesktopFace::checkiCloudAlert()
                                       Qt::QueuedConnection);
     });
     QApplication::setActiveWindow(alert);
-    alert->show();
-    alert->raise();
-    alert->activateWindow();
+    bringToFront(*alert);
 }
 
 QMessageBox* DesktopFace::syncAlert() const
@@ -160,9 +157,7 @@ void DesktopFace::openFileWarningView()
                 [this] { m_warningController.clear(); });
         connect(m_warningController, &WarningController::quitCorvella, this, &DesktopFace::quitRequested);
     }
-    m_warningController->show();
-    m_warningController->raise();
-    m_warningController->activateWindow();
+    bringToFront(*m_warningController);
 }
 
 void DesktopFace::showMenuBarItem(bool show)

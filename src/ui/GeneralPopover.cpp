@@ -1,5 +1,6 @@
 #include "ui/GeneralPopover.h"
 
+#include "ui/BringToFront.h"
 #include "ui/FlatButton.h"
 
 #include <QLabel>
@@ -38,8 +39,6 @@ void GeneralPopover::togglePopover(QWidget* anchor)
         const QPoint beside = anchor->mapToGlobal(QPoint(anchor->width(), anchor->height() / 2));
         moveOnScreen(QPoint(beside.x() + 4, beside.y() - height() / 2), *anchor);
     }
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
     m_preferencesButton->setFocus(Qt::PopupFocusReason);
 }

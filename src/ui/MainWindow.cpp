@@ -1,5 +1,6 @@
 #include "ui/MainWindow.h"
 
+#include "ui/BringToFront.h"
 #include "ui/BrowserCollection.h"
 #include "ui/HoverButton.h"
 #include "ui/ToggleSwitch.h"
@@ -80,9 +81,7 @@ void MainWindow::setShownInTaskBar(bool shown)
 
 void MainWindow::openWindow()
 {
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event)

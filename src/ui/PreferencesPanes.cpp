@@ -10,7 +10,6 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -178,10 +177,10 @@ bool GeneralPreferencesViewController::commitEditing()
     }
     QString folder;
     if (!typed.isEmpty()) {
-        folder = SyncFolderKeyValueStore::usableFolder(typed, m_home);
+        const auto check = SyncFolderKeyValueStore::checkFolder(typed, m_home);
+        folder = check.kind == SyncFolderKeyValueStore::FolderCheck::Usable ? check.path : QString();
         if (folder.isEmpty()) {
-            const QString path = typed.startsWith(QLatin1String("~/")) ? m_home + typed.mid(1) : typed;
-            m_syncFolderProblem->setText(QFileInfo(path).isDir()
+            m_syncFolderProblem->setText(check.kind == SyncFolderKeyValueStore::FolderCheck::OutsideHome
                                              ? tr("Choose a folder inside your home folder.")
                                              : tr("There is no folder “%1”.").arg(typed));
             m_syncFolderProblem->show();
@@ -255,11 +254,13 @@ UpdatePreferencesViewController::UpdatePreferencesViewController(UserDefaults& d
       m_autoInstallButton(new QCheckBox(tr("Install updates automatically"), this))
 {
     auto* layout = paneLayout(this);
-    layout->addWidget(note(tr("On this system Corvella is updated with your other software, by your package "
-                              "manager. These choices are kept with your settings and shared with your other "
-                              "computers."),
-                           this));
-    layout->itemAt(0)->widget()->setContentsMargins(0, 0, 0, 8);
+    QLabel* explanation =
+        note(tr("On this system Corvella is updated with your other software, by your "
+                "package manager. These choices are kept with your settings and shared with "
+                "your other computers."),
+             this);
+    explanation->setContentsMargins(0, 0, 0, 8);
+    layout->addWidget(explanation);
     m_checkForUpdatesButton->setAccessibleName(m_checkForUpdatesButton->text());
     m_autoInstallButton->setAccessibleName(m_autoInstallButton->text());
     m_checkScheduleButton->setAccessibleName(tr("How often to check"));

@@ -82,26 +82,35 @@ SyncFolderKeyValueStore::SyncFolderKeyValueStore(UserDefaults& defaults, SystemL
 
 SyncFolderKeyValueStore::~SyncFolderKeyValueStore() = default;
 
-QString SyncFolderKeyValueStore::usableFolder(const QString& chosen, const QString& home, QString* problem)
+SyncFolderKeyValueStore::FolderCheck SyncFolderKeyValueStore::checkFolder(const QString& chosen,
+                                                                          const QString& home)
 {
-    const auto fail = [problem](const QString& reason) {
-        if (problem)
-            *problem = reason;
-        return QString();
-    };
-    if (chosen.isEmpty())
-        return fail(QString());
     const QString path = chosen.startsWith(QLatin1String("~/")) ? home + chosen.mid(1) : chosen;
     const QFileInfo info(path);
-    if (!info.isAbsolute() || !info.isDir())
-        return fail(QStringLiteral("Corvella Sync: the synced folder %1 cannot be found").arg(path));
+    if (chosen.isEmpty())
+        return {FolderCheck::None, path};
+    if (!info.isAbsolute())
+        return {FolderCheck::NotAFullPath, path};
+    if (!info.isDir())
+        return {FolderCheck::Missing, path};
     const QString folder = info.canonicalFilePath();
     const QString root = QFileInfo(home).canonicalFilePath();
     if (root.isEmpty() || !QString(folder + QLatin1Char('/')).startsWith(root + QLatin1Char('/')))
-        return fail(QStringLiteral("Corvella Sync: the synced folder %1 is outside the home folder; "
-                                   "Corvella writes nowhere else")
-                        .arg(path));
-    return folder;
+        return {FolderCheck::OutsideHome, path};
+    return {FolderCheck::Usable, folder};
+}
+
+SyncFolderKeyValueStore::FolderCheck SyncFolderKeyValueStore::chosenFolder()
+{
+    const FolderCheck check =
+        checkFolder(m_defaults.stringForKey(SettingsKeys::syncFolder).value_or(QString()), m_home);
+    if (check.kind == FolderCheck::NotAFullPath || check.kind == FolderCheck::Missing)
+        logOnce(QStringLiteral("Corvella Sync: the synced folder %1 cannot be found").arg(check.path));
+    if (check.kind == FolderCheck::OutsideHome)
+        logOnce(QStringLiteral("Corvella Sync: the synced folder %1 is outside the home folder; "
+                               "Corvella writes nowhere else")
+                    .arg(check.path));
+    return check;
 }
 
 QVariantMap SyncFolderKeyValueStore::dictionaryRepresentation() const
@@ -128,14 +137,10 @@ void SyncFolderKeyValueStore::setObject(const QVariant& value, const QString& fo
 
 bool SyncFolderKeyValueStore::synchronize()
 {
-    QString problem;
-    const QString folder =
-        usableFolder(m_defaults.stringForKey(SettingsKeys::syncFolder).value_or(QString()), m_home, &problem);
-    if (folder.isEmpty()) {
-        if (!problem.isEmpty())
-            logOnce(problem);
+    const FolderCheck check = chosenFolder();
+    if (check.kind != FolderCheck::Usable)
         return false;
-    }
+    const QString folder = check.path;
     if (QThread::currentThread() == thread())
         watch(folder);
     else
@@ -188,18 +193,11 @@ bool SyncFolderKeyValueStore::synchronize()
 
 void SyncFolderKeyValueStore::accountStatus(std::function<void(AccountStatus)> completion)
 {
-    const QString chosen = m_defaults.stringForKey(SettingsKeys::syncFolder).value_or(QString());
-    QString problem;
-    AccountStatus status = AccountStatus::Available;
-    if (usableFolder(chosen, m_home, &problem).isEmpty()) {
-        // A chosen folder that is missing may be a share not mounted yet; one outside the home never works.
-        const QString path = chosen.startsWith(QLatin1String("~/")) ? m_home + chosen.mid(1) : chosen;
-        status = !chosen.isEmpty() && QDir::isAbsolutePath(path) && !QFileInfo(path).isDir()
-                     ? AccountStatus::CouldNotDetermine
-                     : AccountStatus::NoAccount;
-        if (!problem.isEmpty())
-            logOnce(problem);
-    }
+    // A chosen folder that is missing may be a share not mounted yet; one outside the home never works.
+    const FolderCheck::Kind kind = chosenFolder().kind;
+    const AccountStatus status = kind == FolderCheck::Usable    ? AccountStatus::Available
+                                 : kind == FolderCheck::Missing ? AccountStatus::CouldNotDetermine
+                                                                : AccountStatus::NoAccount;
     QMetaObject::invokeMethod(
         this, [completion, status] { completion(status); }, Qt::QueuedConnection);
 }
@@ -244,17 +242,18 @@ void SyncFolderKeyValueStore::mergeInto(Entries& into, const Entries& from)
 
 void SyncFolderKeyValueStore::watch(const QString& folder)
 {
-    if (!m_watcher.files().isEmpty())
-        m_watcher.removePaths(m_watcher.files());
     if (m_watchedFolder != folder) {
+        if (!m_watcher.files().isEmpty())
+            m_watcher.removePaths(m_watcher.files());
         if (!m_watchedFolder.isEmpty())
             m_watcher.removePath(m_watchedFolder);
         m_watchedFolder = folder;
         m_watcher.addPath(folder);
     }
-    // The folder sees a file replaced; the file itself sees a tool that writes in place.
+    // The folder sees a file replaced; the file itself sees a tool that writes in place. A replaced file
+    // drops out of the watch, so it is added again.
     const QString path = folder + QLatin1Char('/') + kFileName;
-    if (QFileInfo::exists(path))
+    if (!m_watcher.files().contains(path) && QFileInfo::exists(path))
         m_watcher.addPath(path);
 }
 

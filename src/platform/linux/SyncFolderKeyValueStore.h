@@ -31,9 +31,20 @@ public:
     bool synchronize() override;
     void accountStatus(std::function<void(AccountStatus)> completion) override;
 
-    // The chosen folder when it can hold the store: an existing folder inside the home folder. The reason
-    // it cannot, in `problem`.
-    static QString usableFolder(const QString& chosen, const QString& home, QString* problem = nullptr);
+    // Whether a chosen folder ("~/" allowed) can hold the store: an existing folder inside the home folder.
+    struct FolderCheck
+    {
+        enum Kind
+        {
+            None,
+            NotAFullPath,
+            Missing,
+            OutsideHome,
+            Usable
+        } kind;
+        QString path; // the folder itself when usable, else the chosen path with "~" expanded
+    };
+    static FolderCheck checkFolder(const QString& chosen, const QString& home);
 
 private:
     struct Entry
@@ -44,6 +55,8 @@ private:
     };
     using Entries = QMap<QString, Entry>;
 
+    // The stored choice, checked; what makes it unusable is logged (once).
+    FolderCheck chosenFolder();
     static std::optional<Entries> readEntries(const QString& path);
     static QByteArray serialized(const Entries& entries);
     static void mergeInto(Entries& into, const Entries& from);

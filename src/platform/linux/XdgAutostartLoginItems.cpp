@@ -34,7 +34,7 @@ QByteArray XdgAutostartLoginItems::entryFor(const QString& path)
                           "Name=Corvella\n"
                           "Comment=Starts Corvella, which removes browser data when a browser quits\n"
                           "Exec=\"%1\"\n"
-                          "Icon=corvella\n"
+                          "Icon=com.tovanex.Corvella6\n"
                           "Terminal=false\n"
                           "NoDisplay=true\n"
                           "X-GNOME-Autostart-enabled=true\n")
