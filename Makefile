@@ -6,9 +6,11 @@ JOBS ?= $(shell nproc)
 PACKAGES := cmake g++ make pkg-config clang-format \
 	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
-	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3
+	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3 \
+	qt6-tools-dev qt6-l10n-tools qt6-translations-l10n librsvg2-bin \
+	dpkg-dev lintian man-db bash-completion
 
-.PHONY: all deps configure build e2e-deps test run bench format clean
+.PHONY: all deps configure build e2e-deps test run bench format clean package install translations
 
 all: build
 
@@ -44,6 +46,19 @@ test: build e2e-deps
 
 run: build
 	@$(BUILD_DIR)/bin/corvella
+
+# The Debian package (corvella_VERSION-1_ARCH.deb, in the build folder).
+package: build
+	@cd $(BUILD_DIR) && cpack
+
+# Installs below PREFIX (default /usr/local); DESTDIR stages it elsewhere.
+PREFIX ?= /usr/local
+install: build
+	@cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+
+# Gathers new and changed texts of the sources into translations/*.ts, for translating.
+translations: configure
+	@cmake --build $(BUILD_DIR) --target translations
 
 # Every benchmark and a table of their figures; about 20 minutes, and 4 GB in /var/tmp.
 bench: build

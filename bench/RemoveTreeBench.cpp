@@ -42,7 +42,8 @@ void buildTree(const std::string& root)
                 const std::string file = folder + "/data_" + std::to_string(n);
                 const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
                 if (fd >= 0) {
-                    (void)::write(fd, "cache entry", 11);
+                    if (::write(fd, "cache entry", 11) != 11)
+                        std::perror(file.c_str()); // a short fixture would make the figures meaningless
                     ::close(fd);
                 }
             }

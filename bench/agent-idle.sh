@@ -16,7 +16,10 @@ work=$(mktemp -d /tmp/corvella-bench.XXXXXX); chmod 755 "$work"
 display=:$((190 + RANDOM % 50))
 trap 'kill $(jobs -p) 2>/dev/null; rm -rf "$work"' EXIT
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/bench-idle-baseline" "$bin_dir/fake-status-notifier-watcher" \
-    "$bin_dir/corvella-login-helper" "$work/"
+    "$work/"
+# The helper starts the agent at its installed place relative to itself.
+install -d "$work/libexec/corvella" && ln -s . "$work/bin"
+cp "$bin_dir/../libexec/corvella/corvella-login-helper" "$work/libexec/corvella/"
 install -d -o "$user" "$home/.config/corvella"
 cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
 <?xml version="1.0" encoding="UTF-8"?>
@@ -66,6 +69,6 @@ runuser -u "$user" -- env -i HOME="$home" DBUS_SESSION_BUS_ADDRESS="$bus" "$work
     >/dev/null 2>&1 &
 sleep 0.5
 # Started as at login, so the window stays closed ("hideOnLaunch").
-start=corvella-login-helper platform=xcb measure "with tray, window closed" "under 50 ms" "under 45 MB" \
+start=libexec/corvella/corvella-login-helper platform=xcb measure "with tray, window closed" "under 50 ms" "under 45 MB" \
     DISPLAY="$display" DBUS_SESSION_BUS_ADDRESS="$bus"
 kill "$bus_pid" 2>/dev/null || true

@@ -10,6 +10,7 @@
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/SystemVersion.h"
+#include "platform/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/DBusDistributedNotificationCenter.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
@@ -31,8 +32,49 @@
 
 #include <csignal>
 #include <cstdio>
+#include <optional>
 
 namespace {
+
+// The context of the agent's terminal messages in the translations.
+struct AgentMain
+{
+    Q_DECLARE_TR_FUNCTIONS(AgentMain)
+};
+
+void print(const QString& text)
+{
+    std::fputs(qPrintable(text + QLatin1Char('\n')), stderr);
+}
+
+// Answers the exit status when the arguments were options the agent answers itself.
+std::optional<int> answerOptions(const QStringList& arguments)
+{
+    if (arguments.size() < 2 || !arguments.at(1).startsWith(QLatin1Char('-')))
+        return std::nullopt;
+    const QString& option = arguments.at(1);
+    if (option == QLatin1String("--version")) {
+        std::fputs("corvella " CORVELLA_VERSION "\n", stdout);
+        return 0;
+    }
+    if (option == QLatin1String("--help") || option == QLatin1String("-h")) {
+        std::fputs(
+            qPrintable(
+                AgentMain::tr("usage: corvella [URL]\n"
+                              "       corvella --help | --version\n\n"
+                              "Starts Corvella, which removes the data you chose for a browser when the "
+                              "browser quits.\n"
+                              "It lives in the tray; started again, it shows the running agent's window.\n"
+                              "A URL (com.tovanex.corvella.scripts:) is handed to the running agent.\n\n"
+                              "See corvella(1); for the command line, corvella-clean(1).") +
+                QLatin1Char('\n')),
+            stdout);
+        return 0;
+    }
+    print(QStringLiteral("corvella: ") +
+          AgentMain::tr("unknown option \"%1\"; accepted: --help, --version").arg(option));
+    return 2;
+}
 
 // Without a display there is no tray to live in; the agent still protects, on Qt's offscreen platform.
 bool chooseHeadless()
@@ -58,10 +100,10 @@ QString protectionSummary(UserDefaults& defaults)
         activated.append(BrowserCatalogue::browserForID(id.toString()));
     activated.removeAll(QString());
     if (activated.isEmpty())
-        return QStringLiteral("no browser is activated yet");
-    return QStringLiteral("protection is %1 for %2")
-        .arg(defaults.boolForKey(SettingsKeys::isRunning) ? QStringLiteral("on") : QStringLiteral("off"),
-             activated.join(QStringLiteral(", ")));
+        return AgentMain::tr("no browser is activated yet");
+    return (defaults.boolForKey(SettingsKeys::isRunning) ? AgentMain::tr("protection is on for %1")
+                                                         : AgentMain::tr("protection is off for %1"))
+        .arg(activated.join(QStringLiteral(", ")));
 }
 
 } // namespace
@@ -78,6 +120,9 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Corvella"));
     QApplication::setApplicationVersion(QStringLiteral(CORVELLA_VERSION));
     QApplication::setQuitOnLastWindowClosed(false);
+    installTranslations();
+    if (const std::optional<int> status = answerOptions(QApplication::arguments()))
+        return *status;
 
     SyslogLog log;
     const QString home = RealHomeDirectory();
@@ -90,10 +135,12 @@ int main(int argc, char* argv[])
         arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
     if (!instance.claim(request)) {
         if (instance.runningPid() > 0)
-            std::fprintf(stderr, "corvella: the agent is already running (pid %lld); handed over to it.\n",
-                         static_cast<long long>(instance.runningPid()));
+            print(QStringLiteral("corvella: ") +
+                  AgentMain::tr("the agent is already running (pid %1); handed over to it.")
+                      .arg(instance.runningPid()));
         else
-            std::fprintf(stderr, "corvella: the agent is already running; handed over to it.\n");
+            print(QStringLiteral("corvella: ") +
+                  AgentMain::tr("the agent is already running; handed over to it."));
         return 0;
     }
 
@@ -144,12 +191,13 @@ int main(int argc, char* argv[])
     delegate.applicationWillFinishLaunching();
     delegate.applicationDidFinishLaunching();
     if (headless)
-        std::fprintf(stderr,
-                     "corvella: no display (Qt platform \"%s\"): running headless, without a status item.\n",
-                     qPrintable(platform));
-    std::fprintf(stderr, "corvella: running%s; %s. Settings: %s\n",
-                 delegate.openedFromLogin() ? " (started at login)" : "",
-                 qPrintable(protectionSummary(defaults)), qPrintable(settingsFile));
+        print(QStringLiteral("corvella: ") +
+              AgentMain::tr("no display (Qt platform \"%1\"): running headless, without a status item.")
+                  .arg(platform));
+    print(QStringLiteral("corvella: ") + (delegate.openedFromLogin()
+                                              ? AgentMain::tr("running (started at login); %1. Settings: %2")
+                                              : AgentMain::tr("running; %1. Settings: %2"))
+                                             .arg(protectionSummary(defaults), settingsFile));
 
     // Started by the desktop to open a URL, with no agent running yet.
     if (arguments.size() > 1)

@@ -13,11 +13,43 @@
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sandbox.h"
 
+#include <algorithm>
+
 namespace {
 
-const QString kUsage = QStringLiteral(
-    "usage: corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER [CATEGORY ...]\n"
-    "       corvella-clean [--allow-home-access] --list");
+QString usage()
+{
+    return CleanCommand::tr(
+        "usage: corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER "
+        "[CATEGORY ...]\n"
+        "       corvella-clean [--allow-home-access] --list\n"
+        "       corvella-clean --help | --version");
+}
+
+QString help()
+{
+    return usage() + QLatin1Char('\n') +
+           CleanCommand::tr(
+               "\nRemoves the data you chose for a browser, as Corvella does when the browser quits.\n\n"
+               "  --list               show each browser, whether it is installed and activated, and its "
+               "profiles\n"
+               "  --preview            show what would be removed or changed; change nothing\n"
+               "  --layout LAYOUT      where browsers keep their data: Linux (the default) or macOS\n"
+               "  --allow-home-access  grant access to the home folder without asking\n"
+               "  -h, --help           show this help\n"
+               "  --version            show the version\n\n"
+               "BROWSER: %1\n"
+               "CATEGORY: %2 (none: the categories chosen in Corvella)\n\n"
+               "See corvella-clean(1) for the exit status and examples.")
+               .arg(BrowserCatalogue::browserKeys().join(QStringLiteral(", ")),
+                    SettingsKeys::categories.join(QStringLiteral(", ")));
+}
+
+// The preview's actions, named where the sandbox records them.
+const char* const kPreviewActions[] = {
+    QT_TRANSLATE_NOOP("CleanCommand", "remove"), QT_TRANSLATE_NOOP("CleanCommand", "remove files below"),
+    QT_TRANSLATE_NOOP("CleanCommand", "write"),  QT_TRANSLATE_NOOP("CleanCommand", "create folder"),
+    QT_TRANSLATE_NOOP("CleanCommand", "change"), QT_TRANSLATE_NOOP("CleanCommand", "run script")};
 
 // The home-folder grant from the terminal: given up front by --allow-home-access, or asked once.
 class TerminalOpenPanel final : public OpenPanel
@@ -34,7 +66,7 @@ public:
             return std::nullopt;
         if (!m_allow && !m_refused && m_ask) {
             const std::optional<bool> answer = m_ask(
-                QStringLiteral(
+                CleanCommand::tr(
                     "Corvella needs access to your home folder (%1) to remove browser data. Allow? [y/N] ")
                     .arg(request.directory));
             m_allow = answer.value_or(false);
@@ -55,7 +87,10 @@ public:
     explicit PrintedPreview(QTextStream& out) : m_out(out) {}
     void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) override
     {
-        m_out << action << ' ' << path << " (" << bytes << " bytes)";
+        const auto known = std::find_if(std::begin(kPreviewActions), std::end(kPreviewActions),
+                                        [&](const char* name) { return action == QLatin1String(name); });
+        const QString shown = known != std::end(kPreviewActions) ? CleanCommand::tr(*known) : action;
+        m_out << CleanCommand::tr("%1 %2 (%3 bytes)").arg(shown, path).arg(bytes);
         if (!detail.isEmpty())
             m_out << ": " << detail;
         m_out << Qt::endl;
@@ -97,20 +132,19 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
         } else if (argument == QLatin1String("--layout") || argument.startsWith(QLatin1String("--layout="))) {
             const bool inline_ = argument.contains(QLatin1Char('='));
             if (!inline_ && i + 1 >= arguments.size()) {
-                usageError(QStringLiteral("--layout needs a value: macOS or Linux"));
+                usageError(tr("--layout needs a value: macOS or Linux"));
                 return std::nullopt;
             }
             const QString layout = inline_ ? argument.section(QLatin1Char('='), 1) : arguments.at(++i);
             if (layout != PathLayout::macOS && layout != PathLayout::linux_) {
-                usageError(QStringLiteral("unknown layout \"%1\"; accepted: macOS, Linux").arg(layout));
+                usageError(tr("unknown layout \"%1\"; accepted: macOS, Linux").arg(layout));
                 return std::nullopt;
             }
             options.layout = layout;
         } else if (argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
-            usageError(
-                QStringLiteral("unknown option \"%1\"; accepted: --list, --preview, --layout macOS|Linux, "
-                               "--allow-home-access")
-                    .arg(argument));
+            usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --layout macOS|Linux, "
+                          "--allow-home-access, --help, --version")
+                           .arg(argument));
             return std::nullopt;
         } else {
             positional.append(argument);
@@ -119,23 +153,23 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
     const QString browsers = BrowserCatalogue::browserKeys().join(QStringLiteral(", "));
     if (options.list) {
         if (!positional.isEmpty()) {
-            usageError(QStringLiteral("--list takes no browser or category"));
+            usageError(tr("--list takes no browser or category"));
             return std::nullopt;
         }
         return options;
     }
     if (positional.isEmpty()) {
-        usageError(QStringLiteral("name a browser: %1\n%2").arg(browsers, kUsage));
+        usageError(tr("name a browser: %1").arg(browsers) + QLatin1Char('\n') + usage());
         return std::nullopt;
     }
     options.browser = positional.takeFirst();
     if (!BrowserCatalogue::browserKeys().contains(options.browser)) {
-        usageError(QStringLiteral("unknown browser \"%1\"; accepted: %2").arg(options.browser, browsers));
+        usageError(tr("unknown browser \"%1\"; accepted: %2").arg(options.browser, browsers));
         return std::nullopt;
     }
     for (const QString& category : std::as_const(positional)) {
         if (!SettingsKeys::categories.contains(category)) {
-            usageError(QStringLiteral("unknown category \"%1\"; accepted: %2")
+            usageError(tr("unknown category \"%1\"; accepted: %2")
                            .arg(category, SettingsKeys::categories.join(QStringLiteral(", "))));
             return std::nullopt;
         }
@@ -148,7 +182,11 @@ int CleanCommand::run(const QStringList& arguments)
 {
     const QStringList beforeDashes = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
     if (beforeDashes.contains(QLatin1String("--help")) || beforeDashes.contains(QLatin1String("-h"))) {
-        m_services.out << kUsage << Qt::endl;
+        m_services.out << help() << Qt::endl;
+        return finish(Success);
+    }
+    if (beforeDashes.contains(QLatin1String("--version"))) {
+        m_services.out << "corvella-clean " CORVELLA_VERSION << Qt::endl;
         return finish(Success);
     }
     const std::optional<Options> options = parse(arguments);
@@ -167,10 +205,11 @@ int CleanCommand::run(const QStringList& arguments)
     if (options->list)
         return finish(list(sandbox, catalogue));
     if (!sandbox.enableAccess()) {
-        m_services.err << "corvella-clean: no access to the home folder "
-                       << sandbox.checkForUserDirectory(QStringLiteral("~"))
-                       << ". Grant it once with \"corvella-clean --allow-home-access " << options->browser
-                       << "\", or run corvella-clean in a terminal and answer y." << Qt::endl;
+        m_services.err << "corvella-clean: "
+                       << tr("no access to the home folder %1. Grant it once with \"corvella-clean "
+                             "--allow-home-access %2\", or run corvella-clean in a terminal and answer y.")
+                              .arg(sandbox.checkForUserDirectory(QStringLiteral("~")), options->browser)
+                       << Qt::endl;
         return NoHomeAccess;
     }
     // Access was given for this run; a grant that could not be saved means asking again next time.
@@ -180,14 +219,18 @@ int CleanCommand::run(const QStringList& arguments)
             .hasPermissionForFilePath(home);
     int result = clean(*options, sandbox, catalogue);
     if (result == Success && options->preview && preview.count == 0)
-        m_services.out << "Nothing would be removed from " << options->browser << '.' << Qt::endl;
+        m_services.out << tr("Nothing would be removed from %1.").arg(options->browser) << Qt::endl;
     if (const QStringList lines = problems.lines(); !lines.isEmpty())
-        m_services.err << "corvella-clean: warning: " << lines.size()
-                       << (lines.size() == 1 ? " item was" : " items were")
-                       << " left as they were; the first: " << lines.first() << Qt::endl;
+        m_services.err << "corvella-clean: "
+                       << tr("warning: %n item(s) left as they were; the first: %1", nullptr,
+                             int(lines.size()))
+                              .arg(lines.first())
+                       << Qt::endl;
     if (!grantSaved) {
-        m_services.err << "corvella-clean: warning: the access to " << home
-                       << " could not be saved in the settings (see the log); you will be asked again."
+        m_services.err << "corvella-clean: "
+                       << tr("warning: the access to %1 could not be saved in the settings (see the log); "
+                             "you will be asked again.")
+                              .arg(home)
                        << Qt::endl;
         result = result == Success ? NotWritten : result;
     }
@@ -200,7 +243,7 @@ int CleanCommand::finish(int code)
     m_services.out.flush();
     if (m_services.out.status() == QTextStream::Ok)
         return code;
-    m_services.err << "corvella-clean: the output could not be written." << Qt::endl;
+    m_services.err << "corvella-clean: " << tr("the output could not be written.") << Qt::endl;
     return code == Success ? NotWritten : code;
 }
 
@@ -210,14 +253,17 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
     const bool access = sandbox.hasAccess();
     const QStringList installed = catalogue.checkForInstalledBrowsers();
+    // Columns as wide as their longest word in the user's language.
+    const QString installedWords[] = {tr("installed"), tr("not installed")};
+    const QString activatedWords[] = {tr("activated"), tr("not activated")};
+    const auto width = [](const QString(&words)[2]) { return std::max(words[0].size(), words[1].size()); };
     for (const QString& id : BrowserCatalogue::detectionOrder()) {
         const QString browser = BrowserCatalogue::browserForID(id);
-        QString line =
-            browser.leftJustified(15) +
-            (installed.contains(id) ? QStringLiteral("installed    ") : QStringLiteral("not installed")) +
-            QStringLiteral("  ") +
-            (catalogue.checkIfBrowserEnabled(browser) ? QStringLiteral("activated    ")
-                                                      : QStringLiteral("not activated"));
+        QString line = browser.leftJustified(15) +
+                       installedWords[installed.contains(id) ? 0 : 1].leftJustified(width(installedWords)) +
+                       QStringLiteral("  ") +
+                       activatedWords[catalogue.checkIfBrowserEnabled(browser) ? 0 : 1].leftJustified(
+                           width(activatedWords));
         QStringList profiles;
         if (access && (browser == BrowserCatalogue::googleChrome || browser == BrowserCatalogue::chromium)) {
             const QVariantMap map = catalogue.userProfiles(browser);
@@ -230,12 +276,14 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
             profiles.append(QStringLiteral("Opera"));
         }
         if (!profiles.isEmpty())
-            line += QStringLiteral("  profiles: ") + profiles.join(QStringLiteral(", "));
+            line += QStringLiteral("  ") + tr("profiles: %1").arg(profiles.join(QStringLiteral(", ")));
         m_services.out << line.trimmed() << Qt::endl;
     }
     if (!access)
-        m_services.out << "Profiles are not shown: Corvella has no access to " << home
-                       << " (grant it with \"corvella-clean --allow-home-access --list\")." << Qt::endl;
+        m_services.out << tr("Profiles are not shown: Corvella has no access to %1 (grant it with "
+                             "\"corvella-clean --allow-home-access --list\").")
+                              .arg(home)
+                       << Qt::endl;
     return Success;
 }
 
@@ -253,8 +301,10 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
     RemovalRunServices run{cleaners, catalogue, m_services.log, m_services.lockPath};
     run.lockWait.timeoutMs = m_services.lockTimeoutMs;
     run.lockWait.waiting = [this] {
-        m_services.err << "corvella-clean: waiting for another removal run to finish (at most "
-                       << m_services.lockTimeoutMs / 1000 << " s)..." << Qt::endl;
+        m_services.err << "corvella-clean: "
+                       << tr("waiting for another removal run to finish (at most %1 s)...")
+                              .arg(m_services.lockTimeoutMs / 1000)
+                       << Qt::endl;
     };
     // A preview changes nothing, so a running browser is no reason to refuse it.
     run.refuseRunningBrowser = !options.preview;
@@ -262,12 +312,15 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
         options.browser, [&] { return choices; }, run);
     switch (outcome.status) {
     case RunOutcome::BrowserRunning:
-        m_services.err << "corvella-clean: " << options.browser
-                       << " is running; quit it first. Nothing was changed." << Qt::endl;
+        m_services.err << "corvella-clean: "
+                       << tr("%1 is running; quit it first. Nothing was changed.").arg(options.browser)
+                       << Qt::endl;
         return BrowserRunning;
     case RunOutcome::LockNotTaken:
-        m_services.err << "corvella-clean: another removal run did not finish within "
-                       << m_services.lockTimeoutMs / 1000 << " s. Nothing was changed; try again later."
+        m_services.err << "corvella-clean: "
+                       << tr("another removal run did not finish within %1 s. Nothing was changed; try "
+                             "again later.")
+                              .arg(m_services.lockTimeoutMs / 1000)
                        << Qt::endl;
         return LockBusy;
     case RunOutcome::NoAccess:
@@ -276,8 +329,9 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
         break;
     }
     if (options.preview && catalogue.browserIsRunning(options.browser))
-        m_services.out << options.browser << " is running: a run would refuse to touch it until it quits."
-                       << Qt::endl;
+        m_services.out
+            << tr("%1 is running: a run would refuse to touch it until it quits.").arg(options.browser)
+            << Qt::endl;
     if (!options.preview)
         m_services.out << RemovalRun::notificationText(options.browser, outcome.labels) << Qt::endl;
     return Success;

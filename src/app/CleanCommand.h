@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <QTextStream>
 
@@ -33,8 +34,11 @@ struct CleanServices
 // corvella-clean: one removal run from the command line, with the agent's loop, cleaners and order.
 //   corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER [CATEGORY ...]
 //   corvella-clean [--allow-home-access] --list
+//   corvella-clean --help | --version
 class CleanCommand
 {
+    Q_DECLARE_TR_FUNCTIONS(CleanCommand)
+
 public:
     enum ExitCode
     {

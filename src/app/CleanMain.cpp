@@ -5,6 +5,7 @@
 #include "core/RunLock.h"
 #include "platform/RealHomeDirectory.h"
 #include "platform/SystemLog.h"
+#include "platform/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/InodeBookmarks.h"
 #include "platform/linux/LinuxWorkspace.h"
@@ -33,6 +34,7 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Corvella"));
+    installTranslations();
     QTextStream out(stdout);
     QTextStream err(stderr);
 

@@ -1,4 +1,4 @@
-// corvella-login-helper: what the autostart entry runs at login. It starts the agent installed beside
+// corvella-login-helper: what the autostart entry runs at login. It starts the agent installed with
 // it and stays until the agent says it has finished launching, so the agent can tell that it was
 // started at login (and stay hidden when the user asked for that). It never waits for ever: an agent
 // that was already running, or a session without a bus, does not answer.
@@ -7,6 +7,7 @@
 #include "platform/linux/DBusDistributedNotificationCenter.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QProcess>
 #include <QTimer>
 
@@ -26,7 +27,8 @@ int main(int argc, char* argv[])
                              object == UserDefaults::kDomain)
                              QCoreApplication::quit();
                      });
-    const QString agent = QCoreApplication::applicationDirPath() + QStringLiteral("/corvella");
+    const QString agent = QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                                          QStringLiteral("/" CORVELLA_AGENT_FROM_HELPER "/corvella"));
     if (!QProcess::startDetached(agent, {})) {
         std::fprintf(stderr, "corvella-login-helper: could not start %s\n", qPrintable(agent));
         return 1;

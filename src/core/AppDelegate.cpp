@@ -22,6 +22,7 @@
 #include "sandbox/Sandbox.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QPointer>
 #include <QTimer>
@@ -482,10 +483,11 @@ bool AppDelegate::checkMojaveFileAccess()
 void AppDelegate::initLoginController()
 {
     m_loginController = std::make_unique<StartAtLoginController>(m_services.loginItems);
-    // The helper is installed beside the agent.
-    m_loginController->setBundle(loginHelperID,
-                                 QUrl::fromLocalFile(QCoreApplication::applicationDirPath() +
-                                                     QStringLiteral("/corvella-login-helper")));
+    // The helper is installed in libexec, at the same place relative to the agent in the build tree.
+    m_loginController->setBundle(
+        loginHelperID, QUrl::fromLocalFile(QDir::cleanPath(
+                           QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/" CORVELLA_HELPER_FROM_AGENT "/corvella-login-helper"))));
 }
 
 void AppDelegate::updateLogin()

@@ -4,6 +4,7 @@
 // Runs over the same fakes as the GUI tests, so no real settings are touched. Usage: corvella-screenshots
 // OUTPUT_FOLDER (under Xvfb, or offscreen)
 #include "platform/SettingsKeys.h"
+#include "platform/Translations.h"
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
@@ -90,6 +91,7 @@ int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationVersion(u"0.1.0"_s);
+    installTranslations(); // LANG=de_DE.UTF-8 shows the German screens
     if (app.arguments().size() != 2) {
         std::fprintf(stderr, "usage: corvella-screenshots OUTPUT_FOLDER\n");
         return 2;

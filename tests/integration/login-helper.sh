@@ -7,7 +7,10 @@ set -u
 bin_dir=$1
 needs="/usr/bin/dbus-run-session /usr/bin/desktop-file-validate"
 . "$(dirname "$0")/test-user.sh"
-cp "$bin_dir/corvella" "$bin_dir/corvella-login-helper" "$work/"
+# The installed layout: the agent in bin, its helper in libexec.
+install -d "$work/bin" "$work/libexec/corvella"
+cp "$bin_dir/corvella" "$work/bin/"
+cp "$bin_dir/../libexec/corvella/corvella-login-helper" "$work/libexec/corvella/"
 chmod 777 "$work" # the user moves the settings file out of it, and writes logs in it
 
 settings() { # LOGINSTART
@@ -30,7 +33,7 @@ work=$1 entry=$HOME/.config/autostart/com.tovanex.Corvella6Helper.desktop
 # Waits until the condition holds (at most 15 s).
 wait_until() { for _ in $(seq 150); do eval "$1" && return 0; sleep 0.1; done; return 1; }
 
-"$work/corvella" > "$work/agent-1.log" 2>&1 &
+"$work/bin/corvella" > "$work/agent-1.log" 2>&1 &
 agent=$!
 wait_until '[ -s "$entry" ]' && cp "$entry" "$work/entry.desktop"
 kill $agent; wait $agent
@@ -54,8 +57,8 @@ kill $switcher 2>/dev/null
 
 check '[ -s "$work/entry.desktop" ]' "no autostart entry was written: $(cat "$work/agent-1.log")"
 check 'desktop-file-validate "$work/entry.desktop"' "the autostart entry is not valid: $(cat "$work/entry.desktop")"
-check 'grep -q "^Exec=\"$work/corvella-login-helper\"$" "$work/entry.desktop"' \
-    "the entry does not start the helper beside the agent: $(cat "$work/entry.desktop" 2>/dev/null)"
+check 'grep -q "^Exec=\"$work/libexec/corvella/corvella-login-helper\"$" "$work/entry.desktop"' \
+    "the entry does not start the helper installed with the agent: $(cat "$work/entry.desktop" 2>/dev/null)"
 check 'grep -q "running (started at login)" "$work/agent-2.log"' \
     "the agent did not know it was started at login: $(cat "$work/agent-2.log" 2>/dev/null)"
 check '[[ $result == *helper-quit* ]]' "the helper did not quit after the agent launched"

@@ -1,6 +1,7 @@
 #include "app/CleanCommand.h"
 #include "core/RunLock.h"
 #include "platform/SettingsKeys.h"
+#include "platform/Translations.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
@@ -55,6 +56,9 @@ class TestCleanCommand : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase();
+    void helpAndVersionAnswerAtOnce_data();
+    void helpAndVersionAnswerAtOnce();
     void badUsageNamesTheAcceptedValues_data();
     void badUsageNamesTheAcceptedValues();
     void runsTheNamedCategoriesOrTheSavedSelection();
@@ -67,6 +71,32 @@ private slots:
     void aLayoutOptionIsNotStored();
     void listShowsInstalledActivatedAndProfiles();
 };
+
+void TestCleanCommand::initTestCase()
+{
+    installTranslations(QLocale(QLocale::English)); // the plural forms of counted messages
+}
+
+void TestCleanCommand::helpAndVersionAnswerAtOnce_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("output");
+    QTest::newRow("help") << QStringList{u"--help"_s} << u"CATEGORY: cookies, databases, flash"_s;
+    QTest::newRow("help after a bad browser")
+        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Safari, Firefox, Google Chrome"_s;
+    QTest::newRow("version") << QStringList{u"--version"_s, u"Firefox"_s}
+                             << u"corvella-clean " CORVELLA_VERSION "\n"_s;
+}
+
+void TestCleanCommand::helpAndVersionAnswerAtOnce()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, output);
+    Cli cli;
+    QCOMPARE(cli.run(arguments), int(CleanCommand::Success));
+    QVERIFY2(cli.out.contains(output), qPrintable(cli.out));
+    QVERIFY(cli.err.isEmpty());
+}
 
 void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
 {

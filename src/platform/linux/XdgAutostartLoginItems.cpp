@@ -29,16 +29,13 @@ QByteArray XdgAutostartLoginItems::entryFor(const QString& path)
     }
     // Then the desktop entry's own escape of the backslash in string values.
     quoted.replace(QStringLiteral("\\"), QStringLiteral("\\\\"));
-    return QStringLiteral("[Desktop Entry]\n"
-                          "Type=Application\n"
-                          "Name=Corvella\n"
-                          "Comment=Starts Corvella, which removes browser data when a browser quits\n"
-                          "Exec=\"%1\"\n"
-                          "Icon=com.tovanex.Corvella6\n"
-                          "Terminal=false\n"
-                          "NoDisplay=true\n"
-                          "X-GNOME-Autostart-enabled=true\n")
-        .arg(quoted)
+    // The shipped template (validated with the other desktop files) names the helper without a path.
+    QFile file(QStringLiteral(":/com.tovanex.Corvella6Helper.desktop"));
+    QString entry = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    Q_ASSERT(entry.contains(QStringLiteral("\nExec=corvella-login-helper\n")));
+    return entry
+        .replace(QStringLiteral("\nExec=corvella-login-helper\n"),
+                 QStringLiteral("\nExec=\"%1\"\n").arg(quoted))
         .toUtf8();
 }
 
