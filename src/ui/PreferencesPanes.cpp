@@ -13,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QTextBrowser>
 #include <QUrl>
@@ -347,7 +348,20 @@ AboutPreferencesViewController::AboutPreferencesViewController(QWidget* parent)
     m_creditsView->setOpenExternalLinks(true);
     m_creditsView->setFrameShape(QFrame::NoFrame);
     m_creditsView->viewport()->setAutoFillBackground(false);
-    QFile credits(QStringLiteral(":/Credits.html"));
+    // The credits in the first of the user's languages that has them ("Credits_de.html"); English is
+    // the plain file.
+    QString creditsFile = QStringLiteral(":/Credits.html");
+    for (const QString& language : QLocale().uiLanguages()) {
+        const QString prefix = language.section(u'-', 0, 0);
+        const QString candidate = QStringLiteral(":/Credits_%1.html").arg(prefix);
+        if (prefix == QLatin1String("en"))
+            break;
+        if (QFile::exists(candidate)) {
+            creditsFile = candidate;
+            break;
+        }
+    }
+    QFile credits(creditsFile);
     QString text = credits.open(QIODevice::ReadOnly) ? QString::fromUtf8(credits.readAll()) : QString();
     const qsizetype placeholder = text.indexOf(QLatin1String("versionString"));
     if (placeholder >= 0)

@@ -26,6 +26,8 @@ WarningController::WarningController(QWidget* parent)
     bold.setBold(true);
     bold.setPointSizeF(bold.pointSizeF() * 1.15);
     title->setFont(bold);
+    title->setWordWrap(true); // longer in some languages
+    title->setMinimumHeight(title->heightForWidth(width - 2 * margin));
     auto* text =
         new QLabel(tr("Safari keeps its history, cookies and caches where only programs you allow may "
                       "read them. Until Corvella is allowed to read them, it cannot protect Safari, "

@@ -150,10 +150,14 @@ int main(int argc, char* argv[])
         ok &= save(menu, file(u"tray-menu"_s));
         menu->close();
 
-        OpenPanelRequest request; // what the permission layer asks for the home folder
-        request.title = u"Allow Access"_s;
-        request.prompt = u"Allow"_s;
-        request.message = u"Corvella needs to access this path to continue. Click Allow to continue."_s;
+        OpenPanelRequest request; // what the permission layer asks for the home folder, in its words
+        const auto text = [](const char* source) {
+            return QCoreApplication::translate("AppSandboxFileAccess", source);
+        };
+        request.title = text("Allow Access");
+        request.prompt = text("Allow");
+        request.message =
+            text("%1 needs to access this path to continue. Click Allow to continue.").arg(u"Corvella"_s);
         request.directory = home.path();
         request.canChooseFiles = false;
         const AppSandboxFileAccessOpenSavePanelDelegate rule(QUrl::fromLocalFile(home.path()));
