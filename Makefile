@@ -1,5 +1,10 @@
 # Corvella — the two commands a new user needs: `make run` and `make test`.
 BUILD_DIR ?= build
+# SANITIZE=1: the same, with AddressSanitizer and UndefinedBehaviorSanitizer, in its own folder.
+ifeq ($(SANITIZE),1)
+BUILD_DIR := build-sanitize
+CMAKE_OPTIONS += -DCORVELLA_SANITIZE=ON
+endif
 JOBS ?= $(shell nproc)
 
 # Debian 12 packages the build and the tests need (README, "Dependencies").
@@ -29,7 +34,7 @@ deps:
 	fi
 
 configure: deps
-	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_OPTIONS) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS) -- --no-print-directory
