@@ -140,11 +140,12 @@ std::optional<QVariant> readXmlValue(QXmlStreamReader& xml)
         xml.skipCurrentElement();
         return QVariant(value);
     }
-    const QString text = xml.readElementText().trimmed();
+    const QString content = xml.readElementText();
     if (xml.hasError())
         return std::nullopt;
     if (name == QLatin1String("string"))
-        return QVariant(text);
+        return QVariant(content); // every space of a string is its own (a folder may end in one)
+    const QString text = content.trimmed();
     if (name == QLatin1String("integer")) {
         bool ok = false;
         const qint64 value = text.toLongLong(&ok);
@@ -196,6 +197,39 @@ bool isSignedInteger(int typeId)
            typeId == QMetaType::LongLong || typeId == QMetaType::Short || typeId == QMetaType::UShort;
 }
 
+// XML 1.0 has no way to write most control characters, U+FFFE, U+FFFF or half a surrogate pair, not
+// even as a character reference; the writer would drop them, changing a stored key or value unseen.
+bool xmlCanHold(const QString& text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r')
+            return false;
+        if (c == 0xFFFE || c == 0xFFFF)
+            return false;
+        if (QChar::isHighSurrogate(c) && i + 1 < text.size() &&
+            QChar::isLowSurrogate(text.at(i + 1).unicode()))
+            ++i;
+        else if (QChar::isSurrogate(c))
+            return false;
+    }
+    return true;
+}
+
+// A text element; a carriage return goes as a character reference, since an XML reader turns a
+// written one into a line feed.
+void writeText(QXmlStreamWriter& xml, const QString& element, const QString& text)
+{
+    xml.writeStartElement(element);
+    const QStringList parts = text.split(u'\r');
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        if (i > 0)
+            xml.writeEntityReference(QStringLiteral("#13"));
+        xml.writeCharacters(parts.at(i));
+    }
+    xml.writeEndElement();
+}
+
 bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
 {
     if (isSignedInteger(value.typeId())) {
@@ -214,7 +248,9 @@ bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
         xml.writeTextElement(QStringLiteral("real"), QString::number(value.toDouble(), 'g', 17));
         return true;
     case QMetaType::QString:
-        xml.writeTextElement(QStringLiteral("string"), value.toString());
+        if (!xmlCanHold(value.toString()))
+            return false;
+        writeText(xml, QStringLiteral("string"), value.toString());
         return true;
     case QMetaType::QByteArray:
         xml.writeTextElement(QStringLiteral("data"), QString::fromLatin1(value.toByteArray().toBase64()));
@@ -237,7 +273,9 @@ bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
         xml.writeStartElement(QStringLiteral("dict"));
         const QVariantMap map = value.toMap();
         for (auto it = map.cbegin(); it != map.cend(); ++it) {
-            xml.writeTextElement(QStringLiteral("key"), it.key());
+            if (!xmlCanHold(it.key()))
+                return false;
+            writeText(xml, QStringLiteral("key"), it.key());
             if (!writeXmlValue(xml, it.value()))
                 return false;
         }
@@ -247,6 +285,58 @@ bool writeXmlValue(QXmlStreamWriter& xml, const QVariant& value)
     default:
         return false;
     }
+}
+
+// A big-endian unsigned number of `size` bytes.
+quint64 bigEndian(const uchar* bytes, int size)
+{
+    quint64 value = 0;
+    for (int i = 0; i < size; ++i)
+        value = (value << 8) | bytes[i];
+    return value;
+}
+
+// Whether a binary property list holds a text (key or string) with a NUL character. libplist stops
+// the whole program on such a key (an assertion in its getter), so such a file is refused before
+// libplist reads it. A table this walk cannot follow is left to libplist, which refuses it itself.
+bool binaryHasNulInText(const QByteArray& bytes)
+{
+    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
+    const quint64 size = quint64(bytes.size());
+    if (size < 8 + 32)
+        return false;
+    const uchar* trailer = data + size - 32;
+    const int offsetSize = trailer[6];
+    const quint64 objects = bigEndian(trailer + 8, 8);
+    const quint64 table = bigEndian(trailer + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || table >= size || objects > (size - table) / quint64(offsetSize))
+        return false;
+    for (quint64 i = 0; i < objects; ++i) {
+        quint64 at = bigEndian(data + table + i * quint64(offsetSize), offsetSize);
+        if (at >= size)
+            continue;
+        const int kind = data[at] >> 4; // 5: ASCII, 6: UTF-16, 7: UTF-8
+        if (kind < 5 || kind > 7)
+            continue;
+        quint64 length = data[at] & 0x0F;
+        ++at;
+        if (length == 0x0F) { // the length follows as an integer object
+            if (at >= size || (data[at] >> 4) != 1)
+                continue;
+            const int lengthSize = 1 << (data[at] & 0x0F);
+            if (lengthSize > 8 || at + 1 + quint64(lengthSize) > size)
+                continue;
+            length = bigEndian(data + at + 1, lengthSize);
+            at += 1 + quint64(lengthSize);
+        }
+        const int unit = kind == 6 ? 2 : 1;
+        const quint64 end = length > (size - at) / unit ? size : at + length * unit;
+        for (quint64 j = at; j + unit <= end; j += unit) {
+            if (data[j] == 0 && (unit == 1 || data[j + 1] == 0))
+                return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -259,6 +349,8 @@ std::optional<QVariant> parse(const QByteArray& bytes)
         return std::nullopt;
     if (!bytes.startsWith("bplist"))
         return parseXml(bytes);
+    if (binaryHasNulInText(bytes))
+        return std::nullopt;
     plist_t raw = nullptr;
     plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &raw);
     if (!raw)
@@ -292,9 +384,10 @@ std::optional<QVariant> normalized(const QVariant& value)
     switch (value.typeId()) {
     case QMetaType::Bool:
     case QMetaType::Double:
-    case QMetaType::QString:
     case QMetaType::QByteArray:
         return value;
+    case QMetaType::QString:
+        return xmlCanHold(value.toString()) ? std::optional(value) : std::nullopt;
     case QMetaType::Float:
         return QVariant(value.toDouble());
     case QMetaType::ULongLong:
@@ -324,7 +417,7 @@ std::optional<QVariant> normalized(const QVariant& value)
         const QVariantMap source = value.toMap();
         for (auto it = source.cbegin(); it != source.cend(); ++it) {
             auto normal = normalized(it.value());
-            if (!normal)
+            if (!normal || !xmlCanHold(it.key()))
                 return std::nullopt;
             map.insert(it.key(), *normal);
         }

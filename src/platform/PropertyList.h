@@ -13,7 +13,8 @@ namespace PropertyList {
 // The top-level value of a binary or XML property list; no value when the bytes are not one.
 std::optional<QVariant> parse(const QByteArray& bytes);
 
-// The value as an XML property list; no value when it holds something a property list cannot.
+// The value as an XML property list; no value when it holds something a property list cannot, or
+// text XML cannot carry (most control characters): writing it would change it unseen.
 std::optional<QByteArray> toXml(const QVariant& value);
 
 // The value as it reads back from a property list (qint64 for every integer, QVariantList for

@@ -14,6 +14,8 @@ private slots:
     void rejectsWhatIsNotAPropertyList();
     void keepsWhatOtherToolsWrite_data();
     void keepsWhatOtherToolsWrite();
+    void refusesTextXmlCannotCarry_data();
+    void refusesTextXmlCannotCarry();
 };
 
 namespace {
@@ -24,6 +26,8 @@ QVariantMap sample()
             {QStringLiteral("big"), qint64(1) << 40},
             {QStringLiteral("ratio"), 1.5},
             {QStringLiteral("name"), QStringLiteral("Zoë's \"profile\" <1>")},
+            {QStringLiteral("lines"), QStringLiteral("a\tb\r\nc \U0001F600")},
+            {QStringLiteral("spaces"), QStringLiteral(" \u3000folder \n")},
             {QStringLiteral("bytes"), QByteArray("\x00\x01\xff", 3)},
             {QStringLiteral("when"), QDateTime(QDate(2019, 5, 17), QTime(8, 30, 15), Qt::UTC)},
             {QStringLiteral("list"), QVariantList{qint64(1), QStringLiteral("two"), QVariantMap()}},
@@ -103,6 +107,24 @@ void TestPropertyList::keepsWhatOtherToolsWrite()
     QVERIFY(again);
     QCOMPARE(*again, *read);
     QCOMPARE(PropertyList::normalized(value), std::optional(value));
+}
+
+// Found by fuzzing: a key with a control character lost it when written, unseen.
+void TestPropertyList::refusesTextXmlCannotCarry_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("control character in a string") << QVariant(QStringLiteral("a\x13"
+                                                                              "b"));
+    QTest::newRow("control character in a key") << QVariant(QVariantMap{{QStringLiteral("\x01key"), true}});
+    QTest::newRow("half a surrogate pair") << QVariant(QVariantList{QString(QChar(0xD800))});
+    QTest::newRow("U+FFFF") << QVariant(QString(QChar(0xFFFF)));
+}
+
+void TestPropertyList::refusesTextXmlCannotCarry()
+{
+    QFETCH(QVariant, value);
+    QVERIFY(!PropertyList::toXml(value));
+    QVERIFY(!PropertyList::normalized(value));
 }
 
 QTEST_GUILESS_MAIN(TestPropertyList)
