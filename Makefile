@@ -13,9 +13,9 @@ PACKAGES := cmake g++ make pkg-config clang-format \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
 	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3 \
 	qt6-tools-dev qt6-l10n-tools qt6-translations-l10n librsvg2-bin \
-	dpkg-dev lintian man-db bash-completion
+	dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev
 
-.PHONY: all deps configure build e2e-deps test run bench format clean package install translations
+.PHONY: all deps configure build e2e-deps test run bench format clean package install translations fuzz
 
 all: build
 
@@ -46,8 +46,13 @@ e2e-deps: deps
 		npm ci --no-audit --no-fund --loglevel=error >/dev/null || \
 		echo "npm ci failed: the end-to-end test will be skipped"; }
 
+# Then each fuzz target briefly with libFuzzer (once: not again in the sanitizer run).
+FUZZ_TEST_SECONDS ?= 20
 test: build e2e-deps
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
+ifneq ($(SANITIZE),1)
+	@$(MAKE) --no-print-directory fuzz FUZZ_SECONDS=$(FUZZ_TEST_SECONDS)
+endif
 
 run: build
 	@$(BUILD_DIR)/bin/corvella
@@ -68,6 +73,15 @@ translations: configure
 # Every benchmark and a table of their figures; about 20 minutes, and 4 GB in /var/tmp.
 bench: build
 	@bash bench/run-all.sh $(BUILD_DIR)/bin
+
+# Fuzzes each parser of outside data for FUZZ_SECONDS (libFuzzer, clang, with the sanitizers), from
+# its seed corpus; findings land in tests/fuzz/regressions/NAME and are replayed by every build.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DCORVELLA_SANITIZE=ON -DCORVELLA_FUZZ=ON -DCORVELLA_FUZZ_TEST_SECONDS=$(FUZZ_SECONDS) >/dev/null
+	@cmake --build build-fuzz -j $(JOBS) --target corvella_fuzzers -- --no-print-directory
+	@cd build-fuzz && ctest -R '^fuzz_' --output-on-failure
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
