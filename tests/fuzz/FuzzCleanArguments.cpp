@@ -1,5 +1,5 @@
-// corvella-clean's arguments: whatever a script passes (the input's NUL-separated words), it answers
-// one of its documented exit codes and never touches anything outside the home folder it was given.
+// corvella-clean's arguments: whatever a script passes (the input's NUL-separated words), it ends with
+// one of its documented exit codes. It runs in a temporary home, granted, with nothing to remove.
 #include "app/CleanCommand.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/TestHome.h"
@@ -28,8 +28,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     CleanCommand command({home.t.defaults, home.t.log, home.bookmarks, workspace, outStream, errStream,
                           [](const QString&) { return std::optional<bool>(); }, QString(), 0});
     const int code = command.run(arguments);
-    if (code != CleanCommand::Success && code != CleanCommand::BadUsage && code != CleanCommand::NoHomeAccess &&
-        code != CleanCommand::BrowserRunning && code != CleanCommand::NotWritten && code != CleanCommand::LockBusy)
+    if (code != CleanCommand::Success && code != CleanCommand::BadUsage &&
+        code != CleanCommand::NoHomeAccess && code != CleanCommand::BrowserRunning &&
+        code != CleanCommand::NotWritten && code != CleanCommand::LockBusy)
         std::abort();
     return 0;
 }

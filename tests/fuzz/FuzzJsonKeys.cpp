@@ -9,10 +9,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const QList<QStringList> keyPaths = {{QStringLiteral("net")},
-                                                {QStringLiteral("dns_prefetching")},
-                                                {QStringLiteral("partition")},
-                                                {QStringLiteral("profile"), QStringLiteral("content_settings")}};
+    static const QList<QStringList> keyPaths = {
+        {QStringLiteral("net")},
+        {QStringLiteral("dns_prefetching")},
+        {QStringLiteral("partition")},
+        {QStringLiteral("profile"), QStringLiteral("content_settings")}};
     const auto text = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
     const std::optional<QByteArray> rewritten = JsonKeys::without(text, keyPaths);
     if (!rewritten)
