@@ -195,30 +195,6 @@ KATEGORIE: %2 (keine: die in Corvella gewählten Kategorien)
 Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     </message>
     <message>
-        <source>remove</source>
-        <translation>entfernen</translation>
-    </message>
-    <message>
-        <source>remove files below</source>
-        <translation>Dateien entfernen unter</translation>
-    </message>
-    <message>
-        <source>write</source>
-        <translation>schreiben</translation>
-    </message>
-    <message>
-        <source>create folder</source>
-        <translation>Ordner anlegen</translation>
-    </message>
-    <message>
-        <source>change</source>
-        <translation>ändern</translation>
-    </message>
-    <message>
-        <source>run script</source>
-        <translation>Skript ausführen</translation>
-    </message>
-    <message>
         <source>Corvella needs access to your home folder (%1) to remove browser data. Allow? [y/N] </source>
         <translation>Corvella benötigt Zugriff auf Ihren Persönlichen Ordner (%1), um Browserdaten zu entfernen. Erlauben? [y/N] </translation>
     </message>
@@ -513,6 +489,33 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
         <source>PrefWindowPaddingSize</source>
         <extracomment>The preference window&apos;s extra width in pixels beyond 470, for languages with longer texts. A number.</extracomment>
         <translation>PrefWindowPaddingSize</translation>
+    </message>
+</context>
+<context>
+    <name>RemovalPreview</name>
+    <message>
+        <source>run script</source>
+        <translation>Skript ausführen</translation>
+    </message>
+    <message>
+        <source>remove</source>
+        <translation>entfernen</translation>
+    </message>
+    <message>
+        <source>remove files below</source>
+        <translation>Dateien entfernen unter</translation>
+    </message>
+    <message>
+        <source>write</source>
+        <translation>schreiben</translation>
+    </message>
+    <message>
+        <source>create folder</source>
+        <translation>Ordner anlegen</translation>
+    </message>
+    <message>
+        <source>change</source>
+        <translation>ändern</translation>
     </message>
 </context>
 <context>

@@ -45,12 +45,6 @@ QString help()
                     SettingsKeys::categories.join(QStringLiteral(", ")));
 }
 
-// The preview's actions, named where the sandbox records them.
-const char* const kPreviewActions[] = {
-    QT_TRANSLATE_NOOP("CleanCommand", "remove"), QT_TRANSLATE_NOOP("CleanCommand", "remove files below"),
-    QT_TRANSLATE_NOOP("CleanCommand", "write"),  QT_TRANSLATE_NOOP("CleanCommand", "create folder"),
-    QT_TRANSLATE_NOOP("CleanCommand", "change"), QT_TRANSLATE_NOOP("CleanCommand", "run script")};
-
 // The home-folder grant from the terminal: given up front by --allow-home-access, or asked once.
 class TerminalOpenPanel final : public OpenPanel
 {
@@ -87,9 +81,7 @@ public:
     explicit PrintedPreview(QTextStream& out) : m_out(out) {}
     void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) override
     {
-        const auto known = std::find_if(std::begin(kPreviewActions), std::end(kPreviewActions),
-                                        [&](const char* name) { return action == QLatin1String(name); });
-        const QString shown = known != std::end(kPreviewActions) ? CleanCommand::tr(*known) : action;
+        const QString shown = QCoreApplication::translate("RemovalPreview", action.toUtf8().constData());
         m_out << CleanCommand::tr("%1 %2 (%3 bytes)").arg(shown, path).arg(bytes);
         if (!detail.isEmpty())
             m_out << ": " << detail;

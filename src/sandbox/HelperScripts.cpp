@@ -67,7 +67,8 @@ bool HelperScripts::executeScript(const QString& name)
     if (!native)
         return false;
     if (RemovalPreview* preview = m_sandbox.preview()) {
-        preview->record(QStringLiteral("run script"), *native, 0, QString());
+        preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "run script")), *native, 0,
+                        QString());
         return true;
     }
     const QString home = m_sandbox.checkForUserDirectory(QStringLiteral("~"));

@@ -8,7 +8,8 @@ class RemovalPreview
 {
 public:
     virtual ~RemovalPreview() = default;
-    // action: "remove", "remove files below", "write" or "change"; bytes: the size involved;
+    // action: "remove", "remove files below", "write", "create folder", "change" or "run script",
+    // each marked for translation in the context "RemovalPreview"; bytes: the size involved;
     // detail: the SQL statement of a change.
     virtual void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) = 0;
 };

@@ -278,7 +278,8 @@ void Sandbox::remove(const QString& path)
             if (!lstatOf(native))
                 return; // a link is removed whether or not its target exists
             if (m_services.preview)
-                m_services.preview->record(QStringLiteral("remove"), native, sizeBelow(native), QString());
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "remove")),
+                                           native, sizeBelow(native), QString());
             else
                 removeNative(native);
         },
@@ -302,8 +303,9 @@ void Sandbox::removeRecursiveSubFilesFor(const QString& path)
                 return;
             if (m_services.preview) {
                 if (QFileInfo(native).isDir())
-                    m_services.preview->record(QStringLiteral("remove files below"), native,
-                                               sizeBelow(native), QString());
+                    m_services.preview->record(
+                        QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "remove files below")), native,
+                        sizeBelow(native), QString());
                 return;
             }
             FileTree::removeFilesBelow(native, kSparedFolder, wipeGate());
@@ -480,7 +482,8 @@ void Sandbox::write(const QVariant& object, const QString& ToFile)
         ToFile, Effect::Writes,
         [&](const QString& native) {
             if (m_services.preview) {
-                m_services.preview->record(QStringLiteral("write"), native, bytes->size(), QString());
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "write")),
+                                           native, bytes->size(), QString());
                 return;
             }
             replaceFile(native, *bytes);
@@ -507,7 +510,9 @@ void Sandbox::createDirectory(const QString& path)
             level, Effect::Writes,
             [&](const QString& folder) {
                 if (m_services.preview)
-                    m_services.preview->record(QStringLiteral("create folder"), folder, 0, QString());
+                    m_services.preview->record(
+                        QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "create folder")), folder, 0,
+                        QString());
                 else if (::mkdir(QFile::encodeName(folder).constData(), 0700) != 0 && errno != EEXIST)
                     problem(QStringLiteral("Corvella could not create the folder %1").arg(folder));
             },
@@ -547,7 +552,8 @@ void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyP
                 QStringList keys;
                 for (const QStringList& keyPath : keyPaths)
                     keys.append(u'"' + keyPath.join(u'.') + u'"');
-                m_services.preview->record(QStringLiteral("change"), native, rewritten->size(),
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
+                                           native, rewritten->size(),
                                            QStringLiteral("without ") + keys.join(QStringLiteral(", ")));
                 return;
             }
@@ -571,8 +577,8 @@ void Sandbox::removeLevelDbKeys(const QString& folder, const LevelDbStore::KeyFi
             if (!count)
                 problem(QStringLiteral("Corvella left %1 as it was: %2").arg(native, error));
             else if (m_services.preview && *count > 0)
-                m_services.preview->record(QStringLiteral("change"), native, sizeBelow(native),
-                                           QStringLiteral("%1 keys").arg(*count));
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
+                                           native, sizeBelow(native), QStringLiteral("%1 keys").arg(*count));
         },
         kSandboxDenial);
 }
@@ -636,7 +642,8 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
             if (!db.openExisting(native, m_services.preview != nullptr))
                 return;
             if (m_services.preview && !db.isReadOnly(sql)) {
-                m_services.preview->record(QStringLiteral("change"), native, sizeBelow(native), sql);
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
+                                           native, sizeBelow(native), sql);
                 return;
             }
             rows = db.executeQuery(sql).value_or(QList<QVariantMap>());

@@ -34,7 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         const QByteArray key = tab < 0 ? record : record.left(tab);
         const QByteArray value = tab < 0 ? QByteArray() : record.mid(tab + 1);
         const bool removed = local(key, value);
-        if (removed && (key == "VERSION" || SiteEntries::isExtension(origin(key, {"_", "META:", "METAACCESS:"}))))
+        if (removed &&
+            (key == "VERSION" || SiteEntries::isExtension(origin(key, {"_", "META:", "METAACCESS:"}))))
             std::abort();
         const bool workerRemoved = workers(key, value);
         if (workerRemoved &&
