@@ -31,20 +31,23 @@ bool AppSandboxFileAccessPersist::setBookmarkData(const QByteArray& data, const 
 
 bool AppSandboxFileAccessPersist::removeRecordsBelowGrants()
 {
-    QStringList folders;
+    // Each record's own key is removed: one made again from the path would lack the "/" of a folder
+    // that no longer exists, and would miss the record.
+    QMap<QString, QString> folders; // key -> path
     const QVariantMap all = m_defaults.dictionaryRepresentation();
     for (auto it = all.keyBegin(); it != all.keyEnd(); ++it) {
         if (it->startsWith(keyPrefix))
-            folders.append(FileUrl::path(QUrl(it->mid(keyPrefix.size()))));
+            folders.insert(*it, FileUrl::path(QUrl(it->mid(keyPrefix.size()))));
     }
     QStringList below;
-    for (const QString& path : std::as_const(folders)) {
+    for (auto record = folders.cbegin(); record != folders.cend(); ++record) {
+        const QString& path = record.value();
         const bool covered = std::any_of(folders.cbegin(), folders.cend(), [&path](const QString& folder) {
             const QString prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
             return folder != path && path.startsWith(prefix);
         });
         if (covered)
-            below.append(keyForBookmarkDataForURL(FileUrl::forPath(path)));
+            below.append(record.key());
     }
     return below.isEmpty() || m_defaults.removeObjectsForKeys(below);
 }

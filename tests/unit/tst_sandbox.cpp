@@ -481,10 +481,11 @@ void TestSandbox::onlyTheChosenFolderIsRecorded()
     const QStringList homeOnly{
         AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(home.path()))};
     QCOMPARE(records(), homeOnly);
-    // Records below the granted folder that earlier versions wrote go at the next start.
-    home.t.defaults.setObject(QByteArray("old"),
-                              AppSandboxFileAccessPersist::keyForBookmarkDataForURL(
-                                  FileUrl::forPath(home.path(QStringLiteral("Library/Caches/x")))));
+    // Records below the granted folder that earlier versions wrote go at the next start, also those
+    // of folders that no longer exist (their keys end in "/").
+    for (const QString& below : {QStringLiteral("Library/Caches/x"), QStringLiteral("Library/gone/")})
+        home.t.defaults.setObject(QByteArray("old"), AppSandboxFileAccessPersist::keyForBookmarkDataForURL(
+                                                         QUrl::fromLocalFile(home.path(below))));
     QVERIFY(AppSandboxFileAccessPersist(home.t.defaults).removeRecordsBelowGrants());
     QCOMPARE(records(), homeOnly);
 }
