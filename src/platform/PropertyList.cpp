@@ -49,10 +49,10 @@ std::optional<QVariant> fromNode(plist_t node)
         return QVariant(QByteArray(d, static_cast<qsizetype>(length)));
     }
     case PLIST_DATE: {
+        // To the second, as an XML property list holds dates: what is read can be written unchanged.
         int32_t sec = 0, usec = 0;
         plist_get_date_val(node, &sec, &usec);
-        const qint64 ms = (static_cast<qint64>(sec) + kPlistEpochOffset) * 1000 + usec / 1000;
-        return QVariant(QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC));
+        return QVariant(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(sec) + kPlistEpochOffset, Qt::UTC));
     }
     case PLIST_UID: {
         uint64_t v = 0;
@@ -160,8 +160,11 @@ std::optional<QVariant> readXmlValue(QXmlStreamReader& xml)
         return ok ? std::optional(QVariant(value)) : std::nullopt;
     }
     if (name == QLatin1String("date")) {
+        // A fraction of a second (which other writers may add) is dropped, as it could not be written.
         const QDateTime date = QDateTime::fromString(text, Qt::ISODate);
-        return date.isValid() ? std::optional(QVariant(date.toUTC())) : std::nullopt;
+        return date.isValid()
+                   ? std::optional(QVariant(QDateTime::fromSecsSinceEpoch(date.toSecsSinceEpoch(), Qt::UTC)))
+                   : std::nullopt;
     }
     if (name == QLatin1String("data")) {
         QByteArray base64 = text.toLatin1();

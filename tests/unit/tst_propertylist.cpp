@@ -84,6 +84,10 @@ void TestPropertyList::keepsWhatOtherToolsWrite_data()
                                       << QVariant(QDateTime(QDate(2200, 1, 1), QTime(0, 0), Qt::UTC));
     QTest::newRow("a date before 1901") << xmlWith("<date>1800-06-30T12:00:00Z</date>")
                                         << QVariant(QDateTime(QDate(1800, 6, 30), QTime(12, 0), Qt::UTC));
+    // Found by fuzzing: written back to the second, it came back changed.
+    QTest::newRow("a date with milliseconds")
+        << xmlWith("<date>2026-11-22T12:00:00.250Z</date>")
+        << QVariant(QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC));
     QTest::newRow("2^64 - 1") << xmlWith("<integer>18446744073709551615</integer>")
                               << QVariant(std::numeric_limits<quint64>::max());
     QTest::newRow("a byte-order mark") << QByteArray("\xEF\xBB\xBF") + xmlWith("<string>Zo\xC3\xAB</string>")
