@@ -2,6 +2,7 @@
 
 #include "core/BrowserCatalogue.h"
 #include "platform/Workspace.h"
+#include "platform/linux/DesktopEntry.h"
 
 #include <QFile>
 #include <QPainter>
@@ -9,26 +10,18 @@
 namespace {
 
 constexpr int kTileIconSize = 64;
+// Desktop entries are a few kilobytes; a larger file is not read further.
+constexpr qint64 kDesktopEntryLimit = 1 << 20;
+
+QString iconNameInDesktopEntry(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? DesktopEntry::iconName(file.read(kDesktopEntryLimit)) : QString();
+}
 
 } // namespace
 
 IconTransformer::IconTransformer(Workspace& workspace) : m_workspace(workspace) {}
-
-QString IconTransformer::iconNameInDesktopEntry(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QString();
-    bool inMainGroup = false;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine(4096).trimmed();
-        if (line.startsWith('['))
-            inMainGroup = line == "[Desktop Entry]";
-        else if (inMainGroup && line.startsWith("Icon") && line.mid(4).trimmed().startsWith('='))
-            return QString::fromUtf8(line.mid(line.indexOf('=') + 1).trimmed());
-    }
-    return QString();
-}
 
 QIcon IconTransformer::iconForBrowser(const QString& browser) const
 {

@@ -20,8 +20,6 @@ public:
     QIcon iconForBrowser(const QString& browser) const;
     // Fills the picture with white 0.4 where it is opaque (source-atop), keeping its alpha.
     static QPixmap tintImage(const QPixmap& image);
-    // The "Icon" key of a desktop entry's main group; empty when there is none.
-    static QString iconNameInDesktopEntry(const QString& path);
 
 private:
     Workspace& m_workspace;

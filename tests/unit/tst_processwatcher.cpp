@@ -1,3 +1,4 @@
+#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/ProcessWatcher.h"
@@ -21,6 +22,8 @@ private slots:
     void knownExecutables_data();
     void knownExecutables();
     void installedMeansADesktopEntryOrACommand();
+    void iconOfADesktopEntry_data();
+    void iconOfADesktopEntry();
     void reportsTheExitOfABrowsersMainProcess();
     void helpersAndForksAreNotApplicationsButInstancesAre();
     void aBrowserStartedBeforeTheWatcherIsWatched();
@@ -108,6 +111,31 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.operasoftware.Opera"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.apple.Safari"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.example.unknown"_s));
+}
+
+void TestProcessWatcher::iconOfADesktopEntry_data()
+{
+    QTest::addColumn<QByteArray>("entry");
+    QTest::addColumn<QString>("icon");
+    QTest::newRow("the main group's key")
+        << "[Desktop Entry]\nName=Chromium\nIcon=chromium\n"_ba << u"chromium"_s;
+    QTest::newRow("spaces and CRLF") << "[Desktop Entry]\r\nIcon = /opt/c/icon.png \r\n"_ba
+                                     << u"/opt/c/icon.png"_s;
+    QTest::newRow("a localised key comes first")
+        << "[Desktop Entry]\nIcon[de]=de\nIconName=x\nIcon=chromium\n"_ba << u"chromium"_s;
+    QTest::newRow("only an action's icon")
+        << "[Desktop Entry]\nName=C\n[Desktop Action new]\nIcon=new\n"_ba << QString();
+    QTest::newRow("before any group") << "Icon=x\n[Desktop Entry]\nName=C\n"_ba << QString();
+    QTest::newRow("a long line is one line")
+        << "[Desktop Entry]\nComment="_ba + QByteArray(4096, 'a') + "Icon=evil\nIcon=chromium\n"
+        << u"chromium"_s;
+    QTest::newRow("not UTF-8") << "[Desktop Entry]\nIcon=ch\x8d\x90romium\n"_ba << QString();
+}
+
+void TestProcessWatcher::iconOfADesktopEntry()
+{
+    QFETCH(QByteArray, entry);
+    QTEST(DesktopEntry::iconName(entry), "icon");
 }
 
 void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
