@@ -80,13 +80,20 @@ std::optional<QVariantMap> PlistFileDefaultsBackend::read()
         if (!QFileInfo::exists(m_filePath) && !QFileInfo(m_filePath).isSymLink())
             return QVariantMap();
         const std::optional<QByteArray> bytes = AtomicFile::read(m_filePath);
-        const auto value = bytes ? PropertyList::parse(*bytes) : std::nullopt;
-        if (value && value->typeId() == QMetaType::QVariantMap)
-            return value->toMap();
+        if (auto domain = bytes ? parse(*bytes) : std::nullopt)
+            return domain;
         if (attempt == kReadAttempts - 1)
             return std::nullopt;
         QThread::msleep(kReadRetryMs);
     }
+}
+
+std::optional<QVariantMap> PlistFileDefaultsBackend::parse(const QByteArray& bytes)
+{
+    const auto value = PropertyList::parse(bytes);
+    if (value && value->typeId() == QMetaType::QVariantMap)
+        return value->toMap();
+    return std::nullopt;
 }
 
 bool PlistFileDefaultsBackend::write(const QVariantMap& domain)

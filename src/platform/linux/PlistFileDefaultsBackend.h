@@ -23,6 +23,9 @@ public:
     void unlock() override;
 
     QString filePath() const { return m_filePath; }
+    // The domain a settings file holds; no value when it is no property list with a dictionary at
+    // its top (broken, half-written, or another kind of file).
+    static std::optional<QVariantMap> parse(const QByteArray& bytes);
 
 private:
     void watch();

@@ -39,28 +39,9 @@ QByteArray readProcFile(int pid, const char* entry)
     return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.readAll() : QByteArray();
 }
 
-// Renderers, GPU and utility processes, zygotes, content processes and Firefox's fork server run the
-// browser's own executable but are not the application. Chromium rewrites its children's titles into
-// one string, arguments separated by spaces instead of NULs.
-bool isHelper(QByteArray commandLine)
-{
-    commandLine.replace('\0', ' ');
-    for (const QByteArray& argument : commandLine.split(' ')) {
-        if (argument.startsWith("--type=") || argument == "-contentproc" || argument == "-forkserver")
-            return true;
-    }
-    return false;
-}
-
 int parentOf(int pid)
 {
-    // "pid (comm) state ppid ...": comm may hold spaces and parentheses, so read after the last ')'.
-    const QByteArray stat = readProcFile(pid, "stat");
-    const int close = stat.lastIndexOf(')');
-    if (close < 0)
-        return 0;
-    const QList<QByteArray> fields = stat.mid(close + 2).split(' ');
-    return fields.size() > 1 ? fields.at(1).toInt() : 0;
+    return ProcessWatcher::parentInStat(readProcFile(pid, "stat"));
 }
 
 bool ownedByThisUser(int pid)
@@ -82,7 +63,7 @@ const KnownApplication* applicationOf(int pid, const QString& executable)
         return nullptr;
     // Empty for a moment while the process execs; it is young, so it is looked at again.
     const QByteArray commandLine = readProcFile(pid, "cmdline");
-    if (commandLine.isEmpty() || isHelper(commandLine))
+    if (commandLine.isEmpty() || ProcessWatcher::isHelperCommandLine(commandLine))
         return nullptr;
     const int parent = parentOf(pid);
     if (KnownApplications::forExecutable(executableOf(parent)) == application &&
@@ -111,6 +92,29 @@ void forEachProcess(const std::function<void(int)>& visit)
 }
 
 } // namespace
+
+// Renderers, GPU and utility processes, zygotes, content processes and Firefox's fork server run the
+// browser's own executable but are not the application. Chromium rewrites its children's titles into
+// one string, arguments separated by spaces instead of NULs.
+bool ProcessWatcher::isHelperCommandLine(QByteArray commandLine)
+{
+    commandLine.replace('\0', ' ');
+    for (const QByteArray& argument : commandLine.split(' ')) {
+        if (argument.startsWith("--type=") || argument == "-contentproc" || argument == "-forkserver")
+            return true;
+    }
+    return false;
+}
+
+// "pid (comm) state ppid ...": comm may hold spaces and parentheses, so read after the last ')'.
+int ProcessWatcher::parentInStat(const QByteArray& stat)
+{
+    const int close = stat.lastIndexOf(')');
+    if (close < 0)
+        return 0;
+    const QList<QByteArray> fields = stat.mid(close + 2).split(' ');
+    return fields.size() > 1 ? fields.at(1).toInt() : 0;
+}
 
 ProcessWatcher::ProcessWatcher(const QStringList& lockFolders, QObject* parent)
     : QObject(parent), m_lockFolders(lockFolders)

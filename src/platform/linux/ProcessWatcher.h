@@ -35,6 +35,12 @@ public:
 
     static constexpr int kFallbackIntervalMs = 2000;
 
+    // What is read from /proc: whether a command line ("cmdline", NUL-separated, or one string as
+    // Chromium rewrites its children's) is a browser's helper process rather than the application;
+    // the parent's pid in a "stat" line, 0 when it has none.
+    static bool isHelperCommandLine(QByteArray commandLine);
+    static int parentInStat(const QByteArray& stat);
+
 signals:
     void applicationTerminated(const RunningApplication& application);
 

@@ -1,0 +1,112 @@
+// The settings file is the user's to edit, and arrives from other machines through the sync folder.
+// Whatever it holds, the agent starts on it as it does every day (the shipped registration, the home
+// folder stored, the grant records tidied), every setting reads as its kind or as the documented
+// empty value, and what the agent writes back can be read again: no setting is lost or changed.
+#include "core/AppDelegate.h"
+#include "core/SettingsController.h"
+#include "platform/PropertyList.h"
+#include "platform/SettingsKeys.h"
+#include "platform/linux/InodeBookmarks.h"
+#include "platform/linux/PlistFileDefaultsBackend.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
+#include "sandbox/FileUrl.h"
+#include "support/TestDefaults.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+const QStringList& settingKeys()
+{
+    static const QStringList keys{
+        SettingsKeys::isRunning,         SettingsKeys::enabledBrowsers,      SettingsKeys::settings,
+        SettingsKeys::showInMenu,        SettingsKeys::hideDock,             SettingsKeys::loginStart,
+        SettingsKeys::hideOnLaunch,      SettingsKeys::iCloudSync,           SettingsKeys::displayNotifications,
+        SettingsKeys::firstRun,          SettingsKeys::userFolder,           SettingsKeys::hideiCloudAlert,
+        SettingsKeys::secureDeleteData,  SettingsKeys::syncFolder,           SettingsKeys::browserLayout,
+        SettingsKeys::cleanCurrentLayouts, SettingsKeys::scheduledCheckInterval,
+        SettingsKeys::automaticallyUpdate, SettingsKeys::enableAutomaticChecks};
+    return keys;
+}
+
+// Names the property that failed, for the finding's log.
+#define check(holds)                                                                                   \
+    do {                                                                                               \
+        if (!(holds)) {                                                                                \
+            std::fprintf(stderr, "does not hold: %s\n", #holds);                                       \
+            std::abort();                                                                              \
+        }                                                                                              \
+    } while (false)
+
+// Each getter answers the stored value when it is of its kind (a switch also reads numbers and
+// "YES"), and its empty value otherwise.
+void readEveryKind(const UserDefaults& defaults, const QString& key)
+{
+    const std::optional<QVariant> value = defaults.objectForKey(key);
+    const int type = value ? value->typeId() : QMetaType::UnknownType;
+    if (type == QMetaType::Bool)
+        check(defaults.boolForKey(key) == value->toBool());
+    else if (type != QMetaType::LongLong && type != QMetaType::Double && type != QMetaType::QString)
+        check(!defaults.boolForKey(key));
+    check(defaults.arrayForKey(key).isEmpty() || type == QMetaType::QVariantList);
+    check(defaults.dictionaryForKey(key).isEmpty() || type == QMetaType::QVariantMap);
+    check(defaults.stringForKey(key).has_value() == (type == QMetaType::QString));
+    check(defaults.dataForKey(key).has_value() == (type == QMetaType::QByteArray));
+    defaults.integerForKey(key);
+}
+
+QStringList grantPaths(const QVariantMap& domain)
+{
+    QStringList paths;
+    for (auto it = domain.keyBegin(); it != domain.keyEnd(); ++it) {
+        if (it->startsWith(AppSandboxFileAccessPersist::keyPrefix))
+            paths.append(FileUrl::path(QUrl(it->mid(AppSandboxFileAccessPersist::keyPrefix.size()))));
+    }
+    return paths;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const auto input = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
+    const std::optional<QVariantMap> stored = PlistFileDefaultsBackend::parse(input);
+    if (!stored)
+        return 0;
+    TestDefaults test(*stored);
+    UserDefaults& defaults = test.defaults;
+    AppDelegate::initialize(defaults, QStringLiteral(":/Defaults.plist"));
+
+    const QVariantMap domain = defaults.dictionaryRepresentation();
+    for (const QString& key : settingKeys() + domain.keys())
+        readEveryKind(defaults, key);
+    const QVariantMap selected =
+        SettingsController::selectedEntries(defaults.dictionaryForKey(SettingsKeys::settings));
+    for (const QVariant& value : selected)
+        check(value.typeId() == QMetaType::Bool && value.toBool());
+
+    // No grant record is left below another's folder.
+    const QStringList paths = grantPaths(defaults.dictionaryRepresentation());
+    for (const QString& path : paths) {
+        for (const QString& folder : paths) {
+            const QString prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+            check(folder == path || !path.startsWith(prefix));
+        }
+    }
+    InodeBookmarks bookmarks;
+    for (auto it = domain.cbegin(); it != domain.cend(); ++it) {
+        if (it.key().startsWith(AppSandboxFileAccessPersist::keyPrefix) && it.value().typeId() == QMetaType::QByteArray)
+            bookmarks.resolve(it.value().toByteArray());
+    }
+
+    // The start stored the home folder; a file that can be written reads back as what was stored.
+    const std::optional<QVariantMap> written = test.backend->read();
+    const std::optional<QByteArray> xml = written ? PropertyList::toXml(*written) : std::nullopt;
+    if (xml)
+        check(PlistFileDefaultsBackend::parse(*xml) == written);
+    else
+        check(!PropertyList::toXml(*stored));
+    return 0;
+}
