@@ -21,7 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     parent %= 4194304; // the kernel's largest pid
     QByteArray comm = input;
     comm.replace('\0', ' ');
-    const QByteArray stat = "4242 (" + comm + ") S " + QByteArray::number(parent) + " 4242 4242 0 -1 4194560 1 0 0";
+    const QByteArray stat =
+        "4242 (" + comm + ") S " + QByteArray::number(parent) + " 4242 4242 0 -1 4194560 1 0 0";
     if (ProcessWatcher::parentInStat(stat) != int(parent))
         std::abort();
     const bool helper = ProcessWatcher::isHelperCommandLine(input);

@@ -20,24 +20,35 @@ namespace {
 
 const QStringList& settingKeys()
 {
-    static const QStringList keys{
-        SettingsKeys::isRunning,         SettingsKeys::enabledBrowsers,      SettingsKeys::settings,
-        SettingsKeys::showInMenu,        SettingsKeys::hideDock,             SettingsKeys::loginStart,
-        SettingsKeys::hideOnLaunch,      SettingsKeys::iCloudSync,           SettingsKeys::displayNotifications,
-        SettingsKeys::firstRun,          SettingsKeys::userFolder,           SettingsKeys::hideiCloudAlert,
-        SettingsKeys::secureDeleteData,  SettingsKeys::syncFolder,           SettingsKeys::browserLayout,
-        SettingsKeys::cleanCurrentLayouts, SettingsKeys::scheduledCheckInterval,
-        SettingsKeys::automaticallyUpdate, SettingsKeys::enableAutomaticChecks};
+    static const QStringList keys{SettingsKeys::isRunning,
+                                  SettingsKeys::enabledBrowsers,
+                                  SettingsKeys::settings,
+                                  SettingsKeys::showInMenu,
+                                  SettingsKeys::hideDock,
+                                  SettingsKeys::loginStart,
+                                  SettingsKeys::hideOnLaunch,
+                                  SettingsKeys::iCloudSync,
+                                  SettingsKeys::displayNotifications,
+                                  SettingsKeys::firstRun,
+                                  SettingsKeys::userFolder,
+                                  SettingsKeys::hideiCloudAlert,
+                                  SettingsKeys::secureDeleteData,
+                                  SettingsKeys::syncFolder,
+                                  SettingsKeys::browserLayout,
+                                  SettingsKeys::cleanCurrentLayouts,
+                                  SettingsKeys::scheduledCheckInterval,
+                                  SettingsKeys::automaticallyUpdate,
+                                  SettingsKeys::enableAutomaticChecks};
     return keys;
 }
 
 // Names the property that failed, for the finding's log.
-#define check(holds)                                                                                   \
-    do {                                                                                               \
-        if (!(holds)) {                                                                                \
-            std::fprintf(stderr, "does not hold: %s\n", #holds);                                       \
-            std::abort();                                                                              \
-        }                                                                                              \
+#define check(holds)                                                                                         \
+    do {                                                                                                     \
+        if (!(holds)) {                                                                                      \
+            std::fprintf(stderr, "does not hold: %s\n", #holds);                                             \
+            std::abort();                                                                                    \
+        }                                                                                                    \
     } while (false)
 
 // Each getter answers the stored value when it is of its kind (a switch also reads numbers and
@@ -97,7 +108,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     InodeBookmarks bookmarks;
     for (auto it = domain.cbegin(); it != domain.cend(); ++it) {
-        if (it.key().startsWith(AppSandboxFileAccessPersist::keyPrefix) && it.value().typeId() == QMetaType::QByteArray)
+        if (it.key().startsWith(AppSandboxFileAccessPersist::keyPrefix) &&
+            it.value().typeId() == QMetaType::QByteArray)
             bookmarks.resolve(it.value().toByteArray());
     }
 
