@@ -2,9 +2,11 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,6 +35,41 @@ bool writeAll(int fd, const QByteArray& bytes)
         left -= written;
     }
     return true;
+}
+
+// Gives an unnamed file (O_TMPFILE) a free name from `pattern` (ending in "XXXXXX"), for the rename.
+bool link(int fd, QByteArray& pattern)
+{
+    static const char letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(fd);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        QByteArray name = pattern;
+        for (qsizetype i = name.size() - 6; i < name.size(); ++i)
+            name[i] = letters[QRandomGenerator::global()->bounded(int(sizeof letters) - 1)];
+        if (::linkat(AT_FDCWD, self.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) == 0) {
+            pattern = name;
+            return true;
+        }
+        if (errno != EEXIST)
+            return false;
+    }
+    return false;
+}
+
+// Removes the temporary files a writer of this file left when it was killed between naming its new
+// file and the rename (a moment, but it happens). Writers of one file take turns (the settings lock,
+// the run lock), so none of these belongs to a live writer.
+void removeLeftovers(const QByteArray& folder, const QByteArray& prefix)
+{
+    DIR* dir = ::opendir(folder.constData());
+    if (!dir)
+        return;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name.size() == prefix.size() + 6 && name.startsWith(prefix))
+            ::unlinkat(::dirfd(dir), entry->d_name, 0);
+    }
+    ::closedir(dir);
 }
 
 } // namespace
@@ -99,14 +136,20 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
     if (::stat(native.constData(), &st) == 0)
         mode = st.st_mode & 07777;
 
+    // The new file has no name while it is written, where the file system allows (O_TMPFILE), so a
+    // program killed before the rename leaves nothing behind; it is named just before the rename.
     QByteArray temporary = folder + "/." + native.mid(slash + 1) + ".corvella-XXXXXX";
-    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    int fd = ::open(folder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    bool named = fd < 0;
+    if (named)
+        fd = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0)
         return errorText("cannot create a temporary file", errno);
     auto fail = [&](const char* what) {
         const int saved = errno;
         ::close(fd);
-        ::unlink(temporary.constData());
+        if (named)
+            ::unlink(temporary.constData());
         return errorText(what, saved);
     };
     if (::fchmod(fd, mode) != 0)
@@ -115,6 +158,8 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
         return fail("cannot write");
     if (::fsync(fd) != 0)
         return fail("cannot sync");
+    if (!named && !(named = link(fd, temporary)))
+        return fail("cannot name the temporary file");
     if (::close(fd) != 0) {
         const int saved = errno;
         ::unlink(temporary.constData());
@@ -125,6 +170,7 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
         ::unlink(temporary.constData());
         return errorText("cannot replace the file", saved);
     }
+    removeLeftovers(folder, "." + native.mid(slash + 1) + ".corvella-");
     // The rename itself must reach the disk too; file systems that cannot sync a folder say EINVAL.
     const int dirFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dirFd >= 0) {

@@ -21,8 +21,9 @@ std::optional<QByteArray> read(const QString& path, QString* error = nullptr,
 // Replaces the file atomically: readers see the old file or the new one. Every write, the sync of the
 // file and the rename are checked, and the folder is synced after the rename, so a full disk or any
 // failure leaves the old file exactly as it was. The new file keeps the old one's permissions, or gets
-// `newFileMode` when there is none. A link is written through to its target. The reason of a failure,
-// or an empty string when the file was replaced.
+// `newFileMode` when there is none. A link is written through to its target. What a writer of the
+// same file killed in the middle left behind is removed (writers of one file must take turns).
+// The reason of a failure, or an empty string when the file was replaced.
 QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0600);
 
 } // namespace AtomicFile
