@@ -293,6 +293,10 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
         <source>%1 is running: a run would refuse to touch it until it quits.</source>
         <translation>%1 läuft: Ein Lauf würde ihn nicht anrühren, bis er beendet ist.</translation>
     </message>
+    <message>
+        <source>%1 started during the run, which stopped before changing its files again. Run it again once %1 has quit.</source>
+        <translation>%1 wurde während des Laufs gestartet; der Lauf hat danach keine seiner Dateien mehr verändert. Führen Sie ihn erneut aus, sobald %1 beendet ist.</translation>
+    </message>
 </context>
 <context>
     <name>DesktopFace</name>

@@ -300,12 +300,20 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
     };
     // A preview changes nothing, so a running browser is no reason to refuse it.
     run.refuseRunningBrowser = !options.preview;
+    run.stop = &sandbox.runStop();
     const RunOutcome outcome = RemovalRun::perform(
         options.browser, [&] { return choices; }, run);
     switch (outcome.status) {
     case RunOutcome::BrowserRunning:
         m_services.err << "corvella-clean: "
                        << tr("%1 is running; quit it first. Nothing was changed.").arg(options.browser)
+                       << Qt::endl;
+        return BrowserRunning;
+    case RunOutcome::BrowserStarted:
+        m_services.err << "corvella-clean: "
+                       << tr("%1 started during the run, which stopped before changing its files again. Run "
+                             "it again once %1 has quit.")
+                              .arg(options.browser)
                        << Qt::endl;
         return BrowserRunning;
     case RunOutcome::LockNotTaken:

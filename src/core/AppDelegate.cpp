@@ -365,6 +365,7 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
             !m_services.catalogue.checkIfBrowserEnabled(browser))
             return;
         RemovalRunServices run{m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath};
+        run.stop = &m_services.sandbox.runStop();
         run.lockWait.stop = [this] { return m_stopping.load(); };
         run.hasAccess = [this] {
             return AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})

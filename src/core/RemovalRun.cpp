@@ -6,6 +6,7 @@
 #include "core/SettingsController.h"
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
+#include "sandbox/RunStop.h"
 
 #include <QCoreApplication>
 
@@ -123,7 +124,14 @@ RunOutcome RemovalRun::perform(const QString& browser, const std::function<QVari
         services.log.log(QStringLiteral("Corvella skipped removing data of %1: it is running").arg(browser));
         return {RunOutcome::BrowserRunning, {}};
     }
+    if (services.stop && services.refuseRunningBrowser)
+        services.stop->arm([&] { return services.catalogue.browserIsRunning(browser); });
     const QStringList labels = performCategoryLoop(browser, choices(), services.cleaners);
+    if (services.stop && services.stop->disarm()) {
+        services.log.log(
+            QStringLiteral("Corvella stopped removing data of %1: it started during the run").arg(browser));
+        return {RunOutcome::BrowserStarted, labels};
+    }
     services.log.log(QStringLiteral("Corvella removal run for %1: %2")
                          .arg(browser, labels.isEmpty() ? QStringLiteral("nothing selected")
                                                         : labels.join(QStringLiteral(", "))));

@@ -10,6 +10,7 @@
 
 class BrowserCatalogue;
 class Cleaners;
+class RunStop;
 class SystemLog;
 
 // The services one removal run works with.
@@ -25,6 +26,8 @@ struct RemovalRunServices
     std::function<bool()> hasAccess = {};
     // A preview changes nothing and may look at a running browser's files.
     bool refuseRunningBrowser = true;
+    // The file layer's stop, armed for the run: a browser that starts again stops it; null: none.
+    RunStop* stop = nullptr;
 };
 
 // How a run ended.
@@ -34,11 +37,12 @@ struct RunOutcome
     {
         Done,
         BrowserRunning, // nothing was touched: editing a running browser's files corrupts them
+        BrowserStarted, // the browser started during the run: from then on nothing more was touched
         NoAccess,       // nothing was touched: the user has not granted the home folder
         LockNotTaken,   // another run held the lock until the wait was given up
     };
     Status status = Done;
-    QStringList labels; // the categories processed, when done
+    QStringList labels; // the categories processed, when done (or begun, when stopped)
 };
 
 // One removal run for one browser: the selected categories, in their fixed order, each handed to
@@ -56,7 +60,8 @@ QStringList performCategoryLoop(const QString& browser, const QVariantMap& choic
 QString notificationText(const QString& browser, const QStringList& labels);
 
 // The whole run: waits for the shared lock, does nothing without access to the home folder or
-// while the browser runs, takes the choices at that moment, and runs the loop.
+// while the browser runs, takes the choices at that moment, and runs the loop, which stops
+// changing anything the moment the browser starts again.
 RunOutcome perform(const QString& browser, const std::function<QVariantMap()>& choices,
                    const RemovalRunServices& services);
 

@@ -177,6 +177,8 @@ bool Sandbox::insideALinkedRoot(const QString& nativePath) const
 bool Sandbox::envelope(const QString& path, Effect effect, const std::function<void(const QString&)>& action,
                        const QString& denial)
 {
+    if (effect != Effect::Reads && m_services.stop->stopped())
+        return false; // the browser started again: its files are its own now
     AppSandboxFileAccess access =
         AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, m_services.panel});
     const QString expanded = checkForUserDirectory(path);
@@ -233,11 +235,16 @@ bool Sandbox::hasAccess()
         .accessFilePath(home, true, [] {});
 }
 
+// Each file of a tree is let through only while the browser has not started again, and is
+// overwritten first when the user chose secure delete.
 FileTree::FileGate Sandbox::wipeGate() const
 {
-    if (!m_services.defaults.boolForKey(SettingsKeys::secureDeleteData))
-        return {};
-    return [this](int dirFd, const QByteArray& name, const QString& path) {
+    const bool wipe = m_services.defaults.boolForKey(SettingsKeys::secureDeleteData);
+    return [this, wipe](int dirFd, const QByteArray& name, const QString& path) {
+        if (m_services.stop->stopped())
+            return false;
+        if (!wipe)
+            return true;
         switch (SecureDelete::wipeAt(dirFd, name)) {
         case SecureDelete::Outcome::Wiped:
         case SecureDelete::Outcome::Nothing:

@@ -4,10 +4,12 @@
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/FileTree.h"
 #include "sandbox/LevelDbStore.h"
+#include "sandbox/RunStop.h"
 
 #include <QStringList>
 #include <QVariantMap>
 
+#include <memory>
 #include <optional>
 
 class ProblemReport;
@@ -27,6 +29,8 @@ struct SandboxServices
     ProblemReport* problems = nullptr;
     // Whose folders the browsers' reference roots name: a Flatpak or Snap install keeps its own.
     PathLayout::Install install = PathLayout::Install::Native;
+    // Shared by every copy of the file layer: once a run's browser starts again, nothing is changed.
+    std::shared_ptr<RunStop> stop = std::make_shared<RunStop>();
 };
 
 // The one door to the disk. Every operation expands "~" to the real home folder, maps the path to
@@ -74,6 +78,8 @@ public:
     Sandbox forInstall(PathLayout::Install install) const;
     // The installs that have the reference root (a browser's data root), the native one first.
     QList<PathLayout::Install> installsOf(const QString& referenceRoot) const;
+    // What a run arms so that it changes nothing more once its browser starts again.
+    RunStop& runStop() const { return *m_services.stop; }
     // The preview this file layer reports to instead of acting; null for a real run.
     RemovalPreview* preview() const { return m_services.preview; }
 

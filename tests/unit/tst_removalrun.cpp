@@ -53,6 +53,7 @@ private slots:
     void aSelectionChangedBetweenTheRunsReachesTheSecond();
     void runsAreStrictlySerialAndOffTheMainThread();
     void aBrowserRunningAgainIsNotTouched();
+    void aBrowserStartingDuringARunStopsItsChanges();
     void aRunWaitsForTheLockHeldByAnotherProcess_data();
     void aRunWaitsForTheLockHeldByAnotherProcess();
     void aClickedNotificationIsRemoved();
@@ -286,6 +287,57 @@ void TestRemovalRun::aBrowserRunningAgainIsNotTouched()
     QVERIFY(p.agent.app.waitForRuns(1000));
     QVERIFY(p.agent.cleaners.calls().isEmpty());
     QVERIFY(p.agent.notifications.delivered().isEmpty());
+}
+
+void TestRemovalRun::aBrowserStartingDuringARunStopsItsChanges()
+{
+    TestHome home;
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    home.file(u"cookies.sqlite"_s);
+    home.file(u"cache2/entries/A"_s);
+    RecordingCleaners cleaners;
+    // Firefox starts while its cookies are removed; what comes after must not touch its files.
+    cleaners.during = [&](const QString& call) {
+        if (call.startsWith(u"removeCookies"_s)) {
+            home.sandbox.remove(u"~/cookies.sqlite"_s);
+            workspace.setRunning({{u"Firefox"_s, u"org.mozilla.firefox"_s, 4242}});
+            QThread::msleep(RunStop::kLookIntervalMs + 10);
+        } else if (call.startsWith(u"removeBrowserCache"_s)) {
+            home.sandbox.removeRecursiveSubFilesFor(u"~/cache2"_s);
+        } else {
+            home.sandbox.write(QByteArray("{}"), u"~/written.json"_s);
+            home.sandbox.createDirectory(u"~/made"_s);
+        }
+    };
+    RemovalRunServices run{cleaners, catalogue, home.t.log, QString()};
+    run.stop = &home.sandbox.runStop();
+    const RunOutcome outcome = RemovalRun::perform(
+        u"Firefox"_s,
+        [] {
+            return QVariantMap{
+                {u"Firefox:cookies"_s, true}, {u"Firefox:cache"_s, true}, {u"Firefox:history"_s, true}};
+        },
+        run);
+    QCOMPARE(outcome.status, RunOutcome::BrowserStarted);
+    QVERIFY(!home.exists(u"cookies.sqlite"_s));
+    QVERIFY(home.exists(u"cache2/entries/A"_s));
+    QVERIFY(!home.exists(u"written.json"_s));
+    QVERIFY(!home.exists(u"made"_s));
+    QCOMPARE(
+        home.t.log.lines().filter(u"stopped removing data of Firefox: it started during the run"_s).size(),
+        1);
+    // The next run, once it has quit, is a whole one again.
+    workspace.setRunning({});
+    QCOMPARE(RemovalRun::perform(
+                 u"Firefox"_s,
+                 [] {
+                     return QVariantMap{{u"Firefox:cache"_s, true}};
+                 },
+                 run)
+                 .status,
+             RunOutcome::Done);
+    QVERIFY(!home.exists(u"cache2/entries/A"_s));
 }
 
 // Another process holds the run lock for the given time; returns its pid once it holds it.
