@@ -6,7 +6,8 @@
 for program in ${needs:-}; do
     [ -x "$program" ] || { echo "SKIP: $program is not installed (make test installs it)"; exit 77; }
 done
-user=corvella-test
+# CORVELLA_TEST_USER names another (a long benchmark can then run beside the tests).
+user=${CORVELLA_TEST_USER:-corvella-test}
 if [ "$(id -u)" != 0 ]; then
     echo "SKIP: needs root to create the test user '$user' (the agent works in the real home folder)"
     exit 77
