@@ -646,14 +646,20 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
             }
             // A preview opens the database read-only and runs only what SQLite says cannot change it.
             Sqlite db;
-            if (!db.openExisting(native, m_services.preview != nullptr))
+            if (!db.openExisting(native, m_services.preview != nullptr)) {
+                problem(QStringLiteral("Corvella could not open %1; it was left as it was").arg(native));
                 return;
+            }
             if (m_services.preview && !db.isReadOnly(sql)) {
                 m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
                                            native, sizeBelow(native), sql);
                 return;
             }
-            rows = db.executeQuery(sql).value_or(QList<QVariantMap>());
+            const auto result = db.executeQuery(sql);
+            if (db.failedOnTheFile())
+                problem(QStringLiteral("Corvella could not change %1 (%2); it was left as it was")
+                            .arg(native, db.errorMessage()));
+            rows = result.value_or(QList<QVariantMap>());
         },
         kSandboxDenial);
     return rows;

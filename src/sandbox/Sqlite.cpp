@@ -142,6 +142,24 @@ int Sqlite::errorCode() const
     return sqlite3_errcode(m_db);
 }
 
+bool Sqlite::failedOnTheFile() const
+{
+    switch (sqlite3_errcode(m_db) & 0xff) {
+    case SQLITE_PERM:
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_READONLY:
+    case SQLITE_IOERR:
+    case SQLITE_CORRUPT:
+    case SQLITE_FULL:
+    case SQLITE_CANTOPEN:
+    case SQLITE_NOTADB:
+        return true;
+    default:
+        return false;
+    }
+}
+
 QString Sqlite::errorMessage() const
 {
     return QString::fromUtf8(sqlite3_errmsg(m_db));

@@ -52,6 +52,9 @@ public:
     bool rollback() { return executeNonQuery(QStringLiteral("ROLLBACK TRANSACTION;")); }
     int errorCode() const;
     QString errorMessage() const;
+    // Whether the last failure lay with the file or the disk (read-only, full, busy, damaged), not
+    // with the statement (a table an older browser lacks).
+    bool failedOnTheFile() const;
 
     bool prepareSql(const QString& sql, sqlite3_stmt** inStatament);
     bool executeStatament(sqlite3_stmt* statement);
