@@ -23,9 +23,13 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
         return profile + QLatin1Char('/') + QLatin1String(name);
     };
     const QString places = in("places.sqlite");
+    // Each statement may count on the ones before (places are found through their visits), so the
+    // rest waits for the next run when one fails.
     const auto runOnPlaces = [&](std::initializer_list<const char*> statements) {
-        for (const char* statement : statements)
-            sandbox.runSql(QLatin1String(statement), places);
+        for (const char* statement : statements) {
+            if (!sandbox.runSql(QLatin1String(statement), places))
+                return;
+        }
     };
     if (ofType == QLatin1String("downloads")) {
         clearDownloads(profile);
@@ -64,19 +68,22 @@ void FireFoxHistoryCleaner::clearDownloads(const QString& profile)
     if (sandbox.fileExists(downloads))
         rows = sandbox.returnArrayFromSql(QStringLiteral("SELECT name FROM moz_downloads;"), downloads)
                    .value_or(QList<QVariantMap>());
+    // The downloads' list names the places to remove, so it goes only once they are gone.
+    bool placesDone = true;
     if (sandbox.fileExists(places) && !rows.isEmpty()) {
-        sandbox.runSql(QStringLiteral("DELETE FROM moz_annos WHERE id > -1"), places);
+        placesDone = sandbox.runSql(QStringLiteral("DELETE FROM moz_annos WHERE id > -1"), places);
         for (const QVariantMap& row : rows) {
             const QVariant name = row.value(QStringLiteral("name"));
-            if (!name.isValid() || name.isNull())
+            if (!placesDone || !name.isValid() || name.isNull())
                 continue;
             if (const auto sql = SplicedSql::statement(
                     m_services, QStringLiteral("DELETE FROM moz_places WHERE title = '%@';"),
                     {name.toString()}, places))
-                sandbox.runSql(*sql, places);
+                placesDone = sandbox.runSql(*sql, places);
         }
         sandbox.runSql(QStringLiteral("VACUUM;"), places);
     }
-    sandbox.remove(downloads);
+    if (placesDone)
+        sandbox.remove(downloads);
     HistoryCleaner::clearDownloadHistory(sandbox);
 }

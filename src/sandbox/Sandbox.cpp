@@ -21,6 +21,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <dirent.h>
 #include <grp.h>
 #include <pwd.h>
@@ -615,18 +616,21 @@ std::optional<QString> Sandbox::nativePath(const QString& path) const
                                   checkForUserDirectory(path), m_services.install);
 }
 
-void Sandbox::runSql(const QString& sql, const QString& onfile)
+bool Sandbox::runSql(const QString& sql, const QString& onfile)
 {
-    returnArrayFromSql(sql, onfile);
+    QList<QVariantMap> rows;
+    return onfile.isEmpty() || runSqlFor(sql, onfile, rows);
 }
 
-void Sandbox::runSqlThenVacuum(const QStringList& statements, const QString& onfile)
+bool Sandbox::runSqlThenVacuum(const QStringList& statements, const QString& onfile)
 {
     if (!fileExists(onfile))
-        return;
-    for (const QString& statement : statements)
-        runSql(statement, onfile);
-    runSql(QStringLiteral("VACUUM;"), onfile);
+        return true;
+    for (const QString& statement : statements) {
+        if (!runSql(statement, onfile))
+            return false;
+    }
+    return runSql(QStringLiteral("VACUUM;"), onfile);
 }
 
 std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql, const QString& onfile)
@@ -634,7 +638,14 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
     if (onfile.isEmpty())
         return std::nullopt;
     QList<QVariantMap> rows;
-    envelope(
+    runSqlFor(sql, onfile, rows);
+    return rows;
+}
+
+bool Sandbox::runSqlFor(const QString& sql, const QString& onfile, QList<QVariantMap>& rows)
+{
+    bool ran = true;
+    const bool granted = envelope(
         onfile, Effect::Writes,
         [&](const QString& native) {
             if (!existsFollowingLinks(native))
@@ -644,10 +655,19 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
                     QStringLiteral("Corvella left %1 alone: it is not a SQLite database").arg(native));
                 return;
             }
+            // SQLite would open a file it cannot write read-only, and leave companion files behind
+            // with the file's permissions, which later writers (the browser) could not open.
+            if (!m_services.preview && ::access(QFile::encodeName(native).constData(), W_OK) != 0) {
+                problem(QStringLiteral("Corvella could not change %1 (%2); it was left as it was")
+                            .arg(native, QString::fromLocal8Bit(std::strerror(errno))));
+                ran = false;
+                return;
+            }
             // A preview opens the database read-only and runs only what SQLite says cannot change it.
             Sqlite db;
             if (!db.openExisting(native, m_services.preview != nullptr)) {
                 problem(QStringLiteral("Corvella could not open %1; it was left as it was").arg(native));
+                ran = false;
                 return;
             }
             if (m_services.preview && !db.isReadOnly(sql)) {
@@ -656,11 +676,13 @@ std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql
                 return;
             }
             const auto result = db.executeQuery(sql);
-            if (db.failedOnTheFile())
+            if (db.failedOnTheFile()) {
                 problem(QStringLiteral("Corvella could not change %1 (%2); it was left as it was")
                             .arg(native, db.errorMessage()));
+                ran = false;
+            }
             rows = result.value_or(QList<QVariantMap>());
         },
         kSandboxDenial);
-    return rows;
+    return granted && ran;
 }

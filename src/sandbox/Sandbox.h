@@ -97,10 +97,13 @@ public:
     // that cannot be opened (a running browser holds it) is left as it is, and logged.
     void removeLevelDbKeys(const QString& folder, const LevelDbStore::KeyFilter& filter);
 
-    // Runs the first statement of the text on the database, if it exists; never creates one.
-    void runSql(const QString& sql, const QString& onfile);
-    // When the database exists: each statement, then "VACUUM;", so no deleted row lingers in free pages.
-    void runSqlThenVacuum(const QStringList& statements, const QString& onfile);
+    // Runs the first statement of the text on the database, if it exists; never creates one. False
+    // when it could not run for the file's or the disk's sake (read-only, full, damaged) or was
+    // refused; a statement for a table the database lacks, or a missing database, is no failure.
+    bool runSql(const QString& sql, const QString& onfile);
+    // When the database exists: each statement, then "VACUUM;", so no deleted row lingers in free
+    // pages; stops at the first that fails as runSql says (the later ones may count on it).
+    bool runSqlThenVacuum(const QStringList& statements, const QString& onfile);
     // The rows; empty when the database is missing, the statement fails or access is refused;
     // no value for an empty path.
     std::optional<QList<QVariantMap>> returnArrayFromSql(const QString& sql, const QString& onfile);
@@ -123,6 +126,7 @@ private:
     // Replaces the file atomically; a failure leaves it as it was and is reported.
     void replaceFile(const QString& native, const QByteArray& bytes) const;
     void removeNative(const QString& nativePath);
+    bool runSqlFor(const QString& sql, const QString& onfile, QList<QVariantMap>& rows);
     FileTree::FileGate wipeGate() const;
 
     SandboxServices m_services;
