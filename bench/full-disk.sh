@@ -1,0 +1,20 @@
+#!/bin/bash
+# Full runs of corvella-clean on a home folder that is a small file system, filled up, and with
+# read-only files (bench/full_disk.py). Runs as the test user "corvella-test" (made when run as root;
+# CORVELLA_TEST_USER names another), whose home folder is a 96 MiB tmpfs for the run.
+# Usage: bench/full-disk.sh BIN_DIR
+set -eu
+bin_dir=$(realpath "$1")
+needs=/usr/bin/sqlite3
+. "$(dirname "$0")/../tests/integration/test-user.sh"
+templates=/var/tmp/corvella-heavy-profiles
+[ "$user" = corvella-test ] || templates=$templates-$user
+install -d -o "$user" "$templates"
+cp "$bin_dir/corvella-clean" "$work/"
+cp "$(dirname "$0")"/heavy_profile.py "$(dirname "$0")"/heavy_run.py "$(dirname "$0")"/kill_clean.py \
+    "$(dirname "$0")"/full_disk.py "$work/"
+cp -r "$(dirname "$0")/profiles" "$work/"
+mount -t tmpfs -o "size=96m,mode=0755,uid=$(id -u "$user"),gid=$(id -g "$user")" tmpfs "$home"
+trap 'umount -l "$home"; rm -rf "$work"' EXIT
+as_user "$work/corvella-clean" --allow-home-access --list >/dev/null
+as_user python3 "$work/full_disk.py" "$work/corvella-clean" "$templates"
