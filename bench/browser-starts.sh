@@ -7,14 +7,7 @@ set -eu
 bin_dir=$(realpath "$1")
 trials=${2:-50}
 needs="/usr/bin/sqlite3 /usr/bin/strace /usr/lib/chromium/chromium"
-. "$(dirname "$0")/../tests/integration/test-user.sh"
-templates=/var/tmp/corvella-heavy-profiles
-[ "$user" = corvella-test ] || templates=$templates-$user
-install -d -o "$user" "$templates"
-cp "$bin_dir/corvella-clean" "$work/"
-cp "$(dirname "$0")"/heavy_profile.py "$(dirname "$0")"/heavy_run.py "$(dirname "$0")"/kill_clean.py \
-    "$(dirname "$0")"/browser_starts.py "$work/"
-cp -r "$(dirname "$0")/profiles" "$work/"
+. "$(dirname "$0")/bench-user.sh"
 rm -rf "$home/.config/corvella"
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null
 as_user python3 "$work/browser_starts.py" "$work/corvella-clean" "$templates" "$trials"

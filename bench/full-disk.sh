@@ -6,14 +6,7 @@
 set -eu
 bin_dir=$(realpath "$1")
 needs=/usr/bin/sqlite3
-. "$(dirname "$0")/../tests/integration/test-user.sh"
-templates=/var/tmp/corvella-heavy-profiles
-[ "$user" = corvella-test ] || templates=$templates-$user
-install -d -o "$user" "$templates"
-cp "$bin_dir/corvella-clean" "$work/"
-cp "$(dirname "$0")"/heavy_profile.py "$(dirname "$0")"/heavy_run.py "$(dirname "$0")"/kill_clean.py \
-    "$(dirname "$0")"/full_disk.py "$work/"
-cp -r "$(dirname "$0")/profiles" "$work/"
+. "$(dirname "$0")/bench-user.sh"
 mount -t tmpfs -o "size=96m,mode=0755,uid=$(id -u "$user"),gid=$(id -g "$user")" tmpfs "$home"
 trap 'umount -l "$home"; rm -rf "$work"' EXIT
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null

@@ -9,12 +9,7 @@ bin_dir=$(realpath "$1"); shift
 rounds=${1:-5}; shift || true
 scales=${*:-0.01 0.1 1}
 needs=/usr/bin/sqlite3
-. "$(dirname "$0")/../tests/integration/test-user.sh"
-templates=/var/tmp/corvella-heavy-profiles
-install -d -o "$user" "$templates"
-cp "$bin_dir/corvella-clean" "$work/"
-cp "$(dirname "$0")"/heavy_profile.py "$(dirname "$0")"/heavy_run.py "$work/"
-cp -r "$(dirname "$0")/profiles" "$work/"
+. "$(dirname "$0")/bench-user.sh"
 rm -rf "$home/.config/corvella"
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null
 # shellcheck disable=SC2086
