@@ -9,6 +9,7 @@
 #include "sandbox/RunStop.h"
 
 #include <QCoreApplication>
+#include <QScopeGuard>
 
 namespace {
 
@@ -124,10 +125,16 @@ RunOutcome RemovalRun::perform(const QString& browser, const std::function<QVari
         services.log.log(QStringLiteral("Corvella skipped removing data of %1: it is running").arg(browser));
         return {RunOutcome::BrowserRunning, {}};
     }
-    if (services.stop && services.refuseRunningBrowser)
-        services.stop->arm([&] { return services.catalogue.browserIsRunning(browser); });
+    RunStop* const stop = services.refuseRunningBrowser ? services.stop : nullptr;
+    if (stop)
+        stop->arm([&] { return services.catalogue.browserIsRunning(browser); });
+    // Disarmed however the loop ends: the look it was armed with refers to this call's arguments.
+    const auto disarm = qScopeGuard([stop] {
+        if (stop)
+            stop->disarm();
+    });
     const QStringList labels = performCategoryLoop(browser, choices(), services.cleaners);
-    if (services.stop && services.stop->disarm()) {
+    if (stop && stop->disarm()) {
         services.log.log(
             QStringLiteral("Corvella stopped removing data of %1: it started during the run").arg(browser));
         return {RunOutcome::BrowserStarted, labels};
