@@ -2,8 +2,8 @@
 """Kills corvella-clean with SIGKILL at random moments of full runs on heavy Chromium and Firefox
 profiles, and checks what a kill leaves: every SQLite database passes PRAGMA integrity_check, every
 JSON file and property list parses, and the next run finishes the job (the profile ends exactly as
-one uninterrupted run leaves it: the same files, the same rows in every table, the same JSON, and no
-temporary file of ours).
+one uninterrupted run leaves it: the same files, the same rows in every table, the same JSON, no
+temporary file of ours and no journal without its database).
 
 Kills come in chains: a fresh profile is killed CHAIN times in a row (each run continuing what the
 last one left), then a run to the end is compared with the uninterrupted reference. Each kill moment
@@ -155,22 +155,29 @@ def main():
                 process.send_signal(signal.SIGKILL)
                 process.wait()
                 kills += 1
-            found = damage(folders, json_files)
-            problems += [f"{browser}, kill {kills}: {p}" for p in found]
+            found = [f"{browser}, kill {kills}: {p}" for p in damage(folders, json_files)]
+            for line in found:
+                print("  " + line, flush=True)
+            problems += found
         status, _ = full_run(clean, browser)
         runs += 1
         chains += 1
         wrong = differences(state(folders), reference)
         # A run killed between naming a new file and the rename leaves it; the next write removes it.
-        wrong += [p for p in walk([*folders, os.path.relpath(SETTINGS, HOME)]) if OUR_TEMPORARY.match(os.path.basename(p))]
+        # A database's journal without the database would be played into the next one of that name.
+        for path in walk([*folders, os.path.relpath(SETTINGS, HOME)]):
+            if OUR_TEMPORARY.match(os.path.basename(path)):
+                wrong.append(path)
+            for suffix in JOURNALS:
+                if path.endswith(suffix) and not os.path.exists(os.path.join(HOME, path[:-len(suffix)])):
+                    wrong.append(path)
         if status != 0 or wrong:
             unfinished.append(f"{browser}, chain {chains}: exit {status}, differs in {wrong[:5]}")
+            print("  " + unfinished[-1], flush=True)
         if chains % 25 == 0:
             print(f"  {kills} kills, {runs} runs, {len(problems)} problems, {len(unfinished)} unfinished "
                   f"({time.monotonic() - started:.0f} s)", flush=True)
 
-    for line in problems + unfinished:
-        print("  " + line)
     print(f"| kill -9 of corvella-clean at random moments, heavy profiles at {scale * 100:g} % | {kills} kills in "
           f"{runs} runs ({finished_early} runs ended before their kill) | {len(problems)} corrupt files, "
           f"{len(unfinished)} of {chains} jobs not finished by the next run |")

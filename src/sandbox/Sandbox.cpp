@@ -266,12 +266,12 @@ FileTree::FileGate Sandbox::wipeGate() const
 void Sandbox::removeNative(const QString& nativePath)
 {
     const auto st = lstatOf(nativePath);
-    if (!st)
-        return;
     const FileTree::FileGate gate = wipeGate();
-    if (!FileTree::removeItem(nativePath, gate) || !S_ISREG(st->st_mode))
+    if (st && (!FileTree::removeItem(nativePath, gate) || !S_ISREG(st->st_mode)))
         return;
-    // A database's journal, write-ahead log and shared memory would otherwise outlive it.
+    // A database's journal, write-ahead log and shared memory would otherwise outlive it; also when
+    // it is gone already (a run killed between the two): SQLite would play a journal left behind
+    // into the next database of that name.
     for (const char* suffix : kDatabaseCompanions)
         FileTree::removeItem(nativePath + QLatin1String(suffix), gate);
 }
@@ -283,13 +283,11 @@ void Sandbox::remove(const QString& path)
     envelope(
         path, Effect::Removes,
         [&](const QString& native) {
-            if (!lstatOf(native))
-                return; // a link is removed whether or not its target exists
-            if (m_services.preview)
+            if (!m_services.preview)
+                removeNative(native);
+            else if (lstatOf(native)) // a link is removed whether or not its target exists
                 m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "remove")),
                                            native, sizeBelow(native), QString());
-            else
-                removeNative(native);
         },
         kSandboxDenial);
 }

@@ -142,6 +142,10 @@ void TestSandbox::removingADatabaseTakesItsCompanions()
     home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
     QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files),
              QStringList{QStringLiteral("Cookies-backup")});
+    // A journal outliving its database (a run killed between the two) would be played into the next.
+    home.file(QStringLiteral("Default/Cookies-journal"));
+    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
+    QVERIFY(!home.exists(QStringLiteral("Default/Cookies-journal")));
 }
 
 void TestSandbox::linksOutOfTheHomeAreRemovedNeverFollowed()
