@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Three processes write the settings file at once (bench-settings-writer: the agent's and
 corvella-clean's settings store), each its own key with a rising number, over a file that also holds
-a real user's settings. At random moments one of them is killed with SIGKILL, mostly in the middle of
-a write, and started again after its last acknowledged number. After every kill the file must parse,
+a real user's settings. At random moments one of them is killed with SIGKILL once it is writing (most
+of its time goes to writes), and started again after its last acknowledged number. After every kill the file must parse,
 the user's settings must be as they were, and each writer's key must hold at least the last number
 its store acknowledged: no acknowledged change is lost, whoever was killed. At the end, after one
 more write, no temporary file of a killed writer may be left.
@@ -33,6 +33,7 @@ class Writer:
         self.start()
 
     def start(self):
+        self.first = self.acknowledged + 1
         self.process = subprocess.Popen([self.program, self.path, self.name, str(self.acknowledged + 1), "1000000000"],
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.reader = threading.Thread(target=self.read, args=(self.process,), daemon=True)
@@ -67,8 +68,12 @@ def main():
     writers = [Writer(program, path, name) for name in WRITERS]
     kills, problems, started = 0, [], time.monotonic()
     while kills < kills_wanted:
-        time.sleep(rng.uniform(0, 0.02))
+        # Killed once it is writing (it acknowledged a write since its start), at a random moment.
         victim = rng.choice(writers)
+        deadline = time.monotonic() + 5
+        while victim.acknowledged < victim.first and time.monotonic() < deadline:
+            time.sleep(0.0005)
+        time.sleep(rng.uniform(0, 0.01))
         errors = victim.kill()
         kills += 1
         if victim.process.returncode != -signal.SIGKILL:
