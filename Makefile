@@ -13,9 +13,9 @@ PACKAGES := cmake g++ make pkg-config clang-format \
 	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
 	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3 \
 	qt6-tools-dev qt6-l10n-tools qt6-translations-l10n librsvg2-bin \
-	dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev
+	dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev strace
 
-.PHONY: all deps configure build e2e-deps test run bench format clean package install translations fuzz
+.PHONY: all deps configure build e2e-deps test run bench reliability format clean package install translations fuzz
 
 all: build
 
@@ -73,6 +73,13 @@ translations: configure
 # Every benchmark and a table of their figures; about 20 minutes, and 4 GB in /var/tmp.
 bench: build
 	@bash bench/run-all.sh $(BUILD_DIR)/bin
+
+# The fault-injection tools at full strength (README, "Reliability"): about 50 minutes, as root.
+reliability: build
+	@bash bench/kill-clean.sh $(BUILD_DIR)/bin 1000 0.1
+	@python3 bench/settings_writers.py $(BUILD_DIR)/bin/bench-settings-writer 5000
+	@bash bench/full-disk.sh $(BUILD_DIR)/bin
+	@bash bench/browser-starts.sh $(BUILD_DIR)/bin 50
 
 # Fuzzes each parser of outside data for FUZZ_SECONDS (libFuzzer, clang, with the sanitizers), from
 # its seed corpus; findings land in tests/fuzz/regressions/NAME and are replayed by every build.
