@@ -18,7 +18,7 @@ QString DesktopEntry::iconName(const QByteArray& contents)
         if (!rest.startsWith('='))
             continue;
         // Values are UTF-8; anything else names no icon this program could find.
-        QStringDecoder utf8(QStringDecoder::Utf8);
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
         const QString name = utf8(rest.mid(1).trimmed());
         return utf8.hasError() ? QString() : name;
     }
