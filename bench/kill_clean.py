@@ -17,6 +17,7 @@ import os
 import plistlib
 import random
 import re
+import shutil
 import signal
 import sqlite3
 import subprocess
@@ -79,17 +80,35 @@ def state(folders):
     return found
 
 
-def damage(folders, json_files):
-    """What is wrong after a kill: corrupt databases, unparsable JSON or property lists."""
+def snapshot(full, folder):
+    """Copies a database and its journals as they are: opening it plays and removes its log."""
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    for suffix in ("", *JOURNALS):
+        if os.path.exists(full + suffix):
+            shutil.copy2(full + suffix, folder)
+
+
+def damage(folders, json_files, keep=None):
+    """What is wrong after a kill: corrupt databases, unparsable JSON or property lists. With keep, a
+    corrupt database's files are kept in that folder as the kill left them."""
     problems = []
+    stage = keep and os.path.join(os.path.dirname(keep), "last")
     for path in walk([*folders, os.path.relpath(SETTINGS, HOME)]):
         full = os.path.join(HOME, path)
         if path.endswith(JOURNALS) or OUR_TEMPORARY.match(os.path.basename(path)):
             continue
         elif is_database(full):
+            if stage:
+                snapshot(full, stage)
             verdict = integrity(path)
             if verdict != "ok":
                 problems.append(f"database {path}: {verdict}")
+                if stage:
+                    kept = os.path.join(keep, os.path.basename(path))
+                    os.makedirs(keep, exist_ok=True)
+                    os.rename(stage, kept)
+                    problems[-1] += f" (as the kill left it: {kept})"
         elif path in json_files:
             try:
                 with open(full, "rb") as f:
@@ -155,7 +174,8 @@ def main():
                 process.send_signal(signal.SIGKILL)
                 process.wait()
                 kills += 1
-            found = [f"{browser}, kill {kills}: {p}" for p in damage(folders, json_files)]
+            keep = os.path.join(work, "corrupt", f"kill-{kills}")
+            found = [f"{browser}, kill {kills}: {p}" for p in damage(folders, json_files, keep)]
             for line in found:
                 print("  " + line, flush=True)
             problems += found
