@@ -673,8 +673,13 @@ bool Sandbox::runSqlFor(const QString& sql, const QString& onfile, QList<QVarian
                                            native, sizeBelow(native), sql);
                 return;
             }
+            // A long statement (VACUUM rewrites the whole file) must not hold the database from a
+            // browser that starts meanwhile; SQLite undoes what it began.
+            db.interruptWhen([this] { return m_services.stop->stopped(); });
             const auto result = db.executeQuery(sql);
-            if (db.failedOnTheFile()) {
+            if (db.wasInterrupted()) {
+                ran = false;
+            } else if (db.failedOnTheFile()) {
                 problem(QStringLiteral("Corvella could not change %1 (%2); it was left as it was")
                             .arg(native, db.errorMessage()));
                 ran = false;

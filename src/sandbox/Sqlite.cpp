@@ -137,6 +137,22 @@ void Sqlite::close()
     m_filePath.clear();
 }
 
+void Sqlite::interruptWhen(std::function<bool()> check)
+{
+    m_interruptWhen = std::move(check);
+    if (!m_db)
+        return;
+    constexpr int kStepsBetweenChecks = 4000;
+    sqlite3_progress_handler(
+        m_db, m_interruptWhen ? kStepsBetweenChecks : 0,
+        [](void* self) { return static_cast<Sqlite*>(self)->m_interruptWhen() ? 1 : 0; }, this);
+}
+
+bool Sqlite::wasInterrupted() const
+{
+    return m_db && sqlite3_errcode(m_db) == SQLITE_INTERRUPT;
+}
+
 int Sqlite::errorCode() const
 {
     return sqlite3_errcode(m_db);

@@ -4,6 +4,7 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <functional>
 #include <optional>
 
 struct sqlite3;
@@ -41,6 +42,11 @@ public:
     // Whether the file is a SQLite database (its header says so); a zero-byte file is not.
     static bool isDatabaseFile(const QString& path);
     void close();
+    // While the connection is open, a running statement asks the check every few thousand of SQLite's
+    // steps and, when it answers true, stops; SQLite undoes what the statement did and it fails
+    // (wasInterrupted tells it from other failures).
+    void interruptWhen(std::function<bool()> check);
+    bool wasInterrupted() const;
 
     // Runs only the first statement of the text; no value when it does not prepare. Throws
     // std::out_of_range when the statement has more parameters than arguments.
@@ -66,6 +72,7 @@ public:
 private:
     void bindArguments(sqlite3_stmt* statement, const QVariantList& arguments);
 
+    std::function<bool()> m_interruptWhen;
     qint64 m_busyRetryTimeout = 0;
     QString m_filePath;
     sqlite3* m_db = nullptr;

@@ -18,6 +18,7 @@ private slots:
     void failuresGiveEmptyResults_data();
     void failuresGiveEmptyResults();
     void aLockedDatabaseReturnsQuicklyUnchanged();
+    void aStatementRunningWhenTheBrowserStartsIsUndone();
 
 private:
     int count(const QString& table)
@@ -101,6 +102,20 @@ void TestSqlite::aLockedDatabaseReturnsQuicklyUnchanged()
 
     QVERIFY(browser.rollback());
     QCOMPARE(count(QStringLiteral("cookies")), 2);
+}
+
+void TestSqlite::aStatementRunningWhenTheBrowserStartsIsUndone()
+{
+    // Seconds of work if it ran to the end; the browser is seen starting at the first look (50 ms).
+    const QString slow =
+        QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < "
+                       "100000000) DELETE FROM cookies WHERE id IN (SELECT i FROM n)");
+    m_home->sandbox.runStop().arm([] { return true; });
+    QVERIFY(!m_home->sandbox.runSql(slow, m_db));
+    QVERIFY(m_home->sandbox.runStop().disarm());
+    QCOMPARE(count(QStringLiteral("cookies")), 2);
+    QVERIFY(m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies WHERE id = 2"), m_db));
+    QCOMPARE(count(QStringLiteral("cookies")), 1);
 }
 
 QTEST_GUILESS_MAIN(TestSqlite)
