@@ -29,20 +29,21 @@ ALLOWED_MS = 1000
 
 
 def changes(trace):
-    """The wall-clock times of the run's file-changing calls."""
-    times = []
+    """The run's file-changing calls: wall-clock time and the call as strace shows it (with -y, a file
+    descriptor shows its file)."""
+    calls = []
     with open(trace) as f:
         for line in f:
             match = CALL.match(line)
             if not match or "= -1" in line:
                 continue
             when, name, arguments = float(match.group(1)), match.group(2), match.group(3)
-            if name == "write" and re.match(r"[12],", arguments):
+            if name == "write" and re.match(r"[12]<", arguments):
                 continue
             if name == "openat" and not re.search(r"O_CREAT|O_TMPFILE|O_TRUNC", arguments):
                 continue
-            times.append(when)
-    return times
+            calls.append((when, f"{name}({arguments[:120]}"))
+    return calls
 
 
 def main():
@@ -64,14 +65,15 @@ def main():
     for trial in range(trials):
         install(template, folders)
         trace = tempfile.mktemp(prefix="corvella-trace.")
-        run = subprocess.Popen(["strace", "--seccomp-bpf", "-f", "-ttt", "-e", f"trace={CHANGES}", "-o", trace,
+        run = subprocess.Popen(["strace", "--seccomp-bpf", "-f", "-ttt", "-y", "-e", f"trace={CHANGES}", "-o", trace,
                                 clean, "Chromium", *CATEGORIES], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         time.sleep(rng.uniform(0.2, length))
         started = time.time()
         browser = subprocess.Popen([CHROMIUM, "--headless=new", "--no-sandbox", "--no-first-run", "about:blank"],
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
         status = run.wait(timeout=120)
-        after = [t - started for t in changes(trace) if t > started]
+        late_calls = [(t - started, call) for t, call in changes(trace) if t > started]
+        after = [t for t, _ in late_calls]
         os.remove(trace)
         time.sleep(1)
         os.killpg(browser.pid, signal.SIGTERM)
@@ -86,7 +88,8 @@ def main():
             worst_ms = max(worst_ms, max(after) * 1000)
             if max(after) * 1000 > ALLOWED_MS:
                 late += 1
-                problems.append(f"trial {trial}: a change {max(after) * 1000:.0f} ms after the browser started")
+                problems.append(f"trial {trial}: a change {max(after) * 1000:.0f} ms after the browser started; "
+                                f"the last: {late_calls[-1][1]}")
         problems += [f"trial {trial}: {p}" for p in damage(list(folders), json_files)]
     for line in problems:
         print("  " + line)
