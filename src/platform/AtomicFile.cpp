@@ -137,9 +137,12 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
         mode = st.st_mode & 07777;
 
     // The new file has no name while it is written, where the file system allows (O_TMPFILE), so a
-    // program killed before the rename leaves nothing behind; it is named just before the rename.
+    // program killed before the rename leaves nothing behind; it is named just before the rename,
+    // through /proc (without it, a sandbox or a bare container, the file is named from the start).
     QByteArray temporary = folder + "/." + native.mid(slash + 1) + ".corvella-XXXXXX";
-    int fd = ::open(folder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    int fd = ::access("/proc/self/fd", X_OK) == 0
+                 ? ::open(folder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600)
+                 : -1;
     bool named = fd < 0;
     if (named)
         fd = ::mkostemp(temporary.data(), O_CLOEXEC);
