@@ -26,3 +26,9 @@ bool RunStop::stopped()
     }
     return m_stopped;
 }
+
+bool RunStop::armed()
+{
+    QMutexLocker lock(&m_mutex);
+    return bool(m_browserRuns);
+}

@@ -18,6 +18,7 @@ public:
     // Whether the run was stopped.
     bool disarm();
     bool stopped();
+    bool armed();
 
 private:
     QMutex m_mutex;
