@@ -14,7 +14,7 @@ class RunStop
 public:
     static constexpr qint64 kLookIntervalMs = 50;
 
-    void arm(std::function<bool()> browserRuns);
+    void arm(std::function<bool()> browserRuns, qint64 lookIntervalMs = kLookIntervalMs);
     // Whether the run was stopped.
     bool disarm();
     bool stopped();
@@ -24,5 +24,6 @@ private:
     QMutex m_mutex;
     std::function<bool()> m_browserRuns;
     QElapsedTimer m_sinceLook;
+    qint64 m_lookIntervalMs = kLookIntervalMs;
     bool m_stopped = false;
 };

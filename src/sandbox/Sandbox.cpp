@@ -238,13 +238,14 @@ bool Sandbox::hasAccess()
 
 // Each file of a tree is let through only while the browser has not started again, and is
 // overwritten first when the user chose secure delete.
-FileTree::FileGate Sandbox::wipeGate() const
+FileTree::FileGate Sandbox::wipeGate(bool heedTheStop) const
 {
     const bool wipe = m_services.defaults.boolForKey(SettingsKeys::secureDeleteData);
-    if (!wipe && !m_services.stop->armed())
+    heedTheStop = heedTheStop && m_services.stop->armed();
+    if (!wipe && !heedTheStop)
         return {}; // every file may go, and the tree is walked without building each one's path
-    return [this, wipe](int dirFd, const QByteArray& name, const QString& path) {
-        if (m_services.stop->stopped())
+    return [this, wipe, heedTheStop](int dirFd, const QByteArray& name, const QString& path) {
+        if (heedTheStop && m_services.stop->stopped())
             return false;
         if (!wipe)
             return true;
@@ -273,9 +274,11 @@ void Sandbox::removeNative(const QString& nativePath)
         return;
     // A database's journal, write-ahead log and shared memory would otherwise outlive it; also when
     // it is gone already (a run killed between the two): SQLite would play a journal left behind
-    // into the next database of that name.
+    // into the next database of that name. Once the database went, they go with it even if the
+    // browser was seen starting meanwhile.
+    const FileTree::FileGate companionGate = st ? wipeGate(false) : gate;
     for (const char* suffix : kDatabaseCompanions)
-        FileTree::removeItem(nativePath + QLatin1String(suffix), gate);
+        FileTree::removeItem(nativePath + QLatin1String(suffix), companionGate);
 }
 
 void Sandbox::remove(const QString& path)

@@ -127,7 +127,7 @@ private:
     void replaceFile(const QString& native, const QByteArray& bytes) const;
     void removeNative(const QString& nativePath);
     bool runSqlFor(const QString& sql, const QString& onfile, QList<QVariantMap>& rows);
-    FileTree::FileGate wipeGate() const;
+    FileTree::FileGate wipeGate(bool heedTheStop = true) const;
 
     SandboxServices m_services;
 };

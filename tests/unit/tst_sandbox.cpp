@@ -146,6 +146,16 @@ void TestSandbox::removingADatabaseTakesItsCompanions()
     home.file(QStringLiteral("Default/Cookies-journal"));
     home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
     QVERIFY(!home.exists(QStringLiteral("Default/Cookies-journal")));
+    // The browser seen starting right after the database went (looks: the change, the database, then
+    // its journal) does not part the two either.
+    home.file(QStringLiteral("Default/Cookies"));
+    home.file(QStringLiteral("Default/Cookies-journal"));
+    int looks = 0;
+    home.sandbox.runStop().arm([&] { return ++looks > 2; }, 0);
+    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
+    home.sandbox.runStop().disarm();
+    QVERIFY(!home.exists(QStringLiteral("Default/Cookies")));
+    QVERIFY(!home.exists(QStringLiteral("Default/Cookies-journal")));
 }
 
 void TestSandbox::linksOutOfTheHomeAreRemovedNeverFollowed()
