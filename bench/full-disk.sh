@@ -8,6 +8,6 @@ bin_dir=$(realpath "$1")
 needs=/usr/bin/sqlite3
 . "$(dirname "$0")/bench-user.sh"
 mount -t tmpfs -o "size=96m,mode=0755,uid=$(id -u "$user"),gid=$(id -g "$user")" tmpfs "$home"
-trap 'umount -l "$home"; rm -rf "$work"' EXIT
+on_exit='umount -l "$home"'
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null
 as_user python3 "$work/full_disk.py" "$work/corvella-clean" "$templates"

@@ -1,7 +1,8 @@
 # Sourced by the integration tests: the dedicated test user "corvella-test" (made when missing; the
 # agent works in the real home folder, so the tests never run as the developer), its home folder in
-# $home, and a scratch folder in $work that every user can enter, removed on exit; and the helpers
-# as_user and check.
+# $home, and a scratch folder in $work that every user can enter, removed on exit (after $on_exit,
+# a script's own clean-up); and the helpers as_user and check. What a sanitizer (a SANITIZE=1 build)
+# finds in a program run as the test user fails the test, even when the program ran in the background.
 # Exits 77 (skipped) unless run as root, or when a program named in $needs is not installed.
 for program in ${needs:-}; do
     [ -x "$program" ] || { echo "SKIP: $program is not installed (make test installs it)"; exit 77; }
@@ -15,11 +16,27 @@ fi
 id "$user" >/dev/null 2>&1 || useradd --create-home --shell /bin/sh "$user" || exit 1
 home=$(getent passwd "$user" | cut -d: -f6)
 work=$(mktemp -d /tmp/corvella-test.XXXXXX)
-trap 'rm -rf "$work"' EXIT
 chmod 755 "$work"
+findings=$work/sanitizer-findings
+install -d -o "$user" "$findings"
+finish() {
+    local status=$?
+    if [ -n "$(ls -A "$findings" 2>/dev/null)" ]; then
+        cat "$findings"/*
+        echo "FAIL: a sanitizer found the fault above"
+        status=1
+    fi
+    eval "${on_exit:-}"
+    rm -rf "$work"
+    exit $status
+}
+trap finish EXIT
 
-# Runs a command as the test user, with a clean environment.
-as_user() { runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin "$@"; }
+# Runs a command as the test user, with a clean environment but for where sanitizers report.
+as_user() {
+    runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin ASAN_OPTIONS="log_path=$findings/asan" \
+        UBSAN_OPTIONS="log_path=$findings/ubsan:print_stacktrace=1" "$@"
+}
 # check CONDITION MESSAGE: prints the message and marks the test failed when the condition is false.
 fail=0
 check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }

@@ -29,7 +29,7 @@ as_user "$work/corvella-clean" --allow-home-access --list >/dev/null # granted b
 display=:$((90 + RANDOM % 100))
 Xvfb "$display" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
-trap 'kill $xvfb 2>/dev/null; rm -rf "$work"' EXIT
+on_exit='kill $xvfb 2>/dev/null'
 sleep 1
 
 cat > "$work/scenario.sh" <<'SCENARIO'
