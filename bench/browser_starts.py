@@ -38,7 +38,9 @@ def changes(trace):
             if not match or "= -1" in line:
                 continue
             when, name, arguments = float(match.group(1)), match.group(2), match.group(3)
-            if name == "write" and re.match(r"[12]<", arguments):
+            # Writes count when they go to a file (-y names it): not the log, not a thread's wake-up
+            # (an eventfd), a pipe or a socket.
+            if name in ("write", "pwrite64") and not re.match(r"\d+</(?!dev/)", arguments):
                 continue
             if name == "openat" and not re.search(r"O_CREAT|O_TMPFILE|O_TRUNC", arguments):
                 continue
