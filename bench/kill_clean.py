@@ -7,8 +7,9 @@ temporary file of ours and no journal without its database).
 
 Kills come in chains: a fresh profile is killed CHAIN times in a row (each run continuing what the
 last one left), then a run to the end is compared with the uninterrupted reference. Each kill moment
-is drawn uniformly from the length of an uninterrupted run. Runs in the home folder of the user who
-starts it (the benchmark's own test user: see kill-clean.sh).
+is drawn uniformly from the length of an uninterrupted run. A corrupt database's files are kept, as
+the kill left them, in WORK_FOLDER/corrupt/kill-N/. Runs in the home folder of the user who starts it
+(the benchmark's own test user: see kill-clean.sh).
 
 Usage: kill_clean.py CORVELLA_CLEAN WORK_FOLDER KILLS SCALE [CHAIN]
 """
