@@ -8,7 +8,8 @@
 // Stops a removal run from touching a browser's files once the browser has started again: every copy
 // of a file layer shares one, a run arms it with a look at the browser, and each change the file
 // layer is about to make asks it first. A look reads /proc, so it is taken at most every
-// kLookIntervalMs; once the browser was seen, the run stays stopped until it disarms.
+// kLookIntervalMs (or the interval the run armed it with); once the browser was seen, the run stays
+// stopped until it disarms.
 class RunStop
 {
 public:

@@ -236,8 +236,8 @@ bool Sandbox::hasAccess()
         .accessFilePath(home, true, [] {});
 }
 
-// Each file of a tree is let through only while the browser has not started again, and is
-// overwritten first when the user chose secure delete.
+// Each file of a tree is let through only while the browser has not started again (when the gate
+// heeds the run's stop), and is overwritten first when the user chose secure delete.
 FileTree::FileGate Sandbox::wipeGate(bool heedTheStop) const
 {
     const bool wipe = m_services.defaults.boolForKey(SettingsKeys::secureDeleteData);

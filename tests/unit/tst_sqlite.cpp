@@ -106,7 +106,7 @@ void TestSqlite::aLockedDatabaseReturnsQuicklyUnchanged()
 
 void TestSqlite::aStatementRunningWhenTheBrowserStartsIsUndone()
 {
-    // Seconds of work if it ran to the end; the browser is seen starting at the first look (50 ms).
+    // Most of a minute of work if it ran to the end; the browser is seen at the first look (50 ms).
     const QString slow =
         QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < "
                        "100000000) DELETE FROM cookies WHERE id IN (SELECT i FROM n)");
