@@ -100,12 +100,17 @@ def damage(folders, json_files, keep=None):
         if path.endswith(JOURNALS) or OUR_TEMPORARY.match(os.path.basename(path)):
             continue
         elif is_database(full):
-            if stage:
+            # The check leaves a database without a log as it found it: only one with a log is copied
+            # before it, any other only when found corrupt.
+            copied = stage and any(os.path.exists(full + suffix) for suffix in JOURNALS)
+            if copied:
                 snapshot(full, stage)
             verdict = integrity(path)
             if verdict != "ok":
                 problems.append(f"database {path}: {verdict}")
                 if stage:
+                    if not copied:
+                        snapshot(full, stage)
                     kept = os.path.join(keep, os.path.basename(path))
                     os.makedirs(keep, exist_ok=True)
                     os.rename(stage, kept)
