@@ -4,6 +4,7 @@
 # a script's own clean-up); and the helpers as_user and check. What a sanitizer (a SANITIZE=1 build)
 # finds in a program run as the test user fails the test, even when the program ran in the background.
 # Exits 77 (skipped) unless run as root, or when a program named in $needs is not installed.
+integration_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 for program in ${needs:-}; do
     [ -x "$program" ] || { echo "SKIP: $program is not installed (make test installs it)"; exit 77; }
 done
@@ -21,8 +22,7 @@ findings=$work/sanitizer-findings
 install -d -o "$user" "$findings"
 finish() {
     local status=$?
-    if [ -n "$(ls -A "$findings" 2>/dev/null)" ]; then
-        cat "$findings"/*
+    if ! bash "$integration_dir/sanitizer-findings.sh" "$findings"; then
         echo "FAIL: a sanitizer found the fault above"
         status=1
     fi
