@@ -133,7 +133,17 @@ int main(int argc, char* argv[])
     const QStringList arguments = QApplication::arguments();
     const QByteArray request =
         arguments.size() > 1 ? arguments.at(1).toUtf8() : QByteArrayLiteral("activate");
-    if (!instance.claim(request)) {
+    const SingleInstance::Claim claim = instance.claim(request);
+    if (claim == SingleInstance::Claim::Refused) {
+        print(
+            QStringLiteral("corvella: ") +
+            AgentMain::tr("%1 is not a private folder of yours (a folder you own with mode 0700), so another "
+                          "user could pose as the agent there. Remove it, or start Corvella in a desktop "
+                          "session (XDG_RUNTIME_DIR).")
+                .arg(instance.folder()));
+        return 1;
+    }
+    if (claim == SingleInstance::Claim::HandedOver) {
         if (instance.runningPid() > 0)
             print(QStringLiteral("corvella: ") +
                   AgentMain::tr("the agent is already running (pid %1); handed over to it.")

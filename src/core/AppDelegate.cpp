@@ -54,7 +54,7 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
 
 AppDelegate::AppDelegate(const AppServices& services, QObject* parent)
     : QObject(parent), m_defaults(services.defaults), m_log(services.log), m_services(services),
-      m_cloudSync(std::make_unique<CloudSync>(services.defaults, services.cloudStore))
+      m_cloudSync(std::make_unique<CloudSync>(services.defaults, services.cloudStore, services.log))
 {}
 
 AppDelegate::~AppDelegate()

@@ -2,6 +2,7 @@
 
 #include "platform/CloudKeyValueStore.h"
 #include "platform/SettingsKeys.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
 const QStringList CloudSync::keys{SettingsKeys::showInMenu,           SettingsKeys::hideDock,
@@ -10,8 +11,36 @@ const QStringList CloudSync::keys{SettingsKeys::showInMenu,           SettingsKe
                                   SettingsKeys::displayNotifications, SettingsKeys::scheduledCheckInterval,
                                   SettingsKeys::automaticallyUpdate,  SettingsKeys::enableAutomaticChecks};
 
-CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store) : m_defaults(defaults), m_store(store)
+CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store, SystemLog& log)
+    : m_defaults(defaults), m_store(store), m_log(log)
 {}
+
+bool CloudSync::isSharedValue(const QString& key, const QVariant& value)
+{
+    if (!keys.contains(key))
+        return false;
+    if (key == SettingsKeys::scheduledCheckInterval)
+        return value.typeId() == QMetaType::LongLong && value.toLongLong() >= 0;
+    if (key != SettingsKeys::settings)
+        return value.typeId() == QMetaType::Bool;
+    if (value.typeId() != QMetaType::QVariantMap)
+        return false;
+    const QVariantMap selection = value.toMap();
+    for (auto it = selection.cbegin(); it != selection.cend(); ++it) {
+        // A browser or category this version does not know is fine (a newer machine's); a shape that
+        // is no "Browser:category" entry is not.
+        const QString& entry = it.key();
+        const qsizetype colon = entry.indexOf(QLatin1Char(':'));
+        if (it->typeId() != QMetaType::Bool || colon <= 0 || colon + 1 == entry.size() ||
+            entry.indexOf(QLatin1Char(':'), colon + 1) >= 0 || entry.size() > 100)
+            return false;
+        for (const QChar c : entry) {
+            if (!c.isPrint())
+                return false;
+        }
+    }
+    return true;
+}
 
 CloudSync::~CloudSync()
 {
@@ -63,6 +92,16 @@ void CloudSync::updateFromiCloud()
     QVariantMap changed;
     const QVariantMap stored = m_store.dictionaryRepresentation();
     for (auto it = stored.cbegin(); it != stored.cend(); ++it) {
+        if (!isSharedValue(it.key(), it.value())) {
+            if (!m_logged.contains(it.key()) && m_logged.size() < 100) {
+                m_logged.insert(it.key());
+                m_log.log(QStringLiteral("Corvella Sync: \"%1\" from the synced folder was ignored: %2")
+                              .arg(it.key().left(100), keys.contains(it.key())
+                                                           ? QStringLiteral("not a value of its kind")
+                                                           : QStringLiteral("not a shared setting")));
+            }
+            continue;
+        }
         const auto mine = m_defaults.objectForKey(it.key());
         if (!mine || *mine != it.value() || mine->typeId() != it.value().typeId())
             changed.insert(it.key(), it.value());

@@ -76,7 +76,9 @@ void removeLeftovers(const QByteArray& folder, const QByteArray& prefix)
 
 namespace AtomicFile {
 
-std::optional<QByteArray> read(const QString& path, QString* error, qint64 maxBytes)
+namespace {
+
+std::optional<QByteArray> readFile(const QString& path, QString* error, qint64 maxBytes, bool ownFileOnly)
 {
     auto fail = [error](const QString& reason) -> std::optional<QByteArray> {
         if (error)
@@ -84,14 +86,20 @@ std::optional<QByteArray> read(const QString& path, QString* error, qint64 maxBy
         return std::nullopt;
     };
     // Non-blocking, so a FIFO put in a file's place cannot hang the reader.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int fd = ::open(QFile::encodeName(path).constData(),
+                          O_RDONLY | O_NONBLOCK | O_CLOEXEC | (ownFileOnly ? O_NOFOLLOW : 0));
     if (fd < 0)
-        return fail(errorText("cannot open", errno));
+        return fail(errno == ELOOP && ownFileOnly ? QStringLiteral("a link, not a file")
+                                                  : errorText("cannot open", errno));
     struct stat st
     {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
         return fail(QStringLiteral("not a regular file"));
+    }
+    if (ownFileOnly && st.st_uid != ::geteuid()) {
+        ::close(fd);
+        return fail(QStringLiteral("owned by another user"));
     }
     if (st.st_size > maxBytes) {
         ::close(fd);
@@ -121,10 +129,10 @@ std::optional<QByteArray> read(const QString& path, QString* error, qint64 maxBy
     return bytes;
 }
 
-QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
+QString writeFile(const QString& path, const QByteArray& bytes, mode_t newFileMode, bool followLink)
 {
     QString target = path;
-    if (QFileInfo(path).isSymLink() && QFileInfo::exists(path))
+    if (followLink && QFileInfo(path).isSymLink() && QFileInfo::exists(path))
         target = QFileInfo(path).canonicalFilePath();
     const QByteArray native = QFile::encodeName(target);
     const qsizetype slash = native.lastIndexOf('/');
@@ -133,7 +141,7 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
     mode_t mode = newFileMode;
     struct stat st
     {};
-    if (::stat(native.constData(), &st) == 0)
+    if (::lstat(native.constData(), &st) == 0 && S_ISREG(st.st_mode))
         mode = st.st_mode & 07777;
 
     // The new file has no name while it is written, where the file system allows (O_TMPFILE), so a
@@ -184,6 +192,28 @@ QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
             return errorText("cannot sync the folder", saved);
     }
     return QString();
+}
+
+} // namespace
+
+std::optional<QByteArray> read(const QString& path, QString* error, qint64 maxBytes)
+{
+    return readFile(path, error, maxBytes, false);
+}
+
+std::optional<QByteArray> readOwnFile(const QString& path, QString* error, qint64 maxBytes)
+{
+    return readFile(path, error, maxBytes, true);
+}
+
+QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode)
+{
+    return writeFile(path, bytes, newFileMode, true);
+}
+
+QString replaceName(const QString& path, const QByteArray& bytes, mode_t newFileMode)
+{
+    return writeFile(path, bytes, newFileMode, false);
 }
 
 } // namespace AtomicFile

@@ -18,6 +18,11 @@ constexpr qint64 kMaxReadBytes = 64 * 1024 * 1024;
 std::optional<QByteArray> read(const QString& path, QString* error = nullptr,
                                qint64 maxBytes = kMaxReadBytes);
 
+// The same for a file that may come from someone else (a synced folder): only a regular file of this
+// user at the name itself; a link there is refused, not followed.
+std::optional<QByteArray> readOwnFile(const QString& path, QString* error = nullptr,
+                                      qint64 maxBytes = kMaxReadBytes);
+
 // Replaces the file atomically: readers see the old file or the new one. Every write, the sync of the
 // file and the rename are checked, and the folder is synced after the rename, so a full disk or any
 // failure leaves the old file exactly as it was. The new file keeps the old one's permissions, or gets
@@ -25,5 +30,8 @@ std::optional<QByteArray> read(const QString& path, QString* error = nullptr,
 // same file killed in the middle left behind is removed (writers of one file must take turns).
 // The reason of a failure, or an empty string when the file was replaced.
 QString write(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0600);
+
+// The same, but what is at the name itself is replaced: a link there is never written through.
+QString replaceName(const QString& path, const QByteArray& bytes, mode_t newFileMode = 0600);
 
 } // namespace AtomicFile

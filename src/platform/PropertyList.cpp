@@ -6,7 +6,9 @@
 
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -101,9 +103,9 @@ std::optional<QVariant> fromNode(plist_t node)
 // XML property lists are read and written here rather than by libplist: its XML side keeps dates as
 // 32-bit seconds and unsigned integers as signed ones, and refuses a byte-order mark or UTF-16,
 // all of which other property-list tools write.
-std::optional<QVariant> readXmlValue(QXmlStreamReader& xml);
+std::optional<QVariant> readXmlValue(QXmlStreamReader& xml, int depth);
 
-std::optional<QVariant> readXmlDict(QXmlStreamReader& xml)
+std::optional<QVariant> readXmlDict(QXmlStreamReader& xml, int depth)
 {
     QVariantMap map;
     while (xml.readNextStartElement()) {
@@ -112,7 +114,7 @@ std::optional<QVariant> readXmlDict(QXmlStreamReader& xml)
         const QString key = xml.readElementText();
         if (xml.hasError() || !xml.readNextStartElement())
             return std::nullopt;
-        auto value = readXmlValue(xml);
+        auto value = readXmlValue(xml, depth + 1);
         if (!value)
             return std::nullopt;
         map.insert(key, *value);
@@ -120,15 +122,17 @@ std::optional<QVariant> readXmlDict(QXmlStreamReader& xml)
     return QVariant(map);
 }
 
-std::optional<QVariant> readXmlValue(QXmlStreamReader& xml)
+std::optional<QVariant> readXmlValue(QXmlStreamReader& xml, int depth)
 {
+    if (depth > PropertyList::kMaxDepth)
+        return std::nullopt;
     const QStringView name = xml.name();
     if (name == QLatin1String("dict"))
-        return readXmlDict(xml);
+        return readXmlDict(xml, depth);
     if (name == QLatin1String("array")) {
         QVariantList list;
         while (xml.readNextStartElement()) {
-            auto item = readXmlValue(xml);
+            auto item = readXmlValue(xml, depth + 1);
             if (!item)
                 return std::nullopt;
             list.append(*item);
@@ -180,7 +184,7 @@ std::optional<QVariant> parseXml(const QByteArray& bytes)
     QXmlStreamReader xml(bytes); // finds the encoding from a byte-order mark or the declaration
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("plist") || !xml.readNextStartElement())
         return std::nullopt;
-    auto value = readXmlValue(xml);
+    auto value = readXmlValue(xml, 1);
     if (!value)
         return std::nullopt;
     // Nothing but the end of the plist element and of the document may follow.
@@ -342,6 +346,88 @@ bool binaryHasNulInText(const QByteArray& bytes)
     return false;
 }
 
+// Whether no chain of arrays and dictionaries in a binary property list is deeper than `limit` (a loop
+// is endless, so too deep). libplist and our reader descend by recursion: a file nested deeper (60,000
+// levels fit in a few hundred kilobytes) would overflow the stack and stop the whole program. A table
+// this walk cannot follow is left to libplist, which refuses it itself.
+bool binaryDepthWithin(const QByteArray& bytes, int limit)
+{
+    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
+    const quint64 size = quint64(bytes.size());
+    if (size < 8 + 32)
+        return true;
+    const uchar* trailer = data + size - 32;
+    const int offsetSize = trailer[6];
+    const int refSize = trailer[7];
+    const quint64 objects = bigEndian(trailer + 8, 8);
+    const quint64 top = bigEndian(trailer + 16, 8);
+    const quint64 table = bigEndian(trailer + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || table >= size ||
+        objects > (size - table) / quint64(offsetSize) || top >= objects)
+        return true;
+    // The objects an array, set or dictionary refers to (a dictionary's keys, then its values).
+    const auto children = [&](quint64 object) {
+        std::vector<quint64> refs;
+        quint64 at = bigEndian(data + table + object * quint64(offsetSize), offsetSize);
+        if (at >= size)
+            return refs;
+        const int kind = data[at] >> 4; // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary
+        if (kind < 0xA || kind > 0xD)
+            return refs;
+        quint64 count = data[at] & 0x0F;
+        ++at;
+        if (count == 0x0F) {
+            if (at >= size || (data[at] >> 4) != 1)
+                return refs;
+            const int countSize = 1 << (data[at] & 0x0F);
+            if (countSize > 8 || at + 1 + quint64(countSize) > size)
+                return refs;
+            count = bigEndian(data + at + 1, countSize);
+            at += 1 + quint64(countSize);
+        }
+        if (kind == 0xD)
+            count = count > size ? size : count * 2;
+        if (count > (size - std::min(at, size)) / quint64(refSize))
+            return refs;
+        for (quint64 i = 0; i < count; ++i) {
+            const quint64 ref = bigEndian(data + at + i * quint64(refSize), refSize);
+            if (ref < objects)
+                refs.push_back(ref);
+        }
+        return refs;
+    };
+    // Depth-first with an explicit stack; each object's height is worked out once.
+    std::vector<int> height(objects, -1); // -1 not seen, -2 on the current path
+    std::vector<std::pair<quint64, std::vector<quint64>>> path;
+    path.push_back({top, children(top)});
+    height[top] = -2;
+    while (!path.empty()) {
+        if (int(path.size()) > limit)
+            return false;
+        auto& [object, refs] = path.back();
+        if (refs.empty()) {
+            int deepest = 0;
+            for (const quint64 child : children(object))
+                deepest = std::max(deepest, height[child]);
+            height[object] = deepest + 1;
+            path.pop_back();
+            continue;
+        }
+        const quint64 next = refs.back();
+        refs.pop_back();
+        if (height[next] == -2)
+            return false; // a loop
+        if (height[next] >= 0) {
+            if (int(path.size()) + height[next] > limit)
+                return false;
+            continue;
+        }
+        height[next] = -2;
+        path.push_back({next, children(next)});
+    }
+    return true;
+}
+
 } // namespace
 
 namespace PropertyList {
@@ -352,7 +438,7 @@ std::optional<QVariant> parse(const QByteArray& bytes)
         return std::nullopt;
     if (!bytes.startsWith("bplist"))
         return parseXml(bytes);
-    if (binaryHasNulInText(bytes))
+    if (binaryHasNulInText(bytes) || !binaryDepthWithin(bytes, kMaxDepth))
         return std::nullopt;
     plist_t raw = nullptr;
     plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &raw);

@@ -10,7 +10,12 @@
 // booleans bool, strings QString, data QByteArray, dates QDateTime (UTC).
 namespace PropertyList {
 
-// The top-level value of a binary or XML property list; no value when the bytes are not one.
+// Arrays and dictionaries nested deeper than this are refused: no settings or browser file comes near,
+// and reading them would exhaust the stack.
+constexpr int kMaxDepth = 512;
+
+// The top-level value of a binary or XML property list; no value when the bytes are not one, or nest
+// deeper than kMaxDepth.
 std::optional<QVariant> parse(const QByteArray& bytes);
 
 // The value as an XML property list; no value when it holds something a property list cannot, or

@@ -24,9 +24,8 @@ private slots:
     void thePanelStartsAtTheNearestExistingFolder();
     void thePanelOffersOnlyThePathAndItsAncestors_data();
     void thePanelOffersOnlyThePathAndItsAncestors();
-    void aStaleRecordIsReplaced();
-    void aRecordOfAVanishedFolderAsksAgain();
-    void aHomeLinkPointedAtAMigratedCopyIsRenewed();
+    void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
+    void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
     void thePanelRunsOnTheMainThreadForAWorker();
 
 private:
@@ -171,54 +170,45 @@ void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors()
     QCOMPARE(delegate.panelShouldEnableURL(QUrl::fromLocalFile(item)), enabled);
 }
 
-void TestAppSandboxFileAccess::aStaleRecordIsReplaced()
+void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
 {
+    QTest::addColumn<QString>("change");
+    QTest::newRow("another folder took its place") << QStringLiteral("replace");
+    QTest::newRow("the folder is gone") << QStringLiteral("remove");
+    QTest::newRow("a link now leads elsewhere") << QStringLiteral("relink");
+    QTest::newRow("a record made up elsewhere") << QStringLiteral("forge");
+}
+
+// A grant is the user's choice of one folder: a record whose path now holds another folder (or that
+// someone wrote into the settings) is cleared, and the user is asked again.
+void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing()
+{
+    QFETCH(QString, change);
     QDir dir(home());
-    QVERIFY(dir.mkpath(QStringLiteral("profile")));
-    const QString folder = home() + QStringLiteral("/profile");
-    const QByteArray old = *recordGrant(folder);
-    // The folder is replaced by another one of the same name (made first, so its inode differs).
-    QVERIFY(dir.mkpath(QStringLiteral("elsewhere/profile")));
-    QVERIFY(dir.rmdir(QStringLiteral("profile")));
-    QVERIFY(dir.rename(QStringLiteral("elsewhere/profile"), QStringLiteral("profile")));
+    const QString folder = home() + QStringLiteral("/profile"), link = home() + QStringLiteral("/ann");
+    QVERIFY(dir.mkpath(QStringLiteral("profile")) && dir.mkpath(QStringLiteral("elsewhere/profile")));
+    QVERIFY(QFile::link(folder, link));
+    const QString granted = change == QLatin1String("relink") ? link : folder;
+    const QString key = AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(granted));
+    if (change == QLatin1String("forge")) {
+        m_t->defaults.setObject(
+            QByteArray(R"({"path":")" + folder.toUtf8() + R"(","device":"1","inode":"2"})"), key);
+    } else {
+        QVERIFY(recordGrant(granted));
+        QVERIFY(access().hasPermissionForFilePath(granted));
+    }
+    if (change == QLatin1String("replace") || change == QLatin1String("remove"))
+        QVERIFY(dir.rmdir(QStringLiteral("profile")));
+    if (change == QLatin1String("replace"))
+        QVERIFY(dir.rename(QStringLiteral("elsewhere/profile"), QStringLiteral("profile")));
+    if (change == QLatin1String("relink"))
+        QVERIFY(QFile::remove(link) && QFile::link(home() + QStringLiteral("/elsewhere/profile"), link));
 
-    QCOMPARE(request(folder + QStringLiteral("/cookies.sqlite")), folderUrl(folder));
-    QVERIFY(m_panel.requests.isEmpty());
-    const auto fresh =
-        m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(folder)));
-    QVERIFY(fresh);
-    QVERIFY(*fresh != old);
-    QVERIFY(!m_bookmarks.resolve(*fresh).stale);
-}
-
-void TestAppSandboxFileAccess::aRecordOfAVanishedFolderAsksAgain()
-{
-    QVERIFY(QDir(home()).mkpath(QStringLiteral("gone")));
-    QVERIFY(recordGrant(home() + QStringLiteral("/gone")));
-    QVERIFY(QDir(home()).rmdir(QStringLiteral("gone")));
-    bool granted = true;
-    request(home() + QStringLiteral("/gone/cookies.sqlite"), &granted);
-    QVERIFY(!granted);
+    QVERIFY(!access().hasPermissionForFilePath(granted + QStringLiteral("/cookies.sqlite")));
+    bool ran = true;
+    request(granted + QStringLiteral("/cookies.sqlite"), &ran);
+    QVERIFY(!ran);
     QCOMPARE(m_panel.requests.size(), 1);
-}
-
-void TestAppSandboxFileAccess::aHomeLinkPointedAtAMigratedCopyIsRenewed()
-{
-    const QString old = home() + QStringLiteral("/old"), migrated = home() + QStringLiteral("/new");
-    const QString link = home() + QStringLiteral("/ann");
-    QVERIFY(QDir().mkpath(old) && QDir().mkpath(migrated));
-    QVERIFY(QFile::link(old, link));
-    m_panel.answer(link);
-    QCOMPARE(request(link), QUrl::fromLocalFile(link));
-    const QString key = AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(link));
-    const auto first = m_t->defaults.dataForKey(key);
-    QVERIFY(first);
-
-    QVERIFY(QFile::remove(link) && QFile::link(migrated, link));
-    QVERIFY(access().hasPermissionForFilePath(link));
-    QVERIFY(!request(link).isEmpty());
-    QCOMPARE(m_panel.requests.size(), 1); // renewed, not asked again
-    QVERIFY(m_t->defaults.dataForKey(key) != first);
 }
 
 void TestAppSandboxFileAccess::thePanelRunsOnTheMainThreadForAWorker()

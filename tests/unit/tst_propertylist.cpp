@@ -16,6 +16,8 @@ private slots:
     void keepsWhatOtherToolsWrite();
     void refusesTextXmlCannotCarry_data();
     void refusesTextXmlCannotCarry();
+    void refusesListsNestedTooDeep_data();
+    void refusesListsNestedTooDeep();
 };
 
 namespace {
@@ -129,6 +131,65 @@ void TestPropertyList::refusesTextXmlCannotCarry()
     QFETCH(QVariant, value);
     QVERIFY(!PropertyList::toXml(value));
     QVERIFY(!PropertyList::normalized(value));
+}
+
+namespace {
+// Arrays each holding the next, `depth` in all, as XML.
+QByteArray nestedXml(int depth)
+{
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\">" + QByteArray("<array>").repeated(depth) +
+           QByteArray("</array>").repeated(depth) + "</plist>";
+}
+
+// The same as a binary list, written here: libplist's own writer recurses too.
+QByteArray nestedBinary(int depth, bool loop = false)
+{
+    QByteArray bytes("bplist00");
+    QList<quint32> offsets;
+    for (int i = 0; i < depth; ++i) {
+        offsets.append(quint32(bytes.size()));
+        if (i + 1 == depth && !loop) {
+            bytes.append(char(0xA0));
+        } else {
+            const int next = i + 1 == depth ? 0 : i + 1;
+            bytes.append(char(0xA1)).append(char(next >> 8)).append(char(next & 0xFF));
+        }
+    }
+    const quint64 table = quint64(bytes.size());
+    for (const quint32 offset : offsets)
+        for (int shift = 24; shift >= 0; shift -= 8)
+            bytes.append(char((offset >> shift) & 0xFF));
+    const auto big = [&bytes](quint64 value) {
+        for (int shift = 56; shift >= 0; shift -= 8)
+            bytes.append(char((value >> shift) & 0xFF));
+    };
+    bytes.append(QByteArray(6, 0)).append(char(4)).append(char(2));
+    big(quint64(depth));
+    big(0);
+    big(table);
+    return bytes;
+}
+} // namespace
+
+void TestPropertyList::refusesListsNestedTooDeep_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("read");
+    QTest::newRow("XML at the limit") << nestedXml(PropertyList::kMaxDepth) << true;
+    QTest::newRow("XML past it") << nestedXml(PropertyList::kMaxDepth + 1) << false;
+    QTest::newRow("XML 60,000 deep") << nestedXml(60000) << false;
+    QTest::newRow("binary at the limit") << nestedBinary(PropertyList::kMaxDepth) << true;
+    QTest::newRow("binary past it") << nestedBinary(PropertyList::kMaxDepth + 1) << false;
+    QTest::newRow("binary 60,000 deep") << nestedBinary(60000) << false;
+    QTest::newRow("binary in a loop") << nestedBinary(3, true) << false;
+}
+
+// A file nested deeper than any settings or browser file is refused, not read until the stack runs out.
+void TestPropertyList::refusesListsNestedTooDeep()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, read);
+    QCOMPARE(PropertyList::parse(bytes).has_value(), read);
 }
 
 QTEST_GUILESS_MAIN(TestPropertyList)

@@ -37,6 +37,8 @@ SecurityScopedBookmarks::Resolution InodeBookmarks::resolve(const QByteArray& da
     const QJsonObject record = QJsonDocument::fromJson(data).object();
     const QString path = record.value(QStringLiteral("path")).toString();
     // A record that cannot be read or leads nowhere is stale: it is cleared and the user asked again.
+    // So is one whose folder is not the one the user chose (another folder now has its path, or the
+    // record was made up): a path alone grants nothing.
     if (path.isEmpty())
         return {std::nullopt, true};
     const auto st = statOf(path);
@@ -44,7 +46,7 @@ SecurityScopedBookmarks::Resolution InodeBookmarks::resolve(const QByteArray& da
         return {std::nullopt, true};
     const bool same = record.value(QStringLiteral("device")).toString() == QString::number(st->st_dev) &&
                       record.value(QStringLiteral("inode")).toString() == QString::number(st->st_ino);
-    return {path, !same};
+    return same ? Resolution{path, false} : Resolution{std::nullopt, true};
 }
 
 bool InodeBookmarks::startAccessing(const QString& path)

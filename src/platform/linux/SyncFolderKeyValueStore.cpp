@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <fcntl.h>
@@ -20,14 +21,16 @@ namespace {
 const QString kValues = QStringLiteral("values");
 const QString kModified = QStringLiteral("modified");
 
-// Excludes the other writers on this machine (the agents of other sessions, another home on the same
-// disk) for one read-merge-write. A lock on the folder itself leaves no file behind for the sync tool.
-class FolderLock
+// Excludes this user's other writers (the agents of other sessions) for one read-merge-write. The lock
+// is a file of the user's own settings folder: a lock on the synced folder could be held by anyone who
+// can read that folder, and would stop sync for good.
+class WriterLock
 {
 public:
-    explicit FolderLock(const QString& folder)
-        : m_fd(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    explicit WriterLock(const QString& path)
     {
+        QDir().mkpath(QFileInfo(path).path());
+        m_fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
         // Never waits long: a writer that hangs (a stalled network share) must not hang the agent.
         for (int attempt = 0; m_fd >= 0 && attempt < 200; ++attempt) {
             if (::flock(m_fd, LOCK_EX | LOCK_NB) == 0) {
@@ -39,7 +42,7 @@ public:
             QThread::msleep(10);
         }
     }
-    ~FolderLock()
+    ~WriterLock()
     {
         if (m_fd >= 0)
             ::close(m_fd); // releases the lock
@@ -52,14 +55,17 @@ private:
 };
 
 // What a sync tool names the copy it keeps when two machines changed the file at once: Syncthing
-// "corvella-settings.sync-conflict-….plist", Nextcloud and Dropbox "corvella-settings (… conflicted copy
-// …).plist", ownCloud "corvella-settings_conflict-….plist". Temporary files of the tools and our own start
-// with a dot and are never read.
+// "corvella-settings.sync-conflict-20261122-101010-ABCDEFG.plist", Nextcloud "corvella-settings (conflicted
+// copy 2026-11-22 101010).plist", Dropbox "corvella-settings (Ann's conflicted copy 2026-11-22).plist",
+// ownCloud "corvella-settings_conflict-20261122-101010.plist". Only these are merged and removed: a
+// "corvella-settings-backup.plist" of the user's is the user's.
 bool isConflictCopy(const QString& name)
 {
-    static const QString stem = SyncFolderKeyValueStore::kFileName.chopped(6); // without ".plist"
-    return name != SyncFolderKeyValueStore::kFileName && name.startsWith(stem) &&
-           name.endsWith(QLatin1String(".plist"));
+    static const QRegularExpression names(
+        QStringLiteral("^corvella-settings(\\.sync-conflict-\\d{8}-\\d{6}-[A-Z0-9]{7}"
+                       "| \\([^()/]*conflicted copy[^()/]*( \\(\\d+\\))?\\)"
+                       "|_conflict-\\d{8}-\\d{6})\\.plist$"));
+    return names.match(name).hasMatch();
 }
 
 } // namespace
@@ -71,7 +77,8 @@ bool SyncFolderKeyValueStore::Entry::operator==(const Entry& other) const
 
 SyncFolderKeyValueStore::SyncFolderKeyValueStore(UserDefaults& defaults, SystemLog& log, const QString& home,
                                                  QObject* parent)
-    : CloudKeyValueStore(parent), m_defaults(defaults), m_log(log), m_home(home)
+    : CloudKeyValueStore(parent), m_defaults(defaults), m_log(log), m_home(home),
+      m_lockPath(QFileInfo(UserDefaults::filePathForHome(home)).path() + QStringLiteral("/sync.lock"))
 {
     m_settle.setSingleShot(true);
     m_settle.setInterval(200);
@@ -146,25 +153,33 @@ bool SyncFolderKeyValueStore::synchronize()
     else
         QMetaObject::invokeMethod(this, [this, folder] { watch(folder); });
 
-    FolderLock lock(folder);
+    WriterLock lock(m_lockPath);
     if (!lock.held()) {
-        logOnce(
-            QStringLiteral("Corvella Sync: the synced folder %1 is locked or cannot be opened").arg(folder));
+        logOnce(QStringLiteral("Corvella Sync: the lock %1 cannot be taken").arg(m_lockPath));
         return false;
     }
     const QString path = folder + QLatin1Char('/') + kFileName;
-    const std::optional<Entries> stored = readEntries(path);
-    if (!stored && QFileInfo::exists(path))
-        logOnce(QStringLiteral("Corvella Sync: %1 is not a settings file; it will be replaced").arg(path));
+    QString problem;
+    const std::optional<Entries> stored = readEntries(path, &problem);
+    if (!stored && (QFileInfo::exists(path) || QFileInfo(path).isSymLink())) {
+        // Whatever it is, it is not replaced: it may be a link to a file of the user's, or a newer
+        // version's file; the user is told, and nothing is shared until it reads.
+        logOnce(QStringLiteral("Corvella Sync: %1 was left as it is and nothing is shared (%2)")
+                    .arg(path, problem));
+        return false;
+    }
     Entries merged = stored.value_or(Entries());
     QStringList copies;
-    for (const QString& name : QDir(folder).entryList(QDir::Files)) {
+    for (const QString& name : QDir(folder).entryList(QDir::Files | QDir::System)) {
         if (!isConflictCopy(name))
             continue;
-        // A copy that does not read (still being written, or not ours) is left alone.
-        if (const auto entries = readEntries(folder + QLatin1Char('/') + name)) {
+        // A copy that does not read (still being written, a link, too large) is left alone.
+        const QString copy = folder + QLatin1Char('/') + name;
+        if (const auto entries = readEntries(copy, &problem)) {
             mergeInto(merged, *entries);
-            copies.append(folder + QLatin1Char('/') + name);
+            copies.append(copy);
+        } else {
+            logOnce(QStringLiteral("Corvella Sync: %1 was left as it is (%2)").arg(copy, problem));
         }
     }
 
@@ -172,7 +187,7 @@ bool SyncFolderKeyValueStore::synchronize()
     const Entries before = m_entries;
     mergeInto(merged, m_entries);
     if (!stored || merged != *stored) {
-        const QString error = AtomicFile::write(path, serialized(merged));
+        const QString error = AtomicFile::replaceName(path, serialized(merged));
         if (!error.isEmpty()) {
             m_log.log(QStringLiteral("Corvella Sync: could not save %1: %2").arg(path, error));
             return false;
@@ -202,10 +217,21 @@ void SyncFolderKeyValueStore::accountStatus(std::function<void(AccountStatus)> c
         this, [completion, status] { completion(status); }, Qt::QueuedConnection);
 }
 
-std::optional<SyncFolderKeyValueStore::Entries> SyncFolderKeyValueStore::readEntries(const QString& path)
+std::optional<SyncFolderKeyValueStore::Entries> SyncFolderKeyValueStore::readEntries(const QString& path,
+                                                                                     QString* problem)
 {
-    const auto bytes = AtomicFile::read(path);
-    const auto root = bytes ? PropertyList::parse(*bytes) : std::nullopt;
+    const auto bytes = AtomicFile::readOwnFile(path, problem, kMaxFileBytes);
+    if (!bytes)
+        return std::nullopt;
+    auto entries = parseEntries(*bytes);
+    if (!entries && problem)
+        *problem = QStringLiteral("not a settings file");
+    return entries;
+}
+
+std::optional<SyncFolderKeyValueStore::Entries> SyncFolderKeyValueStore::parseEntries(const QByteArray& bytes)
+{
+    const auto root = PropertyList::parse(bytes);
     if (!root || root->typeId() != QMetaType::QVariantMap)
         return std::nullopt;
     const QVariantMap values = root->toMap().value(kValues).toMap();

@@ -7,6 +7,8 @@
 #include <QMutex>
 #include <QTimer>
 
+#include <optional>
+
 class SystemLog;
 class UserDefaults;
 
@@ -14,13 +16,18 @@ class UserDefaults;
 // between machines (Syncthing, Nextcloud, a network share), chosen under "syncFolder". No folder chosen
 // means no account. Each value carries the time it was set, and whoever reads the file merges by key,
 // newest first; so the copies a sync tool makes when two machines wrote at once are merged back and
-// removed, and two writers on one machine (serialised by a lock on the folder) lose nothing. The file is
-// watched; nothing polls. Only a folder inside the home folder is used: Corvella writes nowhere else.
+// removed, and two writers of one user (serialised by a lock in the user's settings folder) lose nothing.
+// The file is watched; nothing polls. Only a folder inside the home folder is used: Corvella writes
+// nowhere else. What is in the folder is outside input: only regular files of the user, never through
+// a link, at most kMaxFileBytes, nested no deeper than property lists allow; a store that does not read
+// is left as it is. Which keys count, and of what kind, is for the reader of dictionaryRepresentation().
 class SyncFolderKeyValueStore final : public CloudKeyValueStore
 {
     Q_OBJECT
 public:
     static inline const QString kFileName = QStringLiteral("corvella-settings.plist");
+    // Ten settings take a few kilobytes.
+    static constexpr qint64 kMaxFileBytes = 1024 * 1024;
 
     SyncFolderKeyValueStore(UserDefaults& defaults, SystemLog& log, const QString& home,
                             QObject* parent = nullptr);
@@ -46,7 +53,6 @@ public:
     };
     static FolderCheck checkFolder(const QString& chosen, const QString& home);
 
-private:
     struct Entry
     {
         QVariant value;
@@ -54,10 +60,13 @@ private:
         bool operator==(const Entry& other) const;
     };
     using Entries = QMap<QString, Entry>;
+    // The values of a store file's bytes with the time each was set; no value when they are not a store.
+    static std::optional<Entries> parseEntries(const QByteArray& bytes);
 
+private:
     // The stored choice, checked; what makes it unusable is logged (once).
     FolderCheck chosenFolder();
-    static std::optional<Entries> readEntries(const QString& path);
+    static std::optional<Entries> readEntries(const QString& path, QString* problem);
     static QByteArray serialized(const Entries& entries);
     static void mergeInto(Entries& into, const Entries& from);
     void watch(const QString& folder);
@@ -66,6 +75,7 @@ private:
     UserDefaults& m_defaults;
     SystemLog& m_log;
     QString m_home;
+    QString m_lockPath;
     mutable QMutex m_mutex;
     Entries m_entries;
     QString m_watchedFolder;
