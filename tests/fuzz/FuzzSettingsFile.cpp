@@ -1,13 +1,17 @@
 // The settings file is the user's to edit, and arrives from other machines through the sync folder.
 // Whatever it holds, the agent starts on it as it does every day (the shipped registration, the home
 // folder stored, the grant records tidied), every setting reads as its kind or as the documented
-// empty value, and what the agent writes back can be read again: no setting is lost or changed.
+// empty value, and what the agent writes back can be read again: no setting is lost or changed. Read
+// as the synced folder's store, it changes nothing but the shared settings, each to a value of its kind.
 #include "core/AppDelegate.h"
+#include "core/CloudSync.h"
 #include "core/SettingsController.h"
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
+#include "platform/fake/MemoryKeyValueStore.h"
 #include "platform/linux/InodeBookmarks.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
+#include "platform/linux/SyncFolderKeyValueStore.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
@@ -78,11 +82,35 @@ QStringList grantPaths(const QVariantMap& domain)
     return paths;
 }
 
+void pullAsSyncedStore(const QByteArray& input)
+{
+    const auto entries = SyncFolderKeyValueStore::parseEntries(input);
+    if (!entries)
+        return;
+    MemoryKeyValueStore store;
+    for (auto it = entries->cbegin(); it != entries->cend(); ++it)
+        store.values.insert(it.key(), it->value);
+    TestDefaults local;
+    AppDelegate::initialize(local.defaults, QStringLiteral(":/Defaults.plist"));
+    const QVariantMap before = local.defaults.dictionaryRepresentation();
+    CloudSync sync(local.defaults, store, local.log);
+    sync.updateFromiCloud();
+    const QVariantMap after = local.defaults.dictionaryRepresentation();
+    for (auto it = after.cbegin(); it != after.cend(); ++it) {
+        if (before.value(it.key()) != it.value() || before.value(it.key()).typeId() != it.value().typeId())
+            check(CloudSync::isSharedValue(it.key(), it.value()) &&
+                  store.values.value(it.key()) == it.value());
+    }
+    for (auto it = before.keyBegin(); it != before.keyEnd(); ++it)
+        check(after.contains(*it));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const auto input = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
+    pullAsSyncedStore(input);
     const std::optional<QVariantMap> stored = PlistFileDefaultsBackend::parse(input);
     if (!stored)
         return 0;
