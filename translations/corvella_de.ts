@@ -93,6 +93,10 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
         <source>running; %1. Settings: %2</source>
         <translation>läuft; %1. Einstellungen: %2</translation>
     </message>
+    <message>
+        <source>%1 is not a private folder of yours (a folder you own with mode 0700), so another user could pose as the agent there. Remove it, or start Corvella in a desktop session (XDG_RUNTIME_DIR).</source>
+        <translation>%1 ist kein privater Ordner von Ihnen (ein Ordner, der Ihnen gehört, mit den Rechten 0700), daher könnte sich dort ein anderer Benutzer als der Agent ausgeben. Entfernen Sie ihn, oder starten Sie Corvella in einer Desktop-Sitzung (XDG_RUNTIME_DIR).</translation>
+    </message>
 </context>
 <context>
     <name>AppDelegate</name>
