@@ -63,6 +63,21 @@ qint64 parentOf(qint64 pid)
     return text.mid(text.lastIndexOf(')') + 2).split(' ').value(1).toLongLong();
 }
 
+QList<qint64> descendantsOf(qint64 pid)
+{
+    QList<qint64> found;
+    for (const QString& entry : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        for (qint64 ancestor = parentOf(entry.toLongLong()); entry.toLongLong() > 0 && ancestor > 1;
+             ancestor = parentOf(ancestor)) {
+            if (ancestor == pid) {
+                found.append(entry.toLongLong());
+                break;
+            }
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 void TestProcessWatcher::knownExecutables_data()
@@ -180,15 +195,25 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     // A browser that forked itself (a subshell keeps the parent's command line).
     QProcess forking;
     forking.start(chromium, {u"-c"_s, u"(sleep 30; :); :"_s});
+    // A fork of a browser process that has since exec'd into a helper (Firefox's sandboxed content
+    // processes do this): the fork still carries the browser's command line, its parent does not.
+    QProcess contentForking;
+    // (The helper's argument is put together so that the browser's own command line does not hold it.)
+    contentForking.start(chromium, {u"-c"_s, u"t=--ty; ( ( sleep 30; : ) & exec "_s + chromium +
+                                                 u" -c 'sleep 30; :' chromium ${t}pe=renderer ); :"_s});
     // A browser that launched a second instance of itself with arguments of its own.
     QProcess launching;
     launching.start(chromium, {u"-c"_s, chromium + u" -c 'sleep 30; :' --profile-directory=Other; :"_s});
     QVERIFY(renderer.waitForStarted() && zygote.waitForStarted() && forking.waitForStarted() &&
-            launching.waitForStarted());
+            launching.waitForStarted() && contentForking.waitForStarted());
     QTest::qWait(300);
     watcher.scan();
     const QList<qint64> pids = pidsOf(watcher.running());
-    QVERIFY(pids.contains(forking.processId()) && pids.contains(launching.processId()));
+    QVERIFY(pids.contains(forking.processId()) && pids.contains(launching.processId()) &&
+            pids.contains(contentForking.processId()));
+    QCOMPARE(descendantsOf(contentForking.processId()).size(), 4); // the helper, the fork, their sleeps
+    for (qint64 descendant : descendantsOf(contentForking.processId()))
+        QVERIFY2(!pids.contains(descendant), "a fork below a helper was taken for an instance");
     QVERIFY(!pids.contains(renderer.processId()) && !pids.contains(zygote.processId()));
     QList<qint64> children;
     for (qint64 pid : pids) {
@@ -213,12 +238,12 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     // The instance's own quit counts, even while its parent runs on (or follows it).
     ::kill(pid_t(instance), SIGKILL);
     QTRY_VERIFY(reported(instance));
-    // The fork outlives its parent unless stopped first.
-    for (const QString& entry : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
-        if (entry.toLongLong() > 0 && parentOf(entry.toLongLong()) == forking.processId())
-            ::kill(pid_t(entry.toLongLong()), SIGKILL);
+    // The forks outlive their parents unless stopped first.
+    for (QProcess* process : {&forking, &contentForking}) {
+        for (qint64 descendant : descendantsOf(process->processId()))
+            ::kill(pid_t(descendant), SIGKILL);
     }
-    for (QProcess* process : {&zygote, &forking, &launching}) {
+    for (QProcess* process : {&zygote, &forking, &launching, &contentForking}) {
         process->kill();
         process->waitForFinished();
     }

@@ -52,10 +52,12 @@ bool ownedByThisUser(int pid)
            st.st_uid == ::getuid();
 }
 
-// The application whose main process this is: a known executable that is no helper. A child of the
-// same application is one of two things: a fork the browser made for itself (a GPU probe, say),
-// which keeps its parent's command line; or a second instance it launched ("open profile in a new
-// browser"), which was started with its own arguments and is an application like any other.
+// The application whose main process this is: a known executable that is no helper. A descendant of
+// the same application is one of two things: a fork the browser made for itself that has not exec'd
+// (a GPU probe, a sandbox's helper), which still carries the command line of the browser process it
+// was forked from, even when a content process in between has since exec'd into a helper; or a second
+// instance it launched ("open profile in a new browser"), which was started with its own arguments and
+// is an application like any other.
 const KnownApplication* applicationOf(int pid, const QString& executable)
 {
     const KnownApplication* application = KnownApplications::forExecutable(executable);
@@ -65,10 +67,13 @@ const KnownApplication* applicationOf(int pid, const QString& executable)
     const QByteArray commandLine = readProcFile(pid, "cmdline");
     if (commandLine.isEmpty() || ProcessWatcher::isHelperCommandLine(commandLine))
         return nullptr;
-    const int parent = parentOf(pid);
-    if (KnownApplications::forExecutable(executableOf(parent)) == application &&
-        readProcFile(parent, "cmdline") == commandLine)
-        return nullptr;
+    int ancestor = parentOf(pid);
+    for (int depth = 0; depth < 16 && ancestor > 1; ++depth, ancestor = parentOf(ancestor)) {
+        if (KnownApplications::forExecutable(executableOf(ancestor)) != application)
+            break;
+        if (readProcFile(ancestor, "cmdline") == commandLine)
+            return nullptr;
+    }
     return application;
 }
 
