@@ -80,10 +80,11 @@ void AppDelegate::applicationDidFinishLaunching()
     firstRunCheck();
     installScriptsForSafari();
     checkEnabledBrowsers();
-    if (m_defaults.boolForKey(SettingsKeys::loginStart)) {
-        initLoginController();
-        updateLogin();
-    }
+    // The entry follows the setting at every start, off too: the setting may have been switched off
+    // while the agent was not running (by another program, or another computer through sync), and an
+    // entry left behind would go on starting Corvella at login against the user's choice.
+    initLoginController();
+    updateLogin();
     if (!(m_openedFromLogin && m_defaults.boolForKey(SettingsKeys::hideOnLaunch)))
         emit windowRequested();
     m_launchObservations << connect(
@@ -199,8 +200,12 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
     }
     if (keyPath.startsWith(AppSandboxFileAccessPersist::keyPrefix))
         grantsChanged();
-    if (keyPath == SettingsKeys::enabledBrowsers)
+    if (keyPath == SettingsKeys::enabledBrowsers) {
         installScriptsForSafari();
+        // Activation may come from outside the window (another program, the settings file edited): the
+        // main switch, the tray menu and the tiles follow it as they follow the window's own clicks.
+        QMetaObject::invokeMethod(this, &AppDelegate::followActivation, Qt::QueuedConnection);
+    }
 }
 
 void AppDelegate::checkiCloudSync()
@@ -419,6 +424,17 @@ void AppDelegate::updateBrowserContentArray()
     updateMenu();
     m_browserTiles = m_services.catalogue.browserContentArray();
     emit browserTilesChanged(m_browserTiles);
+}
+
+void AppDelegate::followActivation()
+{
+    checkEnabledButton();
+    updateMenu();
+    const QStringList tiles = m_services.catalogue.browserContentArray();
+    if (tiles != m_browserTiles) {
+        m_browserTiles = tiles;
+        emit browserTilesChanged(m_browserTiles);
+    }
 }
 
 void AppDelegate::enableBrowser(const QString& tileName)

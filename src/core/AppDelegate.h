@@ -175,6 +175,7 @@ signals:
 
 private:
     void updateMenu();
+    void followActivation();
     void checkDock();
     void tellAccessIsMissing(const QString& browser);
     void grantsChanged();

@@ -1,7 +1,8 @@
 #!/bin/bash
 # Start at login, on a private session bus: with "loginStart" on, the agent writes a valid autostart
 # entry; the entry's command starts the agent through the helper, the agent knows it was started at
-# login, and the helper quits once the agent has launched; "loginStart" off removes the entry.
+# login, and the helper quits once the agent has launched; "loginStart" off removes the entry, also at
+# the next start when it was switched off while no agent ran.
 # Usage: login-helper.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -47,6 +48,13 @@ wait_until '! kill -0 $helper 2>/dev/null' && echo helper-quit
 touch "$work/switch-off"
 wait_until '[ ! -e "$entry" ]' && echo entry-removed
 pkill -u "$(id -u)" -x corvella
+wait_until '! pgrep -u "$(id -u)" -x corvella >/dev/null'
+# Switched off while no agent ran, with the entry still there: the next start removes it.
+mkdir -p "$(dirname "$entry")" && cp "$work/entry.desktop" "$entry"
+"$work/bin/corvella" > "$work/agent-3.log" 2>&1 &
+agent=$!
+wait_until '[ ! -e "$entry" ]' && echo left-entry-removed
+kill $agent; wait $agent
 SCENARIO
 chmod 755 "$work/scenario.sh"
 # The settings change comes from outside the agent, as the preferences of another machine would.
@@ -62,5 +70,7 @@ check 'grep -q "^Exec=\"$work/libexec/corvella/corvella-login-helper\"$" "$work/
 check 'grep -q "running (started at login)" "$work/agent-2.log"' \
     "the agent did not know it was started at login: $(cat "$work/agent-2.log" 2>/dev/null)"
 check '[[ $result == *helper-quit* ]]' "the helper did not quit after the agent launched"
-check '[[ $result == *entry-removed* ]]' "\"loginStart\" off did not remove the entry"
+check 'grep -qx entry-removed <<< "$result"' "\"loginStart\" off did not remove the entry"
+check '[[ $result == *left-entry-removed* ]]' \
+    "an entry left while \"loginStart\" was off did not go at the next start: $(cat "$work/agent-3.log" 2>/dev/null)"
 exit $fail

@@ -1,7 +1,8 @@
 #!/bin/bash
 # The real agent under Xvfb on a private session bus with a stand-in tray host: its status item
-# registers as a StatusNotifierItem, and the run-state entry of its exported menu reads "Enable
-# Corvella", then "Disable Corvella" once protection is switched on in the settings, and back.
+# registers as a StatusNotifierItem, and the run-state entry of its exported menu reads "Please activate
+# a Browser", then "Disable Corvella" once another program activates Firefox and switches protection on
+# in the settings, and "Enable Corvella" once protection is switched off there.
 # Usage: tray-menu.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -9,12 +10,12 @@ needs="/usr/bin/Xvfb /usr/bin/dbus-run-session"
 . "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-status-notifier-watcher" "$work/"
 
-settings() { # ISRUNNING
+settings() { # ISRUNNING [BROWSER]
     cat > "$work/settings.plist" <<PLIST
 <?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
 <key>isRunning</key><$1/><key>firstRun</key><false/><key>showInMenu</key><true/>
-<key>enabledBrowsers</key><array><string>org.mozilla.firefox</string></array>
+<key>enabledBrowsers</key><array>${2:+<string>$2</string>}</array>
 </dict></plist>
 PLIST
     chown "$user" "$work/settings.plist"
@@ -42,7 +43,7 @@ sleep 0.5
 agent=$!
 # Waits until the watcher has printed a line matching the pattern (at most 15 s).
 wait_for() { for _ in $(seq 150); do grep -q "$1" "$work/watcher.log" && return 0; sleep 0.1; done; return 1; }
-wait_for '^menu: Enable Corvella' && echo off-seen
+wait_for '^menu: Please activate a Browser' && echo inactive-seen
 touch "$work/switch-on"; wait_for '^menu: Disable Corvella' && echo on-seen
 touch "$work/switch-off"; sleep 0.2; tail -n 1 "$work/watcher.log" | grep -q 'Disable' && sleep 1
 wait_for_last() { for _ in $(seq 150); do tail -n 1 "$work/watcher.log" | grep -q "$1" && return 0; sleep 0.1; done; return 1; }
@@ -51,16 +52,16 @@ kill $agent $watcher; wait $agent $watcher # nothing outlives the bus
 SCENARIO
 chmod 755 "$work/scenario.sh"
 # The settings change comes from outside the agent, as another program's write would.
-( while [ ! -e "$work/switch-on" ]; do sleep 0.1; done; settings true
-  while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; settings false ) &
+( while [ ! -e "$work/switch-on" ]; do sleep 0.1; done; settings true org.mozilla.firefox
+  while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; settings false org.mozilla.firefox ) &
 switcher=$!
 as_user_display() { runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin DISPLAY="$display" "$@"; }
 result=$(as_user_display timeout 60 dbus-run-session -- "$work/scenario.sh" "$work" 2>/dev/null)
 kill $switcher 2>/dev/null
 
 check 'grep -q "^registered: " "$work/watcher.log"' "the status item did not register: $(cat "$work/agent.log")"
-check '[[ $result == *off-seen* ]]' "the menu did not read \"Enable Corvella\": $(cat "$work/watcher.log")"
-check '[[ $result == *on-seen* ]]' "the menu did not read \"Disable Corvella\" with protection on: $(cat "$work/watcher.log")"
+check '[[ $result == *inactive-seen* ]]' "the menu did not read \"Please activate a Browser\": $(cat "$work/watcher.log")"
+check '[[ $result == *on-seen* ]]' "the menu did not follow activation made outside the window: $(cat "$work/watcher.log")"
 check '[[ $result == *off-again-seen* ]]' "the menu did not go back to \"Enable Corvella\": $(cat "$work/watcher.log")"
 check 'grep -q "Quit Corvella" "$work/watcher.log"' "the menu has no Quit entry: $(cat "$work/watcher.log")"
 exit $fail
