@@ -194,8 +194,11 @@ int CleanCommand::run(const QStringList& arguments)
     Sandbox sandbox({m_services.defaults, m_services.bookmarks, panel, m_services.log,
                      options->preview ? &preview : nullptr, &problems});
     BrowserCatalogue catalogue(m_services.workspace, m_services.defaults, sandbox);
-    if (options->list)
-        return finish(list(sandbox, catalogue));
+    const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
+    if (options->list) {
+        const int listed = list(sandbox, catalogue);
+        return finish(options->allowHomeAccess && !grantWasSaved(home, panel) ? NotWritten : listed);
+    }
     if (!sandbox.enableAccess()) {
         m_services.err << "corvella-clean: "
                        << tr("no access to the home folder %1. Grant it once with \"corvella-clean "
@@ -204,11 +207,6 @@ int CleanCommand::run(const QStringList& arguments)
                        << Qt::endl;
         return NoHomeAccess;
     }
-    // Access was given for this run; a grant that could not be saved means asking again next time.
-    const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
-    const bool grantSaved =
-        AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, panel})
-            .hasPermissionForFilePath(home);
     int result = clean(*options, sandbox, catalogue);
     if (result == Success && options->preview && preview.count == 0)
         m_services.out << tr("Nothing would be removed from %1.").arg(options->browser) << Qt::endl;
@@ -218,14 +216,8 @@ int CleanCommand::run(const QStringList& arguments)
                              int(lines.size()))
                               .arg(lines.first())
                        << Qt::endl;
-    if (!grantSaved) {
-        m_services.err << "corvella-clean: "
-                       << tr("warning: the access to %1 could not be saved in the settings (see the log); "
-                             "you will be asked again.")
-                              .arg(home)
-                       << Qt::endl;
+    if (!grantWasSaved(home, panel))
         result = result == Success ? NotWritten : result;
-    }
     return finish(result);
 }
 
@@ -277,6 +269,21 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
                               .arg(home)
                        << Qt::endl;
     return Success;
+}
+
+// A grant given for this run (by the option or the terminal) that the settings did not take means
+// asking again next time: the command failed.
+bool CleanCommand::grantWasSaved(const QString& home, OpenPanel& panel)
+{
+    if (AppSandboxFileAccess::fileAccess({m_services.defaults, m_services.bookmarks, panel})
+            .hasPermissionForFilePath(home))
+        return true;
+    m_services.err << "corvella-clean: "
+                   << tr("warning: the access to %1 could not be saved in the settings (see the log); "
+                         "you will be asked again.")
+                          .arg(home)
+                   << Qt::endl;
+    return false;
 }
 
 int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue)

@@ -8,6 +8,7 @@
 #include <optional>
 
 class BrowserCatalogue;
+class OpenPanel;
 class Sandbox;
 class SecurityScopedBookmarks;
 class SystemLog;
@@ -69,6 +70,7 @@ private:
     std::optional<Options> parse(const QStringList& arguments);
     int usageError(const QString& message);
     int list(Sandbox& sandbox, BrowserCatalogue& catalogue);
+    bool grantWasSaved(const QString& home, OpenPanel& panel);
     int clean(const Options& options, Sandbox& sandbox, BrowserCatalogue& catalogue);
     int finish(int code);
 

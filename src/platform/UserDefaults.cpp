@@ -213,10 +213,15 @@ bool UserDefaults::change(const QMap<QString, std::optional<QVariant>>& changes)
                 domain.remove(it.key());
         }
         if ((!stored || domain != *stored) && !m_backend->write(domain)) {
-            m_log.log(QStringLiteral("Corvella could not save its settings (%1): %2")
-                          .arg(changes.keys().join(QStringLiteral(", ")), m_backend->errorString()));
+            // Said once for as long as the reason lasts: on a full disk every change fails alike.
+            if (m_backend->errorString() != m_lastWriteError) {
+                m_lastWriteError = m_backend->errorString();
+                m_log.log(QStringLiteral("Corvella could not save its settings (%1): %2")
+                              .arg(changes.keys().join(QStringLiteral(", ")), m_lastWriteError));
+            }
             return false;
         }
+        m_lastWriteError.clear();
         m_persistent = domain;
         after = merged(m_registration, m_persistent);
     }

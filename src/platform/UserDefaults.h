@@ -67,6 +67,7 @@ private:
 
     std::unique_ptr<UserDefaultsBackend> m_backend;
     SystemLog& m_log;
+    QString m_lastWriteError; // of the last write, while writes fail
     mutable QMutex m_mutex;
     QVariantMap m_persistent;
     QVariantMap m_registration;

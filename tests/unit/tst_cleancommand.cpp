@@ -65,6 +65,7 @@ private slots:
     void withoutAGrantOrATerminalItSaysHowToGrant();
     void theGrantFromTheOptionOrTheTerminalIsRemembered();
     void aRunningBrowserIsNotTouched();
+    void aGrantThatCannotBeSavedIsReported_data();
     void aGrantThatCannotBeSavedIsReported();
     void endsOfOptionsOutputAndTheLock();
     void whatWasRefusedIsWarnedAboutAfterTheUsualLine();
@@ -188,13 +189,25 @@ void TestCleanCommand::aRunningBrowserIsNotTouched()
     QVERIFY2(cli.out.contains(u"Chromium is running"_s), qPrintable(cli.out));
 }
 
+void TestCleanCommand::aGrantThatCannotBeSavedIsReported_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("a run") << QStringList{u"--allow-home-access"_s, u"Opera"_s, u"cache"_s};
+    QTest::newRow("the list") << QStringList{u"--allow-home-access"_s, u"--list"_s};
+}
+
+// A full disk, say: the command fails, says so once, and the log says why once.
 void TestCleanCommand::aGrantThatCannotBeSavedIsReported()
 {
+    QFETCH(QStringList, arguments);
     Cli cli(false);
     cli.home.t.backend->failWrites = true;
-    QCOMPARE(cli.run({u"--allow-home-access"_s, u"Opera"_s, u"cache"_s}), int(CleanCommand::NotWritten));
-    QCOMPARE(cli.out, u"Cache removed from Opera\n"_s); // access was given for this run
+    QCOMPARE(cli.run(arguments), int(CleanCommand::NotWritten));
+    if (arguments.contains(u"Opera"_s))
+        QCOMPARE(cli.out, u"Cache removed from Opera\n"_s); // access was given for this run
+    QCOMPARE(cli.err.count(u'\n'), 1);
     QVERIFY2(cli.err.contains(u"could not be saved"_s), qPrintable(cli.err));
+    QCOMPARE(cli.home.t.log.lines().filter(u"could not save its settings"_s).size(), 1);
     QVERIFY(!cli.homeGrantRecorded());
 }
 
