@@ -40,7 +40,7 @@ bool passesGate(Walk& walk, int dirFd, const char* name, unsigned char type)
         return true;
     const size_t length = walk.path.size();
     walk.path.append("/").append(name);
-    const bool pass = walk.gate(dirFd, QByteArray(name), QFile::decodeName(walk.path.c_str()));
+    const bool pass = walk.gate(dirFd, name, walk.path);
     walk.path.resize(length);
     return pass;
 }
@@ -103,7 +103,7 @@ bool removeItem(const QString& path, const FileGate& gate)
             const qsizetype slash = native.lastIndexOf('/');
             const QByteArray folder = slash <= 0 ? QByteArray("/") : native.left(slash);
             const int dirFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-            const bool pass = dirFd >= 0 && gate(dirFd, native.mid(slash + 1), path);
+            const bool pass = dirFd >= 0 && gate(dirFd, native.constData() + slash + 1, native.toStdString());
             if (dirFd >= 0)
                 ::close(dirFd);
             if (!pass)

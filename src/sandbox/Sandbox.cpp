@@ -244,12 +244,13 @@ FileTree::FileGate Sandbox::wipeGate(bool heedTheStop) const
     heedTheStop = heedTheStop && m_services.stop->armed();
     if (!wipe && !heedTheStop)
         return {}; // every file may go, and the tree is walked without building each one's path
-    return [this, wipe, heedTheStop](int dirFd, const QByteArray& name, const QString& path) {
+    return [this, wipe, heedTheStop](int dirFd, const char* name, const std::string& nativePath) {
         if (heedTheStop && m_services.stop->stopped())
             return false;
         if (!wipe)
             return true;
-        switch (SecureDelete::wipeAt(dirFd, name)) {
+        const QString path = QFile::decodeName(nativePath.c_str());
+        switch (SecureDelete::wipeAt(dirFd, QByteArray(name))) {
         case SecureDelete::Outcome::Wiped:
         case SecureDelete::Outcome::Nothing:
             return true;
