@@ -38,6 +38,29 @@
     </message>
 </context>
 <context>
+    <name>AccessRequestDialog</name>
+    <message>
+        <source>Folder: %1</source>
+        <translation>Ordner: %1</translation>
+    </message>
+    <message>
+        <source>Allow</source>
+        <translation>Erlauben</translation>
+    </message>
+    <message>
+        <source>Choose Another Folder…</source>
+        <translation>Anderen Ordner wählen…</translation>
+    </message>
+    <message>
+        <source>Choose Another Folder</source>
+        <translation>Anderen Ordner wählen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>AgentMain</name>
     <message>
         <source>usage: corvella [URL]

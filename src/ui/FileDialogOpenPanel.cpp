@@ -1,5 +1,7 @@
 #include "ui/FileDialogOpenPanel.h"
 
+#include "ui/AccessRequestDialog.h"
+
 #include <QFileSystemModel>
 #include <QGridLayout>
 #include <QLabel>
@@ -37,7 +39,9 @@ public:
     {
         setOption(QFileDialog::DontUseNativeDialog); // a portal's dialog could not be restricted
         setAcceptMode(QFileDialog::AcceptOpen);
-        const bool foldersOnly = request.canChooseDirectories && !request.canChooseFiles;
+        // A request that takes folders is for a folder (a grant is always one): in a file dialog that
+        // also takes files, choosing a folder would enter it instead.
+        const bool foldersOnly = request.canChooseDirectories;
         setFileMode(foldersOnly                       ? QFileDialog::Directory
                     : request.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                       : QFileDialog::ExistingFile);
@@ -85,8 +89,8 @@ std::unique_ptr<QFileDialog> FileDialogOpenPanel::dialogFor(const OpenPanelReque
 
 std::optional<QUrl> FileDialogOpenPanel::runModal(const OpenPanelRequest& request)
 {
-    const std::unique_ptr<QFileDialog> dialog = dialogFor(request);
-    if (dialog->exec() != QDialog::Accepted || dialog->selectedUrls().isEmpty())
+    AccessRequestDialog dialog(request);
+    if (dialog.exec() != QDialog::Accepted || dialog.chosen().isEmpty())
         return std::nullopt;
-    return dialog->selectedUrls().first();
+    return dialog.chosen();
 }

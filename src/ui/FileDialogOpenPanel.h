@@ -4,14 +4,15 @@
 
 #include <QFileDialog>
 
-// The permission panel on a desktop: Qt's own file dialog (the same on every desktop, and one we can
+// The permission panel on a desktop: the folder asked for with "Allow" ready (AccessRequestDialog);
+// another folder is chosen in Qt's own file dialog (the same on every desktop, and one we can
 // restrict), where only what the request enables can be entered or chosen. Folders off the path to
-// the requested one are greyed, and "Allow" refuses anything else, whatever is typed.
+// the requested one are greyed, and its "Allow" refuses anything else, whatever is typed.
 class FileDialogOpenPanel final : public OpenPanel
 {
 public:
     std::optional<QUrl> runModal(const OpenPanelRequest& request) override;
 
-    // The dialog for a request, not yet shown.
+    // The restricted file dialog for a request, not yet shown.
     static std::unique_ptr<QFileDialog> dialogFor(const OpenPanelRequest& request, QWidget* parent = nullptr);
 };

@@ -8,6 +8,7 @@
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
+#include "ui/AccessRequestDialog.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
@@ -24,9 +25,11 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QPushButton>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -90,6 +93,7 @@ bool saveWithPopover(MainWindow& window, QWidget& popover, const QString& path)
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
+    QApplication::setApplicationName(u"Corvella"_s); // as the agent names itself in its texts
     QApplication::setApplicationVersion(u"0.1.0"_s);
     installTranslations(); // LANG=de_DE.UTF-8 shows the German screens
     if (app.arguments().size() != 2) {
@@ -150,22 +154,30 @@ int main(int argc, char* argv[])
         ok &= save(menu, file(u"tray-menu"_s));
         menu->close();
 
-        OpenPanelRequest request; // what the permission layer asks for the home folder, in its words
-        const auto text = [](const char* source) {
-            return QCoreApplication::translate("AppSandboxFileAccess", source);
-        };
-        request.title = text("Allow Access");
-        request.prompt = text("Allow");
-        request.message =
-            text("%1 needs to access this path to continue. Click Allow to continue.").arg(u"Corvella"_s);
-        request.directory = home.path();
-        request.canChooseFiles = false;
-        const AppSandboxFileAccessOpenSavePanelDelegate rule(QUrl::fromLocalFile(home.path()));
-        request.shouldEnable = [rule](const QUrl& url) { return rule.panelShouldEnableURL(url); };
-        const auto panel = FileDialogOpenPanel::dialogFor(request);
-        panel->show();
-        ok &= save(panel.get(), file(u"permission-panel"_s));
-        panel->hide();
+        // The request the agent makes for the home folder, through the desktop's panel, and the
+        // chooser behind its "Choose Another Folder…".
+        TestHome asking(false);
+        FileDialogOpenPanel dialogPanel;
+        Sandbox requester({asking.t.defaults, asking.bookmarks, dialogPanel, asking.t.log});
+        QTimer::singleShot(0, &app, [&] {
+            auto* request = qobject_cast<AccessRequestDialog*>(QApplication::activeModalWidget());
+            if (!request) {
+                ok = false;
+                if (QApplication::activeModalWidget())
+                    QApplication::activeModalWidget()->close();
+                return;
+            }
+            ok &= save(request, file(u"permission-panel"_s));
+            QTimer::singleShot(0, &app, [&] {
+                if (QWidget* chooser = QApplication::activeModalWidget()) {
+                    ok &= save(chooser, file(u"permission-panel-other-folder"_s));
+                    chooser->close();
+                }
+            });
+            request->otherFolderButton()->click();
+            request->reject();
+        });
+        requester.enableAccess();
 
         agent.app.enableBrowser(u"Safari-disabled"_s); // no Safari files to read: the warning
         if (WarningController* warning = face.warningController()) {

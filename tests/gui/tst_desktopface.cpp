@@ -1,7 +1,10 @@
 #include "platform/SettingsKeys.h"
+#include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
+#include "sandbox/AppSandboxFileAccessPersist.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
+#include "ui/AccessRequestDialog.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
@@ -14,11 +17,15 @@
 #include "ui/WarningController.h"
 
 #include <QAbstractProxyModel>
+#include <QApplication>
 #include <QFileSystemModel>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -77,6 +84,8 @@ private slots:
     void aClosedWarningIsReleasedAndTheNextIsFresh();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove_data();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove();
+    void theAccessRequestGrantsTheHomeFolder_data();
+    void theAccessRequestGrantsTheHomeFolder();
 };
 
 // Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
@@ -356,8 +365,7 @@ void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove()
     OpenPanelRequest request;
     request.prompt = u"Allow"_s;
     request.message = u"Corvella needs access to your home folder."_s;
-    request.directory = root.path(u"home/ann"_s);
-    request.canChooseFiles = false;
+    request.directory = root.path(u"home/ann"_s); // files and folders may be chosen, as the agent asks
     request.shouldEnable = [rule](const QUrl& url) { return rule.panelShouldEnableURL(url); };
     const auto dialog = FileDialogOpenPanel::dialogFor(request);
     dialog->show();
@@ -373,6 +381,67 @@ void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove()
     static_cast<QDialog*>(dialog.get())->accept(); // what "Allow" does
     QCOMPARE(dialog->result() == QDialog::Accepted, taken);
     QCOMPARE(dialog->isVisible(), !taken);
+}
+
+void TestDesktopFace::theAccessRequestGrantsTheHomeFolder_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("granted"); // relative to the test's root; empty: nothing granted
+    QTest::newRow("Allow, with Enter") << u"enter"_s << u"home/ann"_s;
+    QTest::newRow("Allow, clicked") << u"click"_s << u"home/ann"_s;
+    QTest::newRow("the folder above, typed") << u"above"_s << u"home"_s;
+    QTest::newRow("Cancel") << u"cancel"_s << QString();
+}
+
+// The request the agent makes (the file layer asking for the home folder through the desktop's panel),
+// answered as a user would: the folder is named, "Allow" is ready, and the grant is recorded.
+void TestDesktopFace::theAccessRequestGrantsTheHomeFolder()
+{
+    QFETCH(QString, answer);
+    QFETCH(QString, granted);
+    TestHome root(false);
+    root.folder(u"home/ann/Documents"_s);
+    root.t.defaults.setObject(root.path(u"home/ann"_s), SettingsKeys::userFolder);
+    FileDialogOpenPanel panel;
+    Sandbox sandbox({root.t.defaults, root.bookmarks, panel, root.t.log});
+
+    QString shown;
+    QTimer::singleShot(0, this, [&] {
+        auto* dialog = qobject_cast<AccessRequestDialog*>(QApplication::activeModalWidget());
+        if (!dialog && QApplication::activeModalWidget())
+            QApplication::activeModalWidget()->close(); // another request: end it, not the test run
+        QVERIFY(dialog);
+        for (const QLabel* label : dialog->findChildren<QLabel*>())
+            shown += label->text();
+        QVERIFY(dialog->allowButton()->isEnabled() && dialog->allowButton()->isDefault());
+        if (answer == u"enter"_s) {
+            QTest::keyClick(dialog, Qt::Key_Return);
+        } else if (answer == u"click"_s) {
+            QTest::mouseClick(dialog->allowButton(), Qt::LeftButton);
+        } else if (answer == u"cancel"_s) {
+            QTest::keyClick(dialog, Qt::Key_Escape);
+        } else {
+            QTimer::singleShot(0, this, [&] {
+                auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                QVERIFY(files);
+                auto* typed = files->findChild<QLineEdit*>(u"fileNameEdit"_s);
+                QVERIFY(typed);
+                typed->clear();
+                QTest::keyClicks(typed, root.path(u"home"_s));
+                QTest::keyClick(typed, Qt::Key_Return);
+            });
+            QTest::mouseClick(dialog->otherFolderButton(), Qt::LeftButton);
+        }
+    });
+    QCOMPARE(sandbox.enableAccess(), !granted.isEmpty());
+    QVERIFY2(shown.contains(root.path(u"home/ann"_s)), qPrintable(shown)); // the folder, by name
+    AppSandboxFileAccess access =
+        AppSandboxFileAccess::fileAccess({root.t.defaults, root.bookmarks, root.panel});
+    QCOMPARE(access.hasPermissionForFilePath(root.path(u"home/ann/Documents"_s)), !granted.isEmpty());
+    if (!granted.isEmpty())
+        QVERIFY(AppSandboxFileAccessPersist(root.t.defaults)
+                    .bookmarkDataForURL(QUrl::fromLocalFile(root.path(granted) + u'/'))
+                    .has_value());
 }
 
 QTEST_MAIN(TestDesktopFace)
