@@ -26,7 +26,8 @@ deps:
 	if [ -n "$$missing" ]; then \
 		if [ "$$(id -u)" = 0 ]; then \
 			echo "Installing missing packages:" $$missing; \
-			apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing >/dev/null; \
+			apt-get -o DPkg::Lock::Timeout=600 update -qq && DEBIAN_FRONTEND=noninteractive \
+				apt-get -o DPkg::Lock::Timeout=600 install -y -qq $$missing >/dev/null; \
 		else \
 			echo "Missing Debian packages:" $$missing; \
 			echo "Install them with: sudo apt-get install" $$missing; exit 1; \

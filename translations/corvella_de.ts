@@ -124,8 +124,8 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
 <context>
     <name>AppDelegate</name>
     <message>
-        <source>Corvella has no access to your home folder, so nothing was removed from %1. Grant it once with &quot;corvella-clean --allow-home-access --list&quot;.</source>
-        <translation>Corvella hat keinen Zugriff auf Ihren Persönlichen Ordner, daher wurde aus %1 nichts entfernt. Erteilen Sie ihn einmalig mit „corvella-clean --allow-home-access --list“.</translation>
+        <source>Corvella has no access to your home folder, so nothing was removed from %1. Open Corvella and click &quot;Grant Access…&quot; (or run &quot;corvella-clean --allow-home-access --list&quot;).</source>
+        <translation>Corvella hat keinen Zugriff auf Ihren persönlichen Ordner, daher wurde nichts aus %1 entfernt. Öffnen Sie Corvella und klicken Sie auf „Zugriff gewähren…“ (oder führen Sie „corvella-clean --allow-home-access --list“ aus).</translation>
     </message>
 </context>
 <context>
@@ -505,6 +505,18 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
         <source>Corvella is Disabled</source>
         <translation>Corvella ist ausgeschaltet</translation>
     </message>
+    <message>
+        <source>Grant Access…</source>
+        <translation>Zugriff gewähren…</translation>
+    </message>
+    <message>
+        <source>Grant access to the home folder</source>
+        <translation>Zugriff auf den persönlichen Ordner gewähren</translation>
+    </message>
+    <message>
+        <source>No access to your home folder</source>
+        <translation>Kein Zugriff auf Ihren persönlichen Ordner</translation>
+    </message>
 </context>
 <context>
     <name>PreferencesWindowController</name>
@@ -645,6 +657,14 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     <message>
         <source>Corvella is Disabled</source>
         <translation>Corvella ist ausgeschaltet</translation>
+    </message>
+    <message>
+        <source>Grant Access to the Home Folder…</source>
+        <translation>Zugriff auf den persönlichen Ordner gewähren…</translation>
+    </message>
+    <message>
+        <source>Corvella has no access to your home folder</source>
+        <translation>Corvella hat keinen Zugriff auf Ihren persönlichen Ordner</translation>
     </message>
 </context>
 <context>

@@ -244,14 +244,25 @@ void AppDelegate::iCloudAlertClosed(bool suppressed)
     m_defaults.synchronize();
 }
 
+bool AppDelegate::hasHomeAccess()
+{
+    return AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
+        .hasPermissionForFilePath(checkForUserDirectory(QStringLiteral("~")));
+}
+
+void AppDelegate::requestHomeAccess()
+{
+    if (m_services.sandbox.hasAccess() && !m_watchingApplicationsFolder) // asks when there is no grant
+        watchApplicationsFolder();
+    checkRunStatus();
+}
+
 // Access granted while the agent runs (from corvella-clean, say): finish the start-up steps that
-// needed it, and tell the user again should it be lost later.
+// needed it, and tell the user again should it be lost later. The window and the tray say either way.
 void AppDelegate::grantsChanged()
 {
-    const bool granted =
-        AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
-            .hasPermissionForFilePath(checkForUserDirectory(QStringLiteral("~")));
-    if (!granted)
+    checkRunStatus();
+    if (!hasHomeAccess())
         return;
     m_toldAccessIsMissing = false;
     if (m_launched && !m_watchingApplicationsFolder)
@@ -332,8 +343,10 @@ void AppDelegate::watchApplicationsFolder()
         if (!m_services.folderWatch.isWatching())
             m_services.folderWatch.start({kApplicationsFolder}, kApplicationsFolderLatencyMs);
     });
-    if (!m_watchingApplicationsFolder)
+    if (!m_watchingApplicationsFolder) {
         m_log.log(QStringLiteral("Corvella Sandbox has denied access to %1").arg(kApplicationsFolder));
+        checkRunStatus(); // the request was cancelled: the window and the tray say so at once
+    }
 }
 
 void AppDelegate::stopObserving()
@@ -393,8 +406,8 @@ void AppDelegate::tellAccessIsMissing(const QString& browser)
         return;
     displayNotificationWithTitle(
         QStringLiteral("Corvella"),
-        tr("Corvella has no access to your home folder, so nothing was removed from %1. Grant it once "
-           "with \"corvella-clean --allow-home-access --list\".")
+        tr("Corvella has no access to your home folder, so nothing was removed from %1. Open Corvella and "
+           "click \"Grant Access…\" (or run \"corvella-clean --allow-home-access --list\").")
             .arg(browser));
 }
 

@@ -156,6 +156,10 @@ public:
     QStringList browserTiles() const { return m_browserTiles; }
 
     bool isRunning() const;
+    // Whether the user granted the home folder (asks nothing).
+    bool hasHomeAccess();
+    // Asks for the home folder again (after the request was cancelled, or a grant went stale).
+    void requestHomeAccess();
 
 signals:
     // The settings changed (on disk or from here): the category toggles show them again.

@@ -32,7 +32,8 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
         m_mainWindow->setShownInTaskBar(!hideDock || !m_statusItem->isShown());
     });
     connect(&delegate, &AppDelegate::infoLabelNeedsUpdate, this,
-            [this] { m_mainWindow->updateInfoLabel(m_delegate.isRunning()); });
+            [this] { m_mainWindow->updateInfoLabel(m_delegate.isRunning(), m_delegate.hasHomeAccess()); });
+    connect(&window, &MainWindow::grantAccessRequested, &delegate, &AppDelegate::requestHomeAccess);
     connect(&delegate, &AppDelegate::mainSwitchEnabledChanged, window.enabledButton(),
             &ToggleSwitch::setEnabled);
     connect(&delegate, &AppDelegate::browserTilesChanged, tiles, &BrowserCollection::reloadData);
@@ -69,6 +70,7 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
 
     StatusItem& item = *m_statusItem;
     connect(&item, &StatusItem::toggleRunStatus, &delegate, &AppDelegate::toggleRunStatus);
+    connect(&item, &StatusItem::grantAccess, &delegate, &AppDelegate::requestHomeAccess);
     connect(&item, &StatusItem::openWindow, &window, &MainWindow::openWindow);
     connect(&item, &StatusItem::openAndCheckBrowsers, this, [this] {
         m_mainWindow->openWindow();
@@ -162,7 +164,8 @@ void DesktopFace::openFileWarningView()
 
 void DesktopFace::showMenuBarItem(bool show)
 {
-    m_statusItem->showMenuBarItem(show && m_trayAvailable, m_delegate.isRunning(), m_delegate.isValid());
+    m_statusItem->showMenuBarItem(show && m_trayAvailable, m_delegate.isRunning(), m_delegate.isValid(),
+                                  m_delegate.hasHomeAccess());
     // The agent is never out of reach: without a tray item the window is in the task bar and shown.
     if (!m_statusItem->isShown()) {
         m_mainWindow->setShownInTaskBar(true);

@@ -5,14 +5,17 @@
 #include "ui/HoverButton.h"
 #include "ui/ToggleSwitch.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     : QWidget(parent), m_enabledButton(new ToggleSwitch(this)), m_infoLabel(new QLabel(this)),
+      m_grantButton(new QPushButton(tr("Grant Access…"), this)),
       m_collectionView(new BrowserCollection(icons, this)), m_infoButton(new HoverButton(this))
 {
     setWindowTitle(tr("Corvella"));
@@ -53,6 +56,15 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     m_infoLabel->setFont(thin);
     protection->addWidget(m_enabledButton);
     protection->addWidget(m_infoLabel, 1);
+    m_grantButton->setAccessibleName(tr("Grant access to the home folder"));
+    // A button as the theme draws it, not in the window's white text.
+    QPalette button = m_grantButton->palette();
+    for (const QPalette::ColorRole role : {QPalette::ButtonText, QPalette::WindowText, QPalette::Button})
+        button.setColor(role, QApplication::palette().color(role));
+    m_grantButton->setPalette(button);
+    m_grantButton->hide();
+    connect(m_grantButton, &QPushButton::clicked, this, &MainWindow::grantAccessRequested);
+    protection->addWidget(m_grantButton);
     layout->addLayout(protection);
     layout->addStretch();
     layout->addWidget(m_collectionView);
@@ -62,9 +74,12 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     connect(preferences, &QShortcut::activated, this, &MainWindow::preferencesRequested);
 }
 
-void MainWindow::updateInfoLabel(bool isRunning)
+void MainWindow::updateInfoLabel(bool isRunning, bool hasAccess)
 {
-    m_infoLabel->setText(isRunning ? tr("Corvella is Enabled") : tr("Corvella is Disabled"));
+    m_infoLabel->setText(!hasAccess  ? tr("No access to your home folder")
+                         : isRunning ? tr("Corvella is Enabled")
+                                     : tr("Corvella is Disabled"));
+    m_grantButton->setVisible(!hasAccess);
     m_enabledButton->setChecked(isRunning);
 }
 

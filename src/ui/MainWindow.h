@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class BrowserCollection;
+class QPushButton;
 class HoverButton;
 class IconTransformer;
 class ToggleSwitch;
@@ -21,8 +22,10 @@ public:
     BrowserCollection* collectionView() const { return m_collectionView; }
     HoverButton* infoButton() const { return m_infoButton; }
     QString infoText() const { return m_infoLabel->text(); }
+    QPushButton* grantButton() const { return m_grantButton; }
 
-    void updateInfoLabel(bool isRunning);
+    // Without access to the home folder nothing can be protected: the label says so, and a button asks.
+    void updateInfoLabel(bool isRunning, bool hasAccess = true);
     // With "hideDock" the window keeps out of the task bar (a tool window), as the agent lives in the tray.
     void setShownInTaskBar(bool shown);
     void openWindow();
@@ -31,6 +34,7 @@ signals:
     // A press anywhere in the window but on a tile: an open browser popover closes.
     void pressedOutsideTiles();
     void preferencesRequested();
+    void grantAccessRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -39,6 +43,7 @@ protected:
 private:
     ToggleSwitch* m_enabledButton;
     QLabel* m_infoLabel;
+    QPushButton* m_grantButton;
     BrowserCollection* m_collectionView;
     HoverButton* m_infoButton;
 };

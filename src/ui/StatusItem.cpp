@@ -4,8 +4,11 @@
 #include <QPainter>
 #include <QPalette>
 
-StatusItem::StatusItem(QObject* parent) : QObject(parent), m_runStateItem(m_sysMenuBar.addAction(QString()))
+StatusItem::StatusItem(QObject* parent)
+    : QObject(parent), m_runStateItem(m_sysMenuBar.addAction(QString())),
+      m_grantAccessItem(new QAction(tr("Grant Access to the Home Folder…"), this))
 {
+    connect(m_grantAccessItem, &QAction::triggered, this, &StatusItem::grantAccess);
     m_sysMenuBar.setAccessibleName(tr("Corvella"));
     connect(m_runStateItem, &QAction::triggered, this, [this] {
         if (m_anyBrowserActivated)
@@ -38,9 +41,16 @@ QIcon StatusItem::image(bool isRunning, const QColor& colour)
     return painted;
 }
 
-void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated)
+void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess)
 {
     m_anyBrowserActivated = anyBrowserActivated;
+    // In the menu only while needed (a hidden entry would still be exported to the panel), after the
+    // run-state entry, which stays first.
+    const bool listed = m_sysMenuBar.actions().contains(m_grantAccessItem);
+    if (!hasAccess && !listed)
+        m_sysMenuBar.insertAction(m_sysMenuBar.actions().value(1), m_grantAccessItem);
+    else if (hasAccess && listed)
+        m_sysMenuBar.removeAction(m_grantAccessItem);
     m_runStateItem->setText(!anyBrowserActivated ? tr("Please activate a Browser")
                             : isRunning          ? tr("Disable Corvella")
                                                  : tr("Enable Corvella"));
@@ -58,6 +68,8 @@ void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActiv
                 });
     }
     m_trayIcon->setIcon(image(isRunning, QApplication::palette().color(QPalette::WindowText)));
-    m_trayIcon->setToolTip(isRunning ? tr("Corvella is Enabled") : tr("Corvella is Disabled"));
+    m_trayIcon->setToolTip(!hasAccess  ? tr("Corvella has no access to your home folder")
+                           : isRunning ? tr("Corvella is Enabled")
+                                       : tr("Corvella is Disabled"));
     m_trayIcon->show();
 }

@@ -18,16 +18,19 @@ public:
     ~StatusItem() override;
 
     // Shows the item as the state is, or removes it.
-    void showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated);
+    void showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess = true);
     bool isShown() const { return m_trayIcon != nullptr; }
     QMenu* menu() { return &m_sysMenuBar; }
     QAction* runStateItem() { return m_runStateItem; }
+    // In the menu only while the home folder is not granted.
+    QAction* grantAccessItem() { return m_grantAccessItem; }
 
     // The tray's picture, painted in the colour given (the panel's text colour).
     static QIcon image(bool isRunning, const QColor& colour);
 
 signals:
     void toggleRunStatus();
+    void grantAccess();
     void openAndCheckBrowsers();
     void openWindow();
     void openPreferences();
@@ -36,6 +39,7 @@ signals:
 private:
     QMenu m_sysMenuBar;
     QAction* m_runStateItem;
+    QAction* m_grantAccessItem;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     bool m_anyBrowserActivated = false;
 };

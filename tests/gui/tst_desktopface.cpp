@@ -74,6 +74,7 @@ private slots:
     void aSettingChangedOnDiskMovesItsToggle();
     void safariHasNoSearchEnginesToggle();
     void theMenuAsksForABrowserWhileNoneIsActivated();
+    void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
     void threeTilesAreCentredInARow();
     void popoversStayWholeOnScreenBesideAWindowInACorner();
@@ -212,6 +213,32 @@ void TestDesktopFace::theMenuAsksForABrowserWhileNoneIsActivated()
     item.runStateItem()->trigger();
     QTRY_COMPARE(item.runStateItem()->text(), u"Enable Corvella"_s);
     QCOMPARE(f.window().infoText(), u"Corvella is Disabled"_s);
+}
+
+// The request was cancelled, or the grant went: nothing can be protected, and the window and the tray
+// say so at once (not after the next quit) and ask again.
+void TestDesktopFace::withoutAccessTheWindowAndTheTraySaySoAndAskAgain()
+{
+    Face f({kChromiumID}, {kChromiumID});
+    f.home.t.defaults.setBool(true, SettingsKeys::isRunning);
+    StatusItem& item = f.face->statusItem();
+    QTRY_COMPARE(f.window().infoText(), u"Corvella is Enabled"_s);
+    const auto asks = [&item] { return item.menu()->actions().contains(item.grantAccessItem()); };
+    QVERIFY(!f.window().grantButton()->isVisible() && !asks());
+    const QVariantMap settings = f.home.t.defaults.dictionaryRepresentation();
+    for (auto it = settings.keyBegin(); it != settings.keyEnd(); ++it) {
+        if (it->startsWith(AppSandboxFileAccessPersist::keyPrefix))
+            f.home.t.defaults.removeObjectForKey(*it);
+    }
+    QTRY_COMPARE(f.window().infoText(), u"No access to your home folder"_s);
+    QVERIFY(f.window().grantButton()->isVisible() && asks());
+    QCOMPARE(item.menu()->actions().first(), item.runStateItem());
+
+    f.agent.panel.answer(f.home.path());
+    QTest::mouseClick(f.window().grantButton(), Qt::LeftButton);
+    QCOMPARE(f.agent.panel.requests.size(), 1);
+    QTRY_COMPARE(f.window().infoText(), u"Corvella is Enabled"_s);
+    QVERIFY(!f.window().grantButton()->isVisible() && !asks());
 }
 
 void TestDesktopFace::withoutTrayItemTheWindowStaysReachable()
