@@ -154,19 +154,29 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
         usageError(tr("name a browser: %1").arg(browsers) + QLatin1Char('\n') + usage());
         return std::nullopt;
     }
-    options.browser = positional.takeFirst();
-    if (!BrowserCatalogue::browserKeys().contains(options.browser)) {
-        usageError(tr("unknown browser \"%1\"; accepted: %2").arg(options.browser, browsers));
+    // Names are matched without regard to case ("chromium", "google chrome"), as people type them.
+    const auto known = [](const QStringList& keys, const QString& typed) {
+        for (const QString& key : keys) {
+            if (key.compare(typed, Qt::CaseInsensitive) == 0)
+                return key;
+        }
+        return QString();
+    };
+    const QString typedBrowser = positional.takeFirst();
+    options.browser = known(BrowserCatalogue::browserKeys(), typedBrowser);
+    if (options.browser.isEmpty()) {
+        usageError(tr("unknown browser \"%1\"; accepted: %2").arg(typedBrowser, browsers));
         return std::nullopt;
     }
-    for (const QString& category : std::as_const(positional)) {
-        if (!SettingsKeys::categories.contains(category)) {
+    for (const QString& typed : std::as_const(positional)) {
+        const QString category = known(SettingsKeys::categories, typed);
+        if (category.isEmpty()) {
             usageError(tr("unknown category \"%1\"; accepted: %2")
-                           .arg(category, SettingsKeys::categories.join(QStringLiteral(", "))));
+                           .arg(typed, SettingsKeys::categories.join(QStringLiteral(", "))));
             return std::nullopt;
         }
+        options.categories.append(category);
     }
-    options.categories = positional;
     return options;
 }
 

@@ -134,6 +134,8 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
     Cli cli;
     QCOMPARE(cli.run({u"Firefox"_s, u"cache"_s, u"cookies"_s}), int(CleanCommand::Success));
     QCOMPARE(cli.out, u"Cookies, Cache removed from Firefox\n"_s);
+    QCOMPARE(cli.run({u"firefox"_s, u"Cache"_s}), int(CleanCommand::Success)); // as people type them
+    QCOMPARE(cli.out, u"Cache removed from Firefox\n"_s);
     QCOMPARE(cli.run({u"Firefox"_s}), int(CleanCommand::Success));
     QCOMPARE(cli.out, u"Whoops, you havn't selected anything to be removed from Firefox\n"_s);
     cli.home.t.defaults.setObject(QVariantMap{{u"Firefox:history"_s, true}, {u"Firefox:forms"_s, false}},
