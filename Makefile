@@ -7,22 +7,24 @@ CMAKE_OPTIONS += -DCORVELLA_SANITIZE=ON
 endif
 JOBS ?= $(shell nproc)
 
-# Debian 12 packages the build and the tests need (README, "Dependencies").
-PACKAGES := cmake g++ make pkg-config clang-format \
-	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
-	libsqlite3-dev sqlite3 libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev \
-	dbus dbus-x11 xvfb xauth desktop-file-utils appstream chromium firefox-esr python3 \
-	qt6-tools-dev qt6-l10n-tools qt6-translations-l10n librsvg2-bin \
-	dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev strace
+# Debian 12 packages building and running need (README, "Dependencies"); the tests need more: the
+# browsers they drive, a display, the sanitizers' and the fuzzer's compiler, the package checks.
+BUILD_PACKAGES := cmake g++ make pkg-config \
+	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev qt6-tools-dev qt6-l10n-tools qt6-translations-l10n \
+	libsqlite3-dev libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev librsvg2-bin
+TEST_PACKAGES := clang-format sqlite3 dbus dbus-x11 xvfb xauth desktop-file-utils appstream \
+	chromium firefox-esr python3 dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev strace
 
-.PHONY: all deps configure build e2e-deps test run bench reliability format clean package install translations fuzz
+.PHONY: all deps test-deps configure build e2e-deps test run bench reliability format clean package install translations fuzz
 
 all: build
 
-deps:
-	@missing=$$(for p in $(PACKAGES); do \
+# Installs the packages named (as root with apt-get, waiting for another install to finish; otherwise
+# names them); with "npm" as the second argument, Node's package manager too.
+define install-missing
+	@missing=$$(for p in $(1); do \
 		dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || echo $$p; done; \
-		command -v npm >/dev/null || echo nodejs npm); \
+		[ "$(2)" != npm ] || command -v npm >/dev/null || echo nodejs npm); \
 	if [ -n "$$missing" ]; then \
 		if [ "$$(id -u)" = 0 ]; then \
 			echo "Installing missing packages:" $$missing; \
@@ -33,6 +35,13 @@ deps:
 			echo "Install them with: sudo apt-get install" $$missing; exit 1; \
 		fi; \
 	fi
+endef
+
+deps:
+	$(call install-missing,$(BUILD_PACKAGES))
+
+test-deps:
+	$(call install-missing,$(BUILD_PACKAGES) $(TEST_PACKAGES),npm)
 
 configure: deps
 	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_OPTIONS) >/dev/null
@@ -42,14 +51,14 @@ build: configure
 
 # The end-to-end tests drive the browsers with puppeteer-core, at the version the lock file names
 # (it never downloads a browser). Without the registry the end-to-end test is skipped and says why.
-e2e-deps: deps
+e2e-deps: test-deps
 	@cd tests/e2e && { [ node_modules/.package-lock.json -nt package-lock.json ] || \
 		npm ci --no-audit --no-fund --loglevel=error >/dev/null || \
 		echo "npm ci failed: the end-to-end test will be skipped"; }
 
 # Then each fuzz target briefly with libFuzzer (once: not again in the sanitizer run).
 FUZZ_TEST_SECONDS ?= 20
-test: build e2e-deps
+test: test-deps build e2e-deps
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 ifneq ($(SANITIZE),1)
 	@$(MAKE) --no-print-directory fuzz FUZZ_SECONDS=$(FUZZ_TEST_SECONDS)
@@ -60,6 +69,7 @@ run: build
 
 # The Debian package (corvella_VERSION-1_ARCH.deb, in the build folder).
 package: build
+	$(call install-missing,dpkg-dev)
 	@cd $(BUILD_DIR) && cpack
 
 # Installs below PREFIX (default /usr/local); DESTDIR stages it elsewhere.
@@ -85,7 +95,7 @@ reliability: build
 # Fuzzes each parser of outside data for FUZZ_SECONDS (libFuzzer, clang, with the sanitizers), from
 # its seed corpus; findings land in tests/fuzz/regressions/NAME and are replayed by every build.
 FUZZ_SECONDS ?= 60
-fuzz: deps
+fuzz: test-deps
 	@CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 		-DCORVELLA_SANITIZE=ON -DCORVELLA_FUZZ=ON -DCORVELLA_FUZZ_TEST_SECONDS=$(FUZZ_SECONDS) >/dev/null
 	@cmake --build build-fuzz -j $(JOBS) --target corvella_fuzzers -- --no-print-directory
