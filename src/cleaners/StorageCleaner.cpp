@@ -41,6 +41,27 @@ QStringList StorageCleaner::localStorageArray(const QStringList& names, const QS
     return kept;
 }
 
+QStringList StorageCleaner::mozillaSiteFolders(const QStringList& names)
+{
+    QStringList sites;
+    for (const QString& name : names) {
+        if (name.startsWith(QLatin1String("http+++")) || name.startsWith(QLatin1String("https+++")))
+            sites.append(name);
+    }
+    return sites;
+}
+
+void StorageCleaner::removeEntries(const QString& folder, const QStringList& names)
+{
+    QStringList paths;
+    for (const QString& name : names) {
+        if (const auto path = m_services.sandbox.childPath(folder, name))
+            paths.append(*path);
+    }
+    if (!paths.isEmpty())
+        m_services.sandbox.removeFiles(paths);
+}
+
 QStringList StorageCleaner::mozillaLocalStorage(const QStringList& scopes)
 {
     QStringList sites;
@@ -140,9 +161,11 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
         if (!files.isEmpty())
             sandbox.removeFiles(files);
     }
+    // Each site's databases go; the extensions' ("chrome-extension_<id>_0.indexeddb.leveldb") are
+    // where extensions keep what they store, and stay.
     const QString indexedDB = folder + QStringLiteral("/IndexedDB");
     if (sandbox.fileExists(indexedDB))
-        sandbox.remove(indexedDB);
+        removeEntries(indexedDB, databaseArray(sandbox.folderContentsOf(indexedDB)));
 }
 
 void StorageCleaner::firefox()
@@ -159,10 +182,12 @@ void StorageCleaner::firefox()
                         mozillaLocalStorage(scopes), store);
             sandbox.runSql(QStringLiteral("VACUUM;"), store);
         }
+        // A folder per origin: the sites' go; the add-ons' ("moz-extension+++<uuid>", where
+        // browser.storage.local lives) and Firefox's own ("chrome", "moz-safe-about+++home") stay.
         for (const char* kind : {"default", "temporary", "permanent"}) {
             const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
             if (sandbox.fileExists(folder))
-                sandbox.remove(folder);
+                removeEntries(folder, mozillaSiteFolders(sandbox.folderContentsOf(folder)));
         }
     }
 }

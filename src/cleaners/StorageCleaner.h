@@ -5,8 +5,8 @@
 #include <QStringList>
 
 // Site storage: web databases, local storage, IndexedDB, and Firefox's storage database and folders.
-// The storage of browser extensions is kept in the site databases and local storage; IndexedDB and
-// Firefox's storage folders go whole.
+// Only sites' storage goes: what extensions and add-ons store, and the browser's own storage, stay in
+// every one of them (Safari's IndexedDB goes whole).
 class StorageCleaner
 {
 public:
@@ -20,11 +20,16 @@ public:
     static QStringList localStorageArray(const QStringList& names, const QString& browser);
     // The Firefox scopes of sites (those holding ".:"); the others stay in the store.
     static QStringList mozillaLocalStorage(const QStringList& scopes);
+    // The per-origin folders of Firefox's storage that belong to sites ("https+++example.org",
+    // "http+++example.org^userContextId=2"), not to add-ons or Firefox itself.
+    static QStringList mozillaSiteFolders(const QStringList& names);
 
 private:
     void safari();
     void chromiumProfile(const QString& folder, const QString& browser);
     void firefox();
+    // Removes the named entries of the folder (names that are no single component are skipped).
+    void removeEntries(const QString& folder, const QStringList& names);
     // Runs the statement with "%@" replaced by the values (see SplicedSql).
     void runWithList(const QString& format, const QStringList& values, const QString& database);
     QStringList column(const QString& sql, const QString& name, const QString& database);

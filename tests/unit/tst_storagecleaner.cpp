@@ -139,17 +139,23 @@ void TestStorageCleaner::sitesGoExtensionsStay()
                          {u"https_a.org_0.localstorage"_s, extension + u".localstorage"_s});
     h.home.file(localStorage + u"/leveldb/000003.log"_s);
     h.home.file(indexedDB + u"/https_a.org_0.indexeddb.leveldb/LOG"_s);
+    h.home.file(indexedDB + u"/https_a.org_0.indexeddb.blob/1/00/1"_s);
+    const QString extensionDatabase = indexedDB + u"/chrome-extension_abc_0.indexeddb.leveldb/LOG"_s;
+    h.home.file(extensionDatabase);
     h.clean(browser);
 
-    for (const QString& gone :
-         QStringList{databases + u"/https_a.org_0"_s, databases + u"/http_b.org_0"_s,
-                     localStorage + u"/https_a.org_0.localstorage"_s,
-                     localStorage + u"/https_a.org_0.localstorage-journal"_s, indexedDB})
+    const bool safari = browser == u"Safari"_s; // its IndexedDB goes whole
+    for (const QString& gone : QStringList{databases + u"/https_a.org_0"_s, databases + u"/http_b.org_0"_s,
+                                           localStorage + u"/https_a.org_0.localstorage"_s,
+                                           localStorage + u"/https_a.org_0.localstorage-journal"_s,
+                                           indexedDB + u"/https_a.org_0.indexeddb.leveldb"_s,
+                                           indexedDB + u"/https_a.org_0.indexeddb.blob"_s})
         QVERIFY2(!h.home.exists(gone), qPrintable(gone));
     for (const QString& kept :
          QStringList{databases + u'/' + extension, localStorage + u'/' + extension + u".localstorage"_s,
                      localStorage + u"/leveldb/000003.log"_s})
         QVERIFY2(h.home.exists(kept), qPrintable(kept));
+    QCOMPARE(h.home.exists(extensionDatabase), !safari);
     QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
              QStringList{extension});
 }
@@ -163,6 +169,20 @@ void TestStorageCleaner::firefoxScopesAndProfiles()
     F::firefoxStorage(h.home, u"a.default"_s, {u"gro.a.:https:443"_s, u"moz-safe-about+home"_s});
     F::firefoxStorage(h.home, u"b.work"_s, {u"gro.b.:http:80"_s, u"gro.'x.:http:80"_s});
     h.home.file(kFirefox + u"/profiles.ini"_s);
+    // Per-origin storage folders: the sites', an add-on's (in a container too) and Firefox's own.
+    const QStringList sites{u"storage/default/https+++a.org/idb/1.sqlite"_s,
+                            u"storage/default/http+++b.org^userContextId=2/ls/data.sqlite"_s,
+                            u"storage/temporary/https+++c.org/cache/caches.sqlite"_s,
+                            u"storage/permanent/https+++d.org/idb/2.sqlite"_s};
+    const QStringList own{
+        u"storage/default/moz-extension+++0b1c/idb/3647222921wleabcEoxlt-eengsairo.sqlite"_s,
+        u"storage/default/moz-extension+++0b1c^userContextId=4294967295/idb/x.sqlite"_s,
+        u"storage/permanent/chrome/idb/2918063365piupsah.sqlite"_s,
+        u"storage/default/moz-safe-about+++home/ls/data.sqlite"_s};
+    for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
+        for (const QString& file : sites + own)
+            h.home.file(kFirefox + u'/' + profile + u'/' + file);
+    }
     Lines preview;
     h.clean(u"Firefox"_s, &preview);
     // The second profile's statement names the first's scopes too; a quoted scope skips it.
@@ -175,9 +195,13 @@ void TestStorageCleaner::firefoxScopesAndProfiles()
                        u"scope"_s),
              QStringList{u"moz-safe-about+home"_s});
     for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
-        for (const QString& gone : QStringList{u"/storage/default"_s, u"/storage/temporary"_s,
-                                               u"/storage/permanent"_s, u"/storage.sqlite"_s})
-            QVERIFY2(!h.home.exists(kFirefox + u'/' + profile + gone), qPrintable(profile + gone));
+        for (const QString& site : sites) {
+            const QString gone = site.section(u'/', 0, 2);
+            QVERIFY2(!h.home.exists(kFirefox + u'/' + profile + u'/' + gone), qPrintable(profile + gone));
+        }
+        for (const QString& kept : own)
+            QVERIFY2(h.home.exists(kFirefox + u'/' + profile + u'/' + kept), qPrintable(profile + kept));
+        QVERIFY(!h.home.exists(kFirefox + u'/' + profile + u"/storage.sqlite"_s));
         QVERIFY(h.home.exists(kFirefox + u'/' + profile + u"/places.sqlite"_s));
     }
     QVERIFY(h.home.exists(kFirefox + u"/profiles.ini"_s));
