@@ -1,6 +1,7 @@
 #include "cleaners/BrowserCleaners.h"
 
 #include "core/BrowserCatalogue.h"
+#include "platform/SystemLog.h"
 
 BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base)
     : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log},
@@ -19,7 +20,21 @@ void BrowserCleaners::forEachInstall(const QString& browser, const std::function
                                                     : m_services.sandbox.installsOf(root);
     for (const PathLayout::Install install : installs) {
         Units units(m_services.sandbox.forInstall(install), m_services);
+        if (browser == BrowserCatalogue::firefox)
+            reportProfilesOutsideHome(units.sandbox);
         run(units);
+    }
+}
+
+void BrowserCleaners::reportProfilesOutsideHome(Sandbox& sandbox)
+{
+    for (const auto& profile : BrowserCatalogue::firefoxProfilesElsewhere(sandbox)) {
+        if (!profile.inside && !m_reportedOutsideHome.contains(profile.path)) {
+            m_reportedOutsideHome.insert(profile.path);
+            m_services.log.log(QStringLiteral("Corvella left the Firefox profile %1 alone: it lies outside "
+                                              "the home folder, where Corvella changes nothing")
+                                   .arg(profile.path));
+        }
     }
 }
 

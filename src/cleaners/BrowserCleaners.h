@@ -10,6 +10,8 @@
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 
+#include <QSet>
+
 // The cleaners of the five browsers' data, working only through the file layer: the one dispatcher
 // a removal run calls, handing each category to its unit. A browser installed in several ways (from
 // the distribution, as a Flatpak, as a Snap) is cleaned in the folders of each install that has any.
@@ -41,6 +43,9 @@ private:
         HistoryCleaner history;
     };
     void forEachInstall(const QString& browser, const std::function<void(Units&)>& run);
+    // A Firefox profile listed outside the home folder is left alone: said once.
+    void reportProfilesOutsideHome(Sandbox& sandbox);
 
     CleanerServices m_services;
+    QSet<QString> m_reportedOutsideHome;
 };

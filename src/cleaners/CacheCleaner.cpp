@@ -78,6 +78,11 @@ void CacheCleaner::clearFireFoxCache()
     }
     for (const QString& profile : Profiles::firefox(m_services))
         sandbox.remove(profile + QStringLiteral("/SiteSecurityServiceState.txt"));
+    // What a profile in the profiles folder keeps in its cache folder, one elsewhere keeps in its own.
+    for (const QString& profile : Profiles::firefoxElsewhere(m_services)) {
+        for (const char* name : {"cache2", "startupCache", "thumbnails", "safebrowsing", "jumpListCache"})
+            sandbox.remove(profile + QLatin1Char('/') + QLatin1String(name));
+    }
 }
 
 void CacheCleaner::clearChromeCache(const QString& browser)

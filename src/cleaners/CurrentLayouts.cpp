@@ -185,8 +185,13 @@ QList<Folders> profileFolders(const CleanerServices& services, const QString& br
 {
     QList<Folders> folders;
     if (browser == BrowserCatalogue::firefox) {
-        for (const QString& profile : Profiles::firefox(services))
-            folders.append({profile, u"~/Library/Caches/Firefox/Profiles/"_s + profile.section(u'/', -1)});
+        const QStringList elsewhere = Profiles::firefoxElsewhere(services);
+        for (const QString& profile : Profiles::firefox(services)) {
+            folders.append(
+                {profile, elsewhere.contains(profile)
+                              ? profile // it keeps its cache in its own folder
+                              : u"~/Library/Caches/Firefox/Profiles/"_s + profile.section(u'/', -1)});
+        }
         return folders;
     }
     const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);

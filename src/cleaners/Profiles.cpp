@@ -43,6 +43,16 @@ QStringList firefox(const CleanerServices& services)
         if (const std::optional<QString> folder = services.sandbox.childPath(root, name))
             folders.append(*folder);
     }
+    return folders + firefoxElsewhere(services);
+}
+
+QStringList firefoxElsewhere(const CleanerServices& services)
+{
+    QStringList folders;
+    for (const auto& profile : BrowserCatalogue::firefoxProfilesElsewhere(services.sandbox)) {
+        if (profile.inside)
+            folders.append(profile.path);
+    }
     return folders;
 }
 

@@ -18,6 +18,9 @@ QStringList chromiumFamilyKeys(const CleanerServices& services, const QString& b
 QString profileFolder(const QString& root, const QString& key);
 // Every entry of the Firefox profiles folder, folder or not, in listing order.
 QStringList firefox(const CleanerServices& services);
+// The profiles Firefox lists by a full path inside the home folder (profiles.ini "IsRelative=0"); such a
+// profile keeps its cache in its own folder.
+QStringList firefoxElsewhere(const CleanerServices& services);
 // The entries of the Firefox profiles folder that are folders; plain files and links are no profiles.
 QStringList firefoxFolders(const CleanerServices& services);
 

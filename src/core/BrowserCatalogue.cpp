@@ -5,10 +5,13 @@
 #include "platform/Workspace.h"
 #include "sandbox/Sandbox.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTimer>
 
+#include <algorithm>
 #include <signal.h>
 
 namespace {
@@ -185,7 +188,9 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
             continue;
         }
         for (const QString& profile : firefoxProfiles(sandbox)) {
-            if (lockIsLive(sandbox, firefoxProfilesRoot + profile + QStringLiteral("/lock")))
+            const QString folder =
+                profile.startsWith(QLatin1Char('/')) ? profile : firefoxProfilesRoot + profile;
+            if (lockIsLive(sandbox, folder + QStringLiteral("/lock")))
                 return true;
         }
     }
@@ -208,7 +213,56 @@ QStringList BrowserCatalogue::firefoxProfiles(Sandbox& sandbox)
             profiles.append(name);
     }
     profiles.sort();
+    for (const ProfileElsewhere& elsewhere : firefoxProfilesElsewhere(sandbox)) {
+        if (elsewhere.inside)
+            profiles.append(elsewhere.path);
+    }
     return profiles;
+}
+
+QList<BrowserCatalogue::ProfileElsewhere> BrowserCatalogue::firefoxProfilesElsewhere(Sandbox& sandbox)
+{
+    QList<ProfileElsewhere> found;
+    const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
+    const auto add = [&](const QString& value) {
+        const QString path = QDir::cleanPath(value);
+        if (!QDir::isAbsolutePath(value) || path.contains(QChar(0)) ||
+            std::any_of(found.cbegin(), found.cend(),
+                        [&](const ProfileElsewhere& p) { return p.path == path; }))
+            return;
+        // Inside by its name and, through any link on the way, by where it really is.
+        const QString real = QFileInfo(path).canonicalFilePath();
+        const auto below = [&home](const QString& p) { return p.startsWith(home + QLatin1Char('/')); };
+        found.append({path, !home.isEmpty() && below(path) && (real.isEmpty() || below(real))});
+    };
+    // profiles.ini: [ProfileN] sections with IsRelative=0 and Path=/full/path; installs.ini:
+    // [INSTALLHASH] sections whose Default= is a full path when the profile lies elsewhere.
+    for (const char* file : {"profiles.ini", "installs.ini"}) {
+        const QString text =
+            sandbox.contentsOf(firefoxProfilesRoot + QLatin1String(file)).value_or(QString());
+        bool relative = true;
+        QString path;
+        const auto endSection = [&] {
+            if (!path.isEmpty() && (!relative || qstrcmp(file, "installs.ini") == 0))
+                add(path);
+            relative = true;
+            path.clear();
+        };
+        for (const QString& raw : text.split(QLatin1Char('\n'))) {
+            const QString line = raw.trimmed();
+            if (line.startsWith(QLatin1Char('['))) {
+                endSection();
+            } else if (line.startsWith(QLatin1String("IsRelative="))) {
+                relative = line.mid(11) != QLatin1String("0");
+            } else if (line.startsWith(QLatin1String("Path=")) && qstrcmp(file, "profiles.ini") == 0) {
+                path = line.mid(5);
+            } else if (line.startsWith(QLatin1String("Default=")) && qstrcmp(file, "installs.ini") == 0) {
+                path = line.mid(8);
+            }
+        }
+        endSection();
+    }
+    return found;
 }
 
 // Browsers lock a profile with a link whose target ends in the owner's pid ("host-1234",

@@ -71,8 +71,18 @@ public:
     QVariantMap userProfiles(const QString& browser);
     // The same, read through the given file layer (another install's folders, say).
     static QVariantMap profilesIn(Sandbox& sandbox, const QString& browser);
-    // The Firefox profile folders (those holding a profile's files), by name.
+    // The Firefox profile folders (those holding a profile's files), by name, then the full paths of
+    // those profiles.ini lists elsewhere in the home folder.
     QStringList firefoxProfiles();
+    // The profiles that Firefox's profiles.ini and installs.ini list by a full path ("IsRelative=0"), in
+    // their order, without repeats; `inside` says whether each lies inside the home folder (only those
+    // may be cleaned: one outside is reported and left alone).
+    struct ProfileElsewhere
+    {
+        QString path;
+        bool inside = false;
+    };
+    static QList<ProfileElsewhere> firefoxProfilesElsewhere(Sandbox& sandbox);
     // Whether the browser runs now, by its process or by a live lock file in the profile folders of
     // any of its installs.
     bool browserIsRunning(const QString& browser);

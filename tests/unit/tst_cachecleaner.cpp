@@ -3,11 +3,13 @@
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"
+#include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +32,7 @@ private slots:
     void eachBrowserLosesItsCaches_data();
     void eachBrowserLosesItsCaches();
     void linksInCacheFoldersGoAsLinks();
+    void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
     void preferencesLoseOnlyTheNetworkPredictions_data();
     void preferencesLoseOnlyTheNetworkPredictions();
 };
@@ -120,6 +123,42 @@ void TestCacheCleaner::linksInCacheFoldersGoAsLinks()
         .removeBrowserCache(u"Google Chrome"_s);
     QVERIFY(!QFileInfo::exists(home.path(u"Library/Caches/Google/Chrome/Default"_s)));
     QCOMPARE(home.read(u"Documents/keep.txt"_s), QByteArray("mine"));
+}
+
+// profiles.ini may list a profile by its full path (IsRelative=0): one in the home folder is cleaned like
+// those in the profiles folder, its cache being in its own folder; one outside is reported and left.
+void TestCacheCleaner::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
+{
+    TestHome home;
+    QTemporaryDir outsideHome;
+    F::firefoxProfile(home, u"a.default"_s);
+    const QString elsewhere = home.folder(u"elsewhere/abs.profile"_s);
+    const QString outside = outsideHome.path() + u"/out.profile"_s;
+    for (const QString& profile : {elsewhere, outside}) {
+        for (const char* file : {"/cookies.sqlite", "/prefs.js", "/cache2/entries/e", "/startupCache/s",
+                                 "/storage/default/https+++a.org/idb/1.sqlite", "/places.sqlite"})
+            PlistFixtures::writeFile(profile + QLatin1String(file), "x");
+    }
+    home.file(kFirefox + u"/profiles.ini"_s,
+              u"[General]\nStartWithLastProfile=1\n\n"
+              "[Profile0]\nName=default\nIsRelative=1\nPath=a.default\n\n"
+              "[Profile1]\nName=abs\nIsRelative=0\nPath=%1\n\n"
+              "[Profile2]\nName=out\nIsRelative=0\nPath=%2\n"_s.arg(elsewhere, outside)
+                  .toUtf8());
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    QCOMPARE(catalogue.firefoxProfiles(), (QStringList{u"a.default"_s, elsewhere}));
+    BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
+    cleaners.removeCookies(u"Firefox"_s);
+    cleaners.removeBrowserCache(u"Firefox"_s);
+    cleaners.removeNonFavLocalStorage(u"Firefox"_s);
+
+    for (const char* gone : {"/cookies.sqlite", "/cache2", "/startupCache", "/storage/default/https+++a.org"})
+        QVERIFY2(!QFileInfo::exists(elsewhere + QLatin1String(gone)), gone);
+    QVERIFY(QFileInfo::exists(elsewhere + u"/places.sqlite"_s));
+    for (const char* kept : {"/cookies.sqlite", "/cache2/entries/e", "/storage/default/https+++a.org"})
+        QVERIFY2(QFileInfo::exists(outside + QLatin1String(kept)), kept);
+    QCOMPARE(home.t.log.lines().filter(u"left the Firefox profile %1 alone"_s.arg(outside)).size(), 1);
 }
 
 void TestCacheCleaner::preferencesLoseOnlyTheNetworkPredictions_data()
