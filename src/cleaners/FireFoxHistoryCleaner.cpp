@@ -53,7 +53,12 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
                      "UPDATE moz_places SET favicon_id = NULL WHERE favicon_id > 0 ", "VACUUM;"});
         sandbox.removeFiles({in("favicons.sqlite"), in("favicons.sqlite-wal"), in("favicons.sqlite-shm")});
     } else if (ofType == QLatin1String("websitePrefs")) {
-        sandbox.remove(in("content-prefs.sqlite"));
+        // The sites' preferences go; those for every site (groupID NULL: the default zoom, say) are
+        // the user's settings and stay.
+        if (sandbox.fileExists(in("content-prefs.sqlite")))
+            sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL"),
+                                      QStringLiteral("DELETE FROM groups")},
+                                     in("content-prefs.sqlite"));
     } else if (ofType == QLatin1String("searchEngines")) {
         sandbox.remove(in("search.json.mozlz4"));
     }

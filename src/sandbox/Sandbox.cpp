@@ -534,15 +534,22 @@ void Sandbox::createDirectory(const QString& path)
     }
 }
 
+// The sites' parts only: what "net" learnt of servers goes, the user's prediction setting
+// ("network_prediction_options") stays.
 void Sandbox::removeExtraChromeCacheData(const QString& path)
 {
-    removeJsonKeys(path, {{QStringLiteral("net")}, {QStringLiteral("dns_prefetching")}});
+    removeJsonKeys(path, {{QStringLiteral("net"), QStringLiteral("http_server_properties")},
+                          {QStringLiteral("net"), QStringLiteral("network_qualities")},
+                          {QStringLiteral("dns_prefetching")}});
 }
 
+// The per-site zoom levels and permission exceptions; the default zoom and the default permissions
+// are the user's settings and stay.
 void Sandbox::removeChromeZoomSettings(const QString& path)
 {
-    removeJsonKeys(path, {{QStringLiteral("partition")},
-                          {QStringLiteral("profile"), QStringLiteral("content_settings")}});
+    removeJsonKeys(path, {{QStringLiteral("partition"), QStringLiteral("per_host_zoom_levels")},
+                          {QStringLiteral("profile"), QStringLiteral("content_settings"),
+                           QStringLiteral("exceptions")}});
 }
 
 void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyPaths)

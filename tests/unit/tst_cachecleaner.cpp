@@ -20,7 +20,7 @@ const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
 const QByteArray kPreferences =
-    R"({"profile":{"name":"x"},"net":{"network_prediction":1},"dns_prefetching":{"host":["a.org"]},"bookmark_bar":{"show":true}})";
+    R"({"profile":{"name":"x"},"net":{"http_server_properties":{"servers":[{"https://a.org":{}}]},"network_prediction_options":2},"dns_prefetching":{"host":["a.org"]},"bookmark_bar":{"show":true}})";
 const QStringList kShared{u"Library/Caches/Adobe/Flash Player/x"_s,
                           u"Library/Caches/QuickTime/downloads/y"_s};
 } // namespace
@@ -166,7 +166,9 @@ void TestCacheCleaner::preferencesLoseOnlyTheNetworkPredictions_data()
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
     QTest::newRow("keys kept in order")
-        << kPreferences << QByteArray(R"({"profile":{"name":"x"},"bookmark_bar":{"show":true}})");
+        << kPreferences
+        << QByteArray(
+               R"({"profile":{"name":"x"},"net":{"network_prediction_options":2},"bookmark_bar":{"show":true}})");
     QTest::newRow("not JSON") << QByteArray("{broken") << QByteArray("{}");
 }
 

@@ -83,6 +83,7 @@ private slots:
     void safariLastSessionKeepsPinnedTabs();
     void websitePrefsRewriteKeepsEverythingElse_data();
     void websitePrefsRewriteKeepsEverythingElse();
+    void firefoxSitePreferencesGoGlobalOnesStay();
 
 private:
     // Runs the row's category and checks which files went and which stayed.
@@ -159,9 +160,9 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
         << u"Firefox"_s << u"history"_s
         << QStringList{ff + u"sessionstore.js"_s, ff + u"sessionstore-backups/recovery.jsonlz4"_s}
         << QStringList{ff + u"places.sqlite"_s, ff + u"bookmarkbackups/b.jsonlz4"_s};
-    QTest::newRow("Firefox websitePrefs")
-        << u"Firefox"_s << u"websitePrefs"_s << QStringList{ff + u"content-prefs.sqlite"_s}
-        << QStringList{ff + u"search.json.mozlz4"_s};
+    QTest::newRow("Firefox websitePrefs: the file stays (its sites' rows go)")
+        << u"Firefox"_s << u"websitePrefs"_s << QStringList()
+        << QStringList{ff + u"search.json.mozlz4"_s, ff + u"content-prefs.sqlite"_s};
     QTest::newRow("Firefox searchEngines")
         << u"Firefox"_s << u"searchEngines"_s << QStringList{ff + u"search.json.mozlz4"_s}
         << QStringList{ff + u"content-prefs.sqlite"_s};
@@ -391,11 +392,14 @@ void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse_data()
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
     QTest::newRow("order, integers and reals kept")
-        << QByteArray(R"({"partition":{"per_host_zoom_levels":{"x":{"a.org":1.5}}},"profile":{"name":"Ich",)"
-                      R"("content_settings":{"exceptions":{}},"exit_type":"Normal"},"id":13345678901234567,)"
-                      R"("zoom":-0.5,"bookmark_bar":{"show_on_all_tabs":true}})")
-        << QByteArray(R"({"profile":{"name":"Ich","exit_type":"Normal"},"id":13345678901234567,"zoom":-0.5,)"
-                      R"("bookmark_bar":{"show_on_all_tabs":true}})");
+        << QByteArray(
+               R"({"partition":{"default_zoom_level":{"x":3.8},"per_host_zoom_levels":{"x":{"a.org":1.5}}},)"
+               R"("profile":{"name":"Ich","content_settings":{"exceptions":{"cookies":{"a.org,*":{}}},)"
+               R"("pref_version":1},"exit_type":"Normal"},"id":13345678901234567,)"
+               R"("zoom":-0.5,"bookmark_bar":{"show_on_all_tabs":true}})")
+        << QByteArray(R"({"partition":{"default_zoom_level":{"x":3.8}},"profile":{"name":"Ich",)"
+                      R"("content_settings":{"pref_version":1},"exit_type":"Normal"},"id":13345678901234567,)"
+                      R"("zoom":-0.5,"bookmark_bar":{"show_on_all_tabs":true}})");
     QTest::newRow("a profile that is no object stays")
         << QByteArray(R"({"profile":"x","a":[1,"\u00e9"]})")
         << QByteArray("{\"profile\":\"x\",\"a\":[1,\"\xc3\xa9\"]}");
@@ -416,6 +420,28 @@ void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse()
     QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s), after);
     QCOMPARE(QFile::permissions(preferences) & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther),
              QFile::ReadOwner);
+}
+
+// Firefox's content preferences: the per-site rows (a site's zoom) go, the ones for every site (the
+// default zoom the user chose) stay.
+void TestHistoryCleaner::firefoxSitePreferencesGoGlobalOnesStay()
+{
+    TestHome home;
+    const QString prefs = F::database(
+        home, kFirefox + u"/a.default/content-prefs.sqlite"_s,
+        {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+         u"CREATE TABLE settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+         u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER REFERENCES groups(id), "
+         "settingID INTEGER NOT NULL REFERENCES settings(id), value BLOB, timestamp INTEGER NOT NULL DEFAULT 0)"_s,
+         u"INSERT INTO groups VALUES (1, 'clinic.example')"_s,
+         u"INSERT INTO settings VALUES (1, 'browser.content.full-zoom')"_s,
+         u"INSERT INTO prefs VALUES (1, NULL, 1, 1.5, 0)"_s,
+         u"INSERT INTO prefs VALUES (2, 1, 1, 2.0, 0)"_s});
+    clean(home, u"Firefox"_s, {u"websitePrefs"_s});
+    QCOMPARE(F::rowCount(prefs, u"groups"_s), 0);
+    QCOMPARE(F::rowCount(prefs, u"prefs"_s), 1);
+    QCOMPARE(F::rowCount(prefs, u"settings"_s), 1);
+    QVERIFY(!home.read(kFirefox + u"/a.default/content-prefs.sqlite"_s).contains("clinic.example"));
 }
 
 QTEST_GUILESS_MAIN(TestHistoryCleaner)
