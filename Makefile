@@ -11,7 +11,7 @@ JOBS ?= $(shell nproc)
 # browsers they drive, a display, the sanitizers' and the fuzzer's compiler, the package checks.
 BUILD_PACKAGES := cmake g++ make pkg-config \
 	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev qt6-tools-dev qt6-l10n-tools qt6-translations-l10n \
-	libsqlite3-dev libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev librsvg2-bin
+	libsqlite3-dev libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev liblz4-dev librsvg2-bin
 TEST_PACKAGES := clang-format sqlite3 dbus dbus-x11 xvfb xauth desktop-file-utils appstream \
 	chromium firefox-esr python3 dpkg-dev lintian man-db bash-completion clang libfuzzer-14-dev strace
 

@@ -1,5 +1,6 @@
 #include "cleaners/CurrentLayouts.h"
 
+#include "cleaners/FirefoxSession.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
 #include "core/BrowserCatalogue.h"
@@ -38,14 +39,32 @@ struct Step
     QStringList sql = {};                               // each statement, then "VACUUM;"
     QList<QStringList> jsonKeys = {};                   // each a path through nested objects
     LevelDbStore::KeyFilter (*siteEntries)() = nullptr; // a fresh filter for each store
-    void (*custom)(Sandbox&, const QString& path) = nullptr;
+    void (*custom)(const CleanerServices&, const QString& path) = nullptr;
     Base base = Base::Profile;
 };
 
+// The session goes with history, but for its pinned tabs (Firefox restores them at every start); the
+// session cookies in it stay too while cookies are not chosen.
+void keepPinnedTabs(const CleanerServices& services, const QString& path)
+{
+    const std::optional<QByteArray> session = services.sandbox.dataWithContentsOfFile(path);
+    const bool keepCookies =
+        !services.defaults.dictionaryForKey(SettingsKeys::settings)
+             .value(SettingsKeys::settingsKey(BrowserCatalogue::firefox, QStringLiteral("cookies")))
+             .toBool();
+    const std::optional<QByteArray> pinned =
+        session ? FirefoxSession::withOnlyPinnedTabs(*session, keepCookies) : std::nullopt;
+    if (pinned)
+        services.sandbox.write(*pinned, path);
+    else
+        services.sandbox.remove(path);
+}
+
 // The sites' service workers, the extensions' kept: their registrations, the caches they filled
 // (a folder per origin, named by its "index.txt"), and their scripts in the script cache.
-void removeSiteWorkers(Sandbox& sandbox, const QString& folder)
+void removeSiteWorkers(const CleanerServices& services, const QString& folder)
 {
+    Sandbox& sandbox = services.sandbox;
     const auto resources = std::make_shared<QSet<QByteArray>>();
     sandbox.removeLevelDbKeys(folder + u"/Database"_s, SiteEntries::serviceWorkers(resources));
     for (const QByteArray& resource : std::as_const(*resources)) {
@@ -150,7 +169,7 @@ const QList<Step>& steps()
          "History",
          {u"DELETE FROM downloads_url_chains"_s, u"DELETE FROM downloads_slices"_s}},
         {Family::Chromium, "downloads", "DownloadMetadata"},
-        {Family::Firefox, "history", "sessionstore.jsonlz4"},
+        {Family::Firefox, "history", "sessionstore.jsonlz4", {}, {}, nullptr, keepPinnedTabs},
         {Family::Firefox, "history", "sessionCheckpoints.json"},
         {Family::Firefox,
          "history",
@@ -228,7 +247,7 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
         if (step.siteEntries) {
             sandbox.removeLevelDbKeys(path, step.siteEntries());
         } else if (step.custom) {
-            step.custom(sandbox, path);
+            step.custom(services, path);
         } else if (!step.jsonKeys.isEmpty()) {
             sandbox.removeJsonKeys(path, step.jsonKeys);
         } else if (!step.sql.isEmpty()) {
