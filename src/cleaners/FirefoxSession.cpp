@@ -18,7 +18,8 @@ constexpr qint64 kMaxJsonBytes = 64 * 1024 * 1024;
 QJsonObject pinnedTab(const QJsonObject& tab)
 {
     const QJsonArray entries = tab.value(QLatin1String("entries")).toArray();
-    const qsizetype index = std::clamp<qsizetype>(tab.value(QLatin1String("index")).toInt(1), 1, entries.size());
+    const qsizetype index =
+        std::clamp<qsizetype>(tab.value(QLatin1String("index")).toInt(1), 1, entries.size());
     QJsonObject entry = entries.isEmpty() ? QJsonObject() : entries.at(index - 1).toObject();
     for (const char* key : {"children", "formdata", "scroll", "presState"})
         entry.remove(QLatin1String(key));
@@ -44,11 +45,13 @@ std::optional<QByteArray> decompress(const QByteArray& mozlz4)
     if (!mozlz4.startsWith(kMagic) || mozlz4.size() < 12)
         return std::nullopt;
     const auto* size = reinterpret_cast<const uchar*>(mozlz4.constData() + 8);
-    const qint64 length = qint64(size[0]) | qint64(size[1]) << 8 | qint64(size[2]) << 16 | qint64(size[3]) << 24;
+    const qint64 length =
+        qint64(size[0]) | qint64(size[1]) << 8 | qint64(size[2]) << 16 | qint64(size[3]) << 24;
     if (length <= 0 || length > kMaxJsonBytes)
         return std::nullopt;
     QByteArray json(qsizetype(length), Qt::Uninitialized);
-    const int got = LZ4_decompress_safe(mozlz4.constData() + 12, json.data(), int(mozlz4.size() - 12), int(length));
+    const int got =
+        LZ4_decompress_safe(mozlz4.constData() + 12, json.data(), int(mozlz4.size() - 12), int(length));
     if (got != length)
         return std::nullopt;
     return json;
@@ -61,7 +64,8 @@ QByteArray compress(const QByteArray& json)
     for (int shift = 0; shift < 32; shift += 8)
         out.append(char((length >> shift) & 0xFF));
     QByteArray block(LZ4_compressBound(int(json.size())), Qt::Uninitialized);
-    const int written = LZ4_compress_default(json.constData(), block.data(), int(json.size()), int(block.size()));
+    const int written =
+        LZ4_compress_default(json.constData(), block.data(), int(json.size()), int(block.size()));
     return out + block.left(written);
 }
 
@@ -83,8 +87,8 @@ std::optional<QByteArray> withOnlyPinnedTabs(const QByteArray& mozlz4, bool keep
         kept.insert(QLatin1String("tabs"), tabs);
         kept.insert(QLatin1String("selected"), 1);
         kept.insert(QLatin1String("_closedTabs"), QJsonArray());
-        for (const char* key : {"width", "height", "screenX", "screenY", "sizemode", "sizemodeBeforeMinimized",
-                                "workspaceID", "zIndex"}) {
+        for (const char* key : {"width", "height", "screenX", "screenY", "sizemode",
+                                "sizemodeBeforeMinimized", "workspaceID", "zIndex"}) {
             if (window.contains(QLatin1String(key)))
                 kept.insert(QLatin1String(key), window.value(QLatin1String(key)));
         }

@@ -303,43 +303,81 @@ quint64 bigEndian(const uchar* bytes, int size)
     return value;
 }
 
+// The object table of a binary property list, as far as the checks below need it: no value when the
+// trailer cannot be followed (libplist then refuses the file itself).
+struct BinaryTable
+{
+    const uchar* data;
+    quint64 size;
+    int offsetSize;
+    int refSize;
+    quint64 objects;
+    quint64 top;
+    quint64 table;
+
+    static std::optional<BinaryTable> of(const QByteArray& bytes)
+    {
+        const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
+        const quint64 size = quint64(bytes.size());
+        if (size < 8 + 32)
+            return std::nullopt;
+        const uchar* trailer = data + size - 32;
+        BinaryTable t{data,
+                      size,
+                      trailer[6],
+                      trailer[7],
+                      bigEndian(trailer + 8, 8),
+                      bigEndian(trailer + 16, 8),
+                      bigEndian(trailer + 24, 8)};
+        if (t.offsetSize < 1 || t.offsetSize > 8 || t.refSize < 1 || t.refSize > 8 || t.table >= size ||
+            t.objects > (size - t.table) / quint64(t.offsetSize) || t.top >= t.objects)
+            return std::nullopt;
+        return t;
+    }
+
+    // The object's kind (its marker's high half), its count or length, and where its contents start;
+    // no value when it lies outside the file.
+    struct Object
+    {
+        int kind;
+        quint64 count;
+        quint64 contents;
+    };
+    std::optional<Object> object(quint64 index) const
+    {
+        quint64 at = bigEndian(data + table + index * quint64(offsetSize), offsetSize);
+        if (at >= size)
+            return std::nullopt;
+        Object o{data[at] >> 4, quint64(data[at] & 0x0F), at + 1};
+        if (o.count == 0x0F && o.kind != 0 && o.kind != 1 && o.kind != 2 && o.kind != 3) {
+            // The count follows as an integer object.
+            if (o.contents >= size || (data[o.contents] >> 4) != 1)
+                return std::nullopt;
+            const int countSize = 1 << (data[o.contents] & 0x0F);
+            if (countSize > 8 || o.contents + 1 + quint64(countSize) > size)
+                return std::nullopt;
+            o.count = bigEndian(data + o.contents + 1, countSize);
+            o.contents += 1 + quint64(countSize);
+        }
+        return o;
+    }
+};
+
 // Whether a binary property list holds a text (key or string) with a NUL character. libplist stops
 // the whole program on such a key (an assertion in its getter), so such a file is refused before
-// libplist reads it. A table this walk cannot follow is left to libplist, which refuses it itself.
+// libplist reads it.
 bool binaryHasNulInText(const QByteArray& bytes)
 {
-    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
-    const quint64 size = quint64(bytes.size());
-    if (size < 8 + 32)
-        return false;
-    const uchar* trailer = data + size - 32;
-    const int offsetSize = trailer[6];
-    const quint64 objects = bigEndian(trailer + 8, 8);
-    const quint64 table = bigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || table >= size || objects > (size - table) / quint64(offsetSize))
-        return false;
-    for (quint64 i = 0; i < objects; ++i) {
-        quint64 at = bigEndian(data + table + i * quint64(offsetSize), offsetSize);
-        if (at >= size)
+    const std::optional<BinaryTable> t = BinaryTable::of(bytes);
+    for (quint64 i = 0; t && i < t->objects; ++i) {
+        const auto text = t->object(i);
+        if (!text || text->kind < 5 || text->kind > 7) // 5: ASCII, 6: UTF-16, 7: UTF-8
             continue;
-        const int kind = data[at] >> 4; // 5: ASCII, 6: UTF-16, 7: UTF-8
-        if (kind < 5 || kind > 7)
-            continue;
-        quint64 length = data[at] & 0x0F;
-        ++at;
-        if (length == 0x0F) { // the length follows as an integer object
-            if (at >= size || (data[at] >> 4) != 1)
-                continue;
-            const int lengthSize = 1 << (data[at] & 0x0F);
-            if (lengthSize > 8 || at + 1 + quint64(lengthSize) > size)
-                continue;
-            length = bigEndian(data + at + 1, lengthSize);
-            at += 1 + quint64(lengthSize);
-        }
-        const int unit = kind == 6 ? 2 : 1;
-        const quint64 end = length > (size - at) / unit ? size : at + length * unit;
+        const int unit = text->kind == 6 ? 2 : 1;
+        const quint64 at = text->contents;
+        const quint64 end = text->count > (t->size - at) / unit ? t->size : at + text->count * unit;
         for (quint64 j = at; j + unit <= end; j += unit) {
-            if (data[j] == 0 && (unit == 1 || data[j + 1] == 0))
+            if (t->data[j] == 0 && (unit == 1 || t->data[j + 1] == 0))
                 return true;
         }
     }
@@ -348,59 +386,33 @@ bool binaryHasNulInText(const QByteArray& bytes)
 
 // Whether no chain of arrays and dictionaries in a binary property list is deeper than `limit` (a loop
 // is endless, so too deep). libplist and our reader descend by recursion: a file nested deeper (60,000
-// levels fit in a few hundred kilobytes) would overflow the stack and stop the whole program. A table
-// this walk cannot follow is left to libplist, which refuses it itself.
+// levels fit in a few hundred kilobytes) would overflow the stack and stop the whole program.
 bool binaryDepthWithin(const QByteArray& bytes, int limit)
 {
-    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
-    const quint64 size = quint64(bytes.size());
-    if (size < 8 + 32)
-        return true;
-    const uchar* trailer = data + size - 32;
-    const int offsetSize = trailer[6];
-    const int refSize = trailer[7];
-    const quint64 objects = bigEndian(trailer + 8, 8);
-    const quint64 top = bigEndian(trailer + 16, 8);
-    const quint64 table = bigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || table >= size ||
-        objects > (size - table) / quint64(offsetSize) || top >= objects)
+    const std::optional<BinaryTable> t = BinaryTable::of(bytes);
+    if (!t)
         return true;
     // The objects an array, set or dictionary refers to (a dictionary's keys, then its values).
-    const auto children = [&](quint64 object) {
+    const auto children = [&t](quint64 index) {
         std::vector<quint64> refs;
-        quint64 at = bigEndian(data + table + object * quint64(offsetSize), offsetSize);
-        if (at >= size)
+        const auto o = t->object(index);
+        if (!o || o->kind < 0xA || o->kind > 0xD) // array, ordered set, set, dictionary
             return refs;
-        const int kind = data[at] >> 4; // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary
-        if (kind < 0xA || kind > 0xD)
-            return refs;
-        quint64 count = data[at] & 0x0F;
-        ++at;
-        if (count == 0x0F) {
-            if (at >= size || (data[at] >> 4) != 1)
-                return refs;
-            const int countSize = 1 << (data[at] & 0x0F);
-            if (countSize > 8 || at + 1 + quint64(countSize) > size)
-                return refs;
-            count = bigEndian(data + at + 1, countSize);
-            at += 1 + quint64(countSize);
-        }
-        if (kind == 0xD)
-            count = count > size ? size : count * 2;
-        if (count > (size - std::min(at, size)) / quint64(refSize))
+        const quint64 count = o->kind == 0xD ? std::min(o->count, t->size) * 2 : o->count;
+        if (o->contents > t->size || count > (t->size - o->contents) / quint64(t->refSize))
             return refs;
         for (quint64 i = 0; i < count; ++i) {
-            const quint64 ref = bigEndian(data + at + i * quint64(refSize), refSize);
-            if (ref < objects)
+            const quint64 ref = bigEndian(t->data + o->contents + i * quint64(t->refSize), t->refSize);
+            if (ref < t->objects)
                 refs.push_back(ref);
         }
         return refs;
     };
     // Depth-first with an explicit stack; each object's height is worked out once.
-    std::vector<int> height(objects, -1); // -1 not seen, -2 on the current path
+    std::vector<int> height(t->objects, -1); // -1 not seen, -2 on the current path
     std::vector<std::pair<quint64, std::vector<quint64>>> path;
-    path.push_back({top, children(top)});
-    height[top] = -2;
+    path.push_back({t->top, children(t->top)});
+    height[t->top] = -2;
     while (!path.empty()) {
         if (int(path.size()) > limit)
             return false;
