@@ -1,5 +1,6 @@
 #include "cleaners/FireFoxHistoryCleaner.h"
 
+#include "cleaners/FirefoxSearchEngines.h"
 #include "cleaners/HistoryCleaner.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SplicedSql.h"
@@ -60,7 +61,16 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
                                       QStringLiteral("DELETE FROM groups")},
                                      in("content-prefs.sqlite"));
     } else if (ofType == QLatin1String("searchEngines")) {
-        sandbox.remove(in("search.json.mozlz4"));
+        // The engines added from sites go; the user's choice among Firefox's own stays.
+        const QString engines = in("search.json.mozlz4");
+        const std::optional<QByteArray> bytes = sandbox.dataWithContentsOfFile(engines);
+        const FirefoxSearchEngines::Result result =
+            bytes ? FirefoxSearchEngines::withoutSitesEngines(*bytes)
+                  : FirefoxSearchEngines::Result{FirefoxSearchEngines::Outcome::Unchanged, {}};
+        if (result.outcome == FirefoxSearchEngines::Outcome::Rewritten)
+            sandbox.write(result.bytes, engines);
+        else if (result.outcome == FirefoxSearchEngines::Outcome::Unreadable)
+            sandbox.remove(engines);
     }
 }
 

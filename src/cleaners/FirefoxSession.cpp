@@ -1,17 +1,14 @@
 #include "cleaners/FirefoxSession.h"
 
+#include "cleaners/MozLz4.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
 
-#include <lz4.h>
-
 namespace {
-
-const QByteArray kMagic("mozLz40\0", 8);
-constexpr qint64 kMaxJsonBytes = 64 * 1024 * 1024;
 
 // A pinned tab at its current page: the one history entry it shows, without what was typed into it or
 // the frames inside it.
@@ -40,38 +37,9 @@ QJsonObject pinnedTab(const QJsonObject& tab)
 
 namespace FirefoxSession {
 
-std::optional<QByteArray> decompress(const QByteArray& mozlz4)
-{
-    if (!mozlz4.startsWith(kMagic) || mozlz4.size() < 12)
-        return std::nullopt;
-    const auto* size = reinterpret_cast<const uchar*>(mozlz4.constData() + 8);
-    const qint64 length =
-        qint64(size[0]) | qint64(size[1]) << 8 | qint64(size[2]) << 16 | qint64(size[3]) << 24;
-    if (length <= 0 || length > kMaxJsonBytes)
-        return std::nullopt;
-    QByteArray json(qsizetype(length), Qt::Uninitialized);
-    const int got =
-        LZ4_decompress_safe(mozlz4.constData() + 12, json.data(), int(mozlz4.size() - 12), int(length));
-    if (got != length)
-        return std::nullopt;
-    return json;
-}
-
-QByteArray compress(const QByteArray& json)
-{
-    QByteArray out = kMagic;
-    const auto length = quint32(json.size());
-    for (int shift = 0; shift < 32; shift += 8)
-        out.append(char((length >> shift) & 0xFF));
-    QByteArray block(LZ4_compressBound(int(json.size())), Qt::Uninitialized);
-    const int written =
-        LZ4_compress_default(json.constData(), block.data(), int(json.size()), int(block.size()));
-    return out + block.left(written);
-}
-
 std::optional<QByteArray> withOnlyPinnedTabs(const QByteArray& mozlz4, bool keepCookies)
 {
-    const std::optional<QByteArray> json = decompress(mozlz4);
+    const std::optional<QByteArray> json = MozLz4::decompress(mozlz4);
     const QJsonObject session = json ? QJsonDocument::fromJson(*json).object() : QJsonObject();
     QJsonArray windows;
     for (const QJsonValue& value : session.value(QLatin1String("windows")).toArray()) {
@@ -106,7 +74,7 @@ std::optional<QByteArray> withOnlyPinnedTabs(const QByteArray& mozlz4, bool keep
     }
     if (keepCookies && session.contains(QLatin1String("cookies")))
         kept.insert(QLatin1String("cookies"), session.value(QLatin1String("cookies")));
-    return compress(QJsonDocument(kept).toJson(QJsonDocument::Compact));
+    return MozLz4::compress(QJsonDocument(kept).toJson(QJsonDocument::Compact));
 }
 
 } // namespace FirefoxSession

@@ -4,9 +4,8 @@
 
 #include <optional>
 
-// Firefox's session file (sessionstore.jsonlz4: "mozLz40\0", the JSON's size, then the JSON as one LZ4
-// block). Removing history takes the session with it, but not the pinned tabs, which Firefox restores
-// from it at every start: they are all that is kept.
+// Firefox's session file (sessionstore.jsonlz4, see MozLz4). Removing history takes the session with
+// it, but not the pinned tabs, which Firefox restores from it at every start: they are all that is kept.
 namespace FirefoxSession {
 
 // The session with nothing but its pinned tabs, each at its current page (no back or forward history,
@@ -14,9 +13,5 @@ namespace FirefoxSession {
 // cookies only when `keepCookies`; compressed as Firefox writes it. No value when the session holds
 // no pinned tab, or the bytes are no session file (the file then goes as before).
 std::optional<QByteArray> withOnlyPinnedTabs(const QByteArray& mozlz4, bool keepCookies);
-
-// The file's JSON; no value when it is not one (wrong magic, a size over 64 MiB, a damaged block).
-std::optional<QByteArray> decompress(const QByteArray& mozlz4);
-QByteArray compress(const QByteArray& json);
 
 } // namespace FirefoxSession

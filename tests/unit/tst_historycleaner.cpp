@@ -1,5 +1,5 @@
 #include "cleaners/BrowserCleaners.h"
-#include "cleaners/FirefoxSession.h"
+#include "cleaners/MozLz4.h"
 #include "core/BrowserCatalogue.h"
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
@@ -90,6 +90,8 @@ private slots:
     void firefoxSitePreferencesGoGlobalOnesStay();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
     void firefoxSessionKeepsOnlyItsPinnedTabs();
+    void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
+    void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
 
 private:
     // Runs the row's category and checks which files went and which stayed.
@@ -487,13 +489,13 @@ void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs()
          QJsonArray{QJsonObject{{u"tabs"_s, QJsonArray{entry("https://gone.example/")}}}}},
         {u"cookies"_s, QJsonArray{QJsonObject{{u"host"_s, u"mail.example"_s}, {u"name"_s, u"sid"_s}}}}};
     const QString file = kFirefox + u"/a.default/sessionstore.jsonlz4"_s;
-    home.file(file, FirefoxSession::compress(QJsonDocument(session).toJson()));
+    home.file(file, MozLz4::compress(QJsonDocument(session).toJson()));
     clean(home, u"Firefox"_s, {u"history"_s});
 
     QCOMPARE(home.exists(file), pinned);
     if (!pinned)
         return;
-    const auto json = FirefoxSession::decompress(home.read(file));
+    const auto json = MozLz4::decompress(home.read(file));
     QVERIFY(json);
     for (const char* gone : {"visited.example", "other.example", "closed.example", "gone.example", "typed"})
         QVERIFY2(!json->contains(gone), gone);
@@ -506,6 +508,49 @@ void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs()
     QVERIFY(tab[u"pinned"_s].toBool());
     QCOMPARE(kept[u"windows"_s][0][u"width"_s].toInt(), 1200);
     QCOMPARE(kept.contains(u"cookies"_s), !cookiesChosen);
+}
+
+void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data()
+{
+    QTest::addColumn<QString>("chosen"); // the default engine's id
+    QTest::addColumn<bool>("defaultKept");
+    QTest::newRow("a default Firefox ships") << u"ddg"_s << true;
+    QTest::newRow("a default added from a site") << u"site-1"_s << false;
+}
+
+// Search engines removes the engines added from sites, not the user's choice among Firefox's own, nor
+// what an add-on brings.
+void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault()
+{
+    QFETCH(QString, chosen);
+    QFETCH(bool, defaultKept);
+    TestHome home;
+    const auto engine = [](const char* id, const char* loadPath, bool configured) {
+        return QJsonObject{{u"id"_s, QLatin1String(id)},
+                           {u"_name"_s, QLatin1String(id)},
+                           {u"_loadPath"_s, QLatin1String(loadPath)},
+                           {u"_isConfigEngine"_s, configured}};
+    };
+    const QJsonObject search{
+        {u"version"_s, 10},
+        {u"engines"_s, QJsonArray{engine("google", "", true), engine("ddg", "", true),
+                                  engine("site-1", "[https]clinic.example/opensearch.xml", false),
+                                  engine("ext", "[addon]helper@example.com", false)}},
+        {u"metaData"_s, QJsonObject{{u"defaultEngineId"_s, chosen}, {u"defaultEngineIdHash"_s, u"h"_s}}}};
+    const QString file = kFirefox + u"/a.default/search.json.mozlz4"_s;
+    home.file(file, MozLz4::compress(QJsonDocument(search).toJson()));
+    clean(home, u"Firefox"_s, {u"searchEngines"_s});
+
+    const auto json = MozLz4::decompress(home.read(file));
+    QVERIFY(json);
+    QVERIFY(!json->contains("clinic.example"));
+    const QJsonObject kept = QJsonDocument::fromJson(*json).object();
+    QStringList ids;
+    for (const QJsonValue& e : kept[u"engines"_s].toArray())
+        ids.append(e[u"id"_s].toString());
+    QCOMPARE(ids, (QStringList{u"google"_s, u"ddg"_s, u"ext"_s}));
+    QCOMPARE(kept[u"metaData"_s][u"defaultEngineId"_s].toString(), defaultKept ? chosen : QString());
+    QCOMPARE(kept[u"metaData"_s].toObject().contains(u"defaultEngineIdHash"_s), defaultKept);
 }
 
 QTEST_GUILESS_MAIN(TestHistoryCleaner)
