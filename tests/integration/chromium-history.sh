@@ -1,9 +1,9 @@
 #!/bin/bash
 # Real Chromium: a profile the browser made, after visiting two pages. corvella-clean removes the
 # whole history group; History stays a sound database without its visits, Preferences loses only
-# its per-site settings and cached suggestions (every other key in its place, every number as it
-# was), the search engines
-# that came with the browser stay, and Chromium opens the profile again and records new history.
+# its per-site zoom levels and permission exceptions and its cached suggestions (every other key in
+# its place, every number as it was), the search engines that came with the browser stay, and
+# Chromium opens the profile again and records new history.
 # Usage: chromium-history.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -45,8 +45,8 @@ check 'python3 - "$work/Preferences.before" "$profile/Preferences" <<PY
 import json, sys
 before = json.load(open(sys.argv[1]))
 after = open(sys.argv[2], encoding="utf-8").read()
-before.pop("partition", None)
-before.get("profile", {}).pop("content_settings", None)
+before.get("partition", {}).pop("per_host_zoom_levels", None)
+before.get("profile", {}).get("content_settings", {}).pop("exceptions", None)
 for key in ("cachedresults", "cachedresults_with_url"):
     before.get("zerosuggest", {}).pop(key, None)
 before.get("prefetch", {}).get("search_prefetch", {}).pop("cache", None)
