@@ -44,7 +44,8 @@ Result withoutSitesEngines(const QByteArray& mozlz4)
     // A default that was one of them goes too (with the hash that guards it): Firefox takes its own.
     QJsonObject meta = search.value(QLatin1String("metaData")).toObject();
     const auto forget = [&meta](const char* key, const char* hash, const QStringList& removed) {
-        if (meta.contains(QLatin1String(key)) && removed.contains(meta.value(QLatin1String(key)).toString())) {
+        if (meta.contains(QLatin1String(key)) &&
+            removed.contains(meta.value(QLatin1String(key)).toString())) {
             meta.remove(QLatin1String(key));
             meta.remove(QLatin1String(hash));
         }
