@@ -385,10 +385,7 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
         RemovalRunServices run{m_services.cleaners, m_services.catalogue, m_log, m_services.runLockPath};
         run.stop = &m_services.sandbox.runStop();
         run.lockWait.stop = [this] { return m_stopping.load(); };
-        run.hasAccess = [this] {
-            return AppSandboxFileAccess::fileAccess({m_defaults, m_services.bookmarks, m_services.panel})
-                .hasPermissionForFilePath(checkForUserDirectory(QStringLiteral("~")));
-        };
+        run.hasAccess = [this] { return hasHomeAccess(); };
         const RunOutcome outcome = RemovalRun::perform(
             browser, [this] { return m_settingsController.content(); }, run);
         if (outcome.status == RunOutcome::NoAccess)
