@@ -1,8 +1,9 @@
 #include "ui/StatusItem.h"
 
-#include <QApplication>
 #include <QPainter>
 #include <QPalette>
+
+#include <algorithm>
 
 StatusItem::StatusItem(QObject* parent)
     : QObject(parent), m_runStateItem(m_sysMenuBar.addAction(QString())),
@@ -41,6 +42,39 @@ QIcon StatusItem::image(bool isRunning, const QColor& colour)
     return painted;
 }
 
+QString StatusItem::symbolicName(bool isRunning)
+{
+    return isRunning ? QStringLiteral("com.tovanex.Corvella6-running-symbolic")
+                     : QStringLiteral("com.tovanex.Corvella6-symbolic");
+}
+
+// The panel's colours are not known: a tray host that recolours symbolic icons gets the installed
+// one by name; any other gets a light shield with a dark rim, which stands out on light and dark
+// panels alike.
+QIcon StatusItem::trayImage(bool isRunning)
+{
+    if (const QString name = symbolicName(isRunning); QIcon::hasThemeIcon(name))
+        return QIcon::fromTheme(name);
+    const QIcon light = image(isRunning, QColor(0xf4, 0xf4, 0xf4));
+    const QIcon dark = image(isRunning, QColor(0x1a, 0x1a, 0x1a));
+    QIcon rimmed;
+    for (const int size : {16, 22, 24, 32, 44, 48, 64}) {
+        const int rim = std::max(1, size / 22);
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        const int inner = size - 2 * rim;
+        const QPixmap outline = dark.pixmap(inner, inner);
+        for (const int dx : {0, rim, 2 * rim})
+            for (const int dy : {0, rim, 2 * rim})
+                painter.drawPixmap(dx, dy, outline);
+        painter.drawPixmap(rim, rim, light.pixmap(inner, inner));
+        painter.end();
+        rimmed.addPixmap(pixmap);
+    }
+    return rimmed;
+}
+
 void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess)
 {
     m_anyBrowserActivated = anyBrowserActivated;
@@ -67,7 +101,7 @@ void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActiv
                         emit openWindow();
                 });
     }
-    m_trayIcon->setIcon(image(isRunning, QApplication::palette().color(QPalette::WindowText)));
+    m_trayIcon->setIcon(trayImage(isRunning));
     m_trayIcon->setToolTip(!hasAccess  ? tr("Corvella has no access to your home folder")
                            : isRunning ? tr("Corvella is Enabled")
                                        : tr("Corvella is Disabled"));

@@ -8,7 +8,7 @@
 #include <memory>
 
 // The tray item (StatusNotifierItem with its exported menu where the desktop has one, else XEmbed):
-// a monochrome shield in the panel's text colour, filled while protection is on, and a menu whose
+// a shield, filled while protection is on, that stays visible on light and dark panels, and a menu whose
 // first entry switches protection, or asks for a browser to be activated while none is.
 class StatusItem : public QObject
 {
@@ -25,8 +25,12 @@ public:
     // In the menu only while the home folder is not granted.
     QAction* grantAccessItem() { return m_grantAccessItem; }
 
-    // The tray's picture, painted in the colour given (the panel's text colour).
+    // The shield painted in one colour (for a dialog, in its text colour).
     static QIcon image(bool isRunning, const QColor& colour);
+    // What the tray shows: the installed symbolic icon where the theme has it, else a light shield
+    // with a dark rim.
+    static QIcon trayImage(bool isRunning);
+    static QString symbolicName(bool isRunning);
 
 signals:
     void toggleRunStatus();

@@ -1,7 +1,9 @@
 // A stand-in for the panel's tray host on a private session bus: it accepts StatusNotifierItem
 // registrations, and prints the labels of each registered item's exported menu
 // (com.canonical.dbusmenu) when the item registers and whenever its menu says it changed:
-// "menu: <label>|<label>|...".
+// "menu: <label>|<label>|...", and what its icon shows: "icon: name=<IconName> light=<n> dark=<n>",
+// counting the opaque pixels of its largest pixmap that a dark panel (light ones) and a light panel
+// (dark ones) would show.
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -62,11 +64,51 @@ public slots:
         m_service = message.service();
         m_itemPath = path;
         QTimer::singleShot(300, this, &Watcher::printMenu);
+        QTimer::singleShot(300, this, &Watcher::printIcon);
     }
     void RegisterStatusNotifierHost(const QString&) {}
     void menuChanged() { QTimer::singleShot(100, this, &Watcher::printMenu); }
 
 private:
+    void printIcon()
+    {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        QDBusMessage call = QDBusMessage::createMethodCall(m_service, m_itemPath,
+                                                           QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                           QStringLiteral("GetAll"));
+        call << QStringLiteral("org.kde.StatusNotifierItem");
+        const QDBusMessage reply = bus.call(call);
+        if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+            return;
+        const QVariantMap properties = qdbus_cast<QVariantMap>(reply.arguments().at(0));
+        int light = 0, dark = 0, largest = 0;
+        const QDBusArgument pixmaps = properties.value(QStringLiteral("IconPixmap")).value<QDBusArgument>();
+        pixmaps.beginArray();
+        while (!pixmaps.atEnd()) {
+            int width = 0, height = 0;
+            QByteArray argb; // network byte order
+            pixmaps.beginStructure();
+            pixmaps >> width >> height >> argb;
+            pixmaps.endStructure();
+            if (width <= largest || argb.size() < width * height * 4)
+                continue;
+            largest = width;
+            light = dark = 0;
+            for (int i = 0; i < width * height; ++i) {
+                const auto* p = reinterpret_cast<const unsigned char*>(argb.constData()) + 4 * i;
+                if (p[0] < 200)
+                    continue;
+                const int lightness = (p[1] * 299 + p[2] * 587 + p[3] * 114) / 1000;
+                light += lightness > 190;
+                dark += lightness < 70;
+            }
+        }
+        pixmaps.endArray();
+        std::printf("icon: name=%s light=%d dark=%d\n",
+                    qPrintable(properties.value(QStringLiteral("IconName")).toString()), light, dark);
+        std::fflush(stdout);
+    }
+
     void printMenu()
     {
         QDBusConnection bus = QDBusConnection::sessionBus();

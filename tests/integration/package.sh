@@ -22,6 +22,7 @@ for path in usr/bin/corvella usr/bin/corvella-clean usr/libexec/corvella/corvell
     usr/share/applications/com.tovanex.Corvella6.scripts.desktop \
     usr/share/metainfo/com.tovanex.Corvella6.metainfo.xml \
     usr/share/icons/hicolor/scalable/apps/com.tovanex.Corvella6.svg \
+    usr/share/icons/hicolor/scalable/status/com.tovanex.Corvella6{,-running}-symbolic.svg \
     usr/share/icons/hicolor/{16x16,22x22,24x24,32x32,48x48,64x64,128x128,256x256}/apps/com.tovanex.Corvella6.png \
     usr/share/man/man1/corvella.1.gz usr/share/man/man1/corvella-clean.1.gz \
     usr/share/bash-completion/completions/corvella-clean usr/share/doc/corvella/copyright; do

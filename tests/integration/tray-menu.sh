@@ -2,7 +2,8 @@
 # The real agent under Xvfb on a private session bus with a stand-in tray host: its status item
 # registers as a StatusNotifierItem, and the run-state entry of its exported menu reads "Please activate
 # a Browser", then "Disable Corvella" once another program activates Firefox and switches protection on
-# in the settings, and "Enable Corvella" once protection is switched off there.
+# in the settings, and "Enable Corvella" once protection is switched off there. Its icon stands out on a
+# dark panel and on a light one alike (light and dark pixels), where no symbolic icon is installed.
 # Usage: tray-menu.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -64,4 +65,7 @@ check '[[ $result == *inactive-seen* ]]' "the menu did not read \"Please activat
 check '[[ $result == *on-seen* ]]' "the menu did not follow activation made outside the window: $(cat "$work/watcher.log")"
 check '[[ $result == *off-again-seen* ]]' "the menu did not go back to \"Enable Corvella\": $(cat "$work/watcher.log")"
 check 'grep -q "Quit Corvella" "$work/watcher.log"' "the menu has no Quit entry: $(cat "$work/watcher.log")"
+icon=$(grep -m1 '^icon: ' "$work/watcher.log")
+light=$(sed -n 's/.* light=\([0-9]*\).*/\1/p' <<<"$icon"); dark=$(sed -n 's/.* dark=\([0-9]*\).*/\1/p' <<<"$icon")
+check '[ "${light:-0}" -ge 40 ] && [ "${dark:-0}" -ge 40 ]' "the tray icon would vanish on a light or a dark panel: ${icon:-no icon}"
 exit $fail
