@@ -6,7 +6,7 @@
 BrowserCollection::BrowserCollection(const IconTransformer& icons, QWidget* parent)
     : QWidget(parent), m_icons(icons)
 {
-    setMinimumHeight(tileWidth + 8);
+    setMinimumHeight(tileHeight() + 8);
     setAccessibleName(tr("Browsers"));
 }
 
@@ -41,9 +41,11 @@ void BrowserCollection::reloadData(const QStringList& tileNames)
         auto* button = new HoverButton(this);
         button->setObjectName(name);
         button->setIcon(m_icons.transformedValue(name));
-        button->setIconSize(QSize(tileWidth - 7, tileWidth - 7));
+        button->setIconSize(QSize(iconSize, iconSize));
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         const QVariantMap request = popoverRequest(name);
         const QString browser = request.value(QStringLiteral("browser")).toString();
+        button->setText(tileText(browser, button->fontMetrics()));
         button->setAccessibleName(request.contains(QStringLiteral("isDisabled"))
                                       ? tr("%1, not protected").arg(browser)
                                       : tr("%1, protected").arg(browser));
@@ -61,7 +63,9 @@ void BrowserCollection::reloadData(const QStringList& tileNames)
         if (!focusedBrowser.isEmpty() && BrowserCatalogue::browserIDFor(name) == focusedBrowser)
             button->setFocus(Qt::OtherFocusReason);
     }
+    setMinimumWidth(int(m_array.size()) * tileWidth);
     layoutTiles();
+    emit reloaded();
 }
 
 QMarginsF BrowserCollection::sectionInsets() const
@@ -79,6 +83,23 @@ HoverButton* BrowserCollection::buttonFor(const QString& tileName) const
     return nullptr;
 }
 
+// The name under the icon: on two lines where one is too narrow ("Google" over "Chrome"), each cut
+// with an ellipsis where it is still wider than the tile.
+QString BrowserCollection::tileText(const QString& browser, const QFontMetrics& metrics)
+{
+    const int room = tileWidth - 4;
+    const qsizetype space = browser.indexOf(QLatin1Char(' '));
+    if (metrics.horizontalAdvance(browser) <= room || space < 0)
+        return metrics.elidedText(browser, Qt::ElideRight, room);
+    return metrics.elidedText(browser.left(space), Qt::ElideRight, room) + QLatin1Char('\n') +
+           metrics.elidedText(browser.mid(space + 1), Qt::ElideRight, room);
+}
+
+int BrowserCollection::tileHeight() const
+{
+    return iconSize + 2 * fontMetrics().height() + 8;
+}
+
 void BrowserCollection::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
@@ -91,6 +112,6 @@ void BrowserCollection::layoutTiles()
     for (size_t i = 0; i < m_items.size(); ++i) {
         if (m_items[i].browserButton)
             m_items[i].browserButton->setGeometry(int(left + qreal(tileWidth) * qreal(i)),
-                                                  (height() - tileWidth) / 2, tileWidth, tileWidth);
+                                                  (height() - tileHeight()) / 2, tileWidth, tileHeight());
     }
 }

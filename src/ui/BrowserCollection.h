@@ -2,6 +2,7 @@
 
 #include "ui/BrowserCollectionItem.h"
 
+#include <QFontMetrics>
 #include <QMarginsF>
 #include <QStringList>
 #include <QVariantMap>
@@ -11,20 +12,22 @@
 
 class IconTransformer;
 
-// The row of browser tiles, 43 points each, centred. Pointing at a tile (or tabbing to it) asks for
+// The row of browser tiles, centred: each shows its browser's icon with the name under it. Pointing at a tile (or tabbing to it) asks for
 // its popover; clicking it asks to activate it, then for the popover of the tile as it was.
 class BrowserCollection : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr int tileWidth = 43;
+    // Wide enough for a browser's name under its icon.
+    static constexpr int tileWidth = 80;
+    static constexpr int iconSize = 36;
 
     BrowserCollection(const IconTransformer& icons, QWidget* parent = nullptr);
 
     // Replaces the tiles with these tile names.
     void reloadData(const QStringList& tileNames);
     QStringList array() const { return m_array; }
-    // Left and right: (width - 43 x tiles) / 2, which centres the row; top and bottom 0.
+    // Left and right: (width - tileWidth x tiles) / 2, which centres the row; top and bottom 0.
     QMarginsF sectionInsets() const;
     // The tile's button; nullptr for a name not shown.
     HoverButton* buttonFor(const QString& tileName) const;
@@ -34,12 +37,16 @@ public:
 signals:
     void popoverRequested(const QVariantMap& request);
     void tileClicked(const QString& tileName);
+    // The row was filled anew; its minimum width is the width of its tiles.
+    void reloaded();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void layoutTiles();
+    int tileHeight() const;
+    static QString tileText(const QString& browser, const QFontMetrics& metrics);
 
     const IconTransformer& m_icons;
     QStringList m_array;

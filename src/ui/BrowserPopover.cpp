@@ -20,7 +20,7 @@ constexpr qreal kDefaultWidth = 300.0;
 BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent)
     : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons), m_iconView(new QLabel(this)),
       m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
-      m_browserSetttingsView(new QWidget(this))
+      m_browserSetttingsView(new QWidget(this)), m_protectSwitch(new ToggleSwitch(this))
 {
     setAccessibleName(tr("Browser settings"));
     auto* layout = new QVBoxLayout(this);
@@ -37,6 +37,8 @@ BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& ico
     texts->addWidget(m_browserInfoLabel);
     texts->addWidget(m_browserLabel);
     header->addLayout(texts, 1);
+    header->addWidget(m_protectSwitch, 0, Qt::AlignVCenter);
+    connect(m_protectSwitch, &ToggleSwitch::clicked, this, &BrowserPopover::protectSwitched);
     layout->addLayout(header);
 
     auto* grid = new QGridLayout(m_browserSetttingsView);
@@ -95,6 +97,7 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
         m_browserLabel->hide();
         m_iconView->clear();
         m_iconView->hide();
+        m_protectSwitch->hide();
         present(false, anchor);
         return;
     }
@@ -103,6 +106,10 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
     m_browserLabel->show();
     m_iconView->setPixmap(m_icons.iconForBrowser(browser).pixmap(40, 40));
     m_iconView->show();
+    m_protectSwitch->setChecked(!request->contains(QStringLiteral("isDisabled")));
+    m_protectSwitch->setAccessibleName(tr("Protect %1").arg(browser));
+    m_protectSwitch->setToolTip(m_protectSwitch->accessibleName());
+    m_protectSwitch->show();
     // Safari has no search engines to remove.
     const bool searchEngines = browser != BrowserCatalogue::safari;
     m_toggles.value(QStringLiteral("searchEngines"))->setVisible(searchEngines);
@@ -132,6 +139,7 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
 // the browser), so the window closes the popover on other clicks itself.
 void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
 {
+    m_anchor = anchor;
     const Qt::WindowFlags flags =
         (takesKeyboard ? Qt::Tool : Qt::ToolTip) | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
     if (windowFlags() != flags) {
@@ -151,6 +159,23 @@ void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
         if (ToggleSwitch* first = m_toggles.value(SettingsKeys::categories.first()))
             first->setFocus(Qt::PopupFocusReason);
     }
+}
+
+// The switch says at once what it did: activated, the browser's settings are shown; deactivated,
+// the offer to activate it again.
+void BrowserPopover::protectSwitched(bool on)
+{
+    const QString browser = m_browserLabel->text();
+    if (on) {
+        m_delegate.enableBrowser(browser + BrowserCatalogue::disabledSuffix);
+    } else {
+        m_delegate.setCurrentBrowser(browser);
+        m_delegate.disableBrowser();
+    }
+    QVariantMap request{{QStringLiteral("browser"), browser}};
+    if (!on)
+        request.insert(QStringLiteral("isDisabled"), true);
+    showBrowserPopover(request, m_anchor);
 }
 
 void BrowserPopover::hideBrowserPopover()

@@ -39,6 +39,9 @@ public:
     ToggleSwitch* toggleFor(const QString& category) const { return m_toggles.value(category); }
     QString infoText() const { return m_browserInfoLabel->text(); }
     QString browserText() const { return m_browserLabel->text(); }
+    // "Protect <browser>": on while the shown browser is activated; switching it activates or
+    // deactivates the browser.
+    ToggleSwitch* protectSwitch() const { return m_protectSwitch; }
 
 protected:
     void hideEvent(QHideEvent* event) override;
@@ -46,6 +49,7 @@ protected:
 private:
     void setHeight(qreal height);
     void present(bool takesKeyboard, QWidget* anchor);
+    void protectSwitched(bool on);
 
     AppDelegate& m_delegate;
     const IconTransformer& m_icons;
@@ -53,6 +57,8 @@ private:
     QLabel* m_browserInfoLabel;
     QLabel* m_browserLabel;
     QWidget* m_browserSetttingsView;
+    ToggleSwitch* m_protectSwitch;
+    QWidget* m_anchor = nullptr;
     QMap<QString, ToggleSwitch*> m_toggles;
     QMap<QString, QLabel*> m_labels;
     bool m_hidingOnPurpose = false;

@@ -46,8 +46,27 @@ QIcon IconTransformer::transformedValue(const QString& tileName) const
         return icon;
     QIcon tinted;
     for (const int size : {kTileIconSize, kTileIconSize * 2})
-        tinted.addPixmap(tintImage(icon.pixmap(size, size)));
+        tinted.addPixmap(dimmed(icon.pixmap(size, size)));
     return tinted;
+}
+
+// Greyed inside its own outline, with the icon's own shapes still drawn in grey on it: a browser that
+// is not protected stays recognisable, not a blank silhouette.
+QPixmap IconTransformer::dimmed(const QPixmap& image)
+{
+    QPixmap result = tintImage(image);
+    QImage shapes = image.toImage().convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < shapes.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(shapes.scanLine(y));
+        for (int x = 0; x < shapes.width(); ++x) {
+            const int grey = 40 + qGray(line[x]) * 3 / 4;
+            line[x] = qRgba(grey, grey, grey, qAlpha(line[x]));
+        }
+    }
+    QPainter painter(&result);
+    painter.setOpacity(0.8);
+    painter.drawImage(0, 0, shapes);
+    return result;
 }
 
 QPixmap IconTransformer::tintImage(const QPixmap& image)

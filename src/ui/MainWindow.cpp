@@ -6,12 +6,21 @@
 #include "ui/ToggleSwitch.h"
 
 #include <QApplication>
+
+#include <algorithm>
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kWidth = 400;
+constexpr int kHeight = 210;
+
+} // namespace
 
 MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     : QWidget(parent), m_enabledButton(new ToggleSwitch(this)), m_infoLabel(new QLabel(this)),
@@ -21,7 +30,7 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     setWindowTitle(tr("Corvella"));
     setWindowIcon(
         QIcon::fromTheme(QStringLiteral("security-high"), QIcon(QStringLiteral(":/icons/menu.svg"))));
-    setFixedSize(400, 210);
+    setFixedSize(kWidth, kHeight);
     // White text on the window's own gradient, whatever the theme.
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, Qt::white);
@@ -70,6 +79,10 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     layout->addWidget(m_collectionView);
 
     setTabOrder(m_enabledButton, m_collectionView);
+    // Wider than usual only when a row of many browsers needs it.
+    connect(m_collectionView, &BrowserCollection::reloaded, this, [this] {
+        setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40), kHeight);
+    });
     auto* preferences = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), this);
     connect(preferences, &QShortcut::activated, this, &MainWindow::preferencesRequested);
 }

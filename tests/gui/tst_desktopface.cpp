@@ -70,6 +70,7 @@ private slots:
     void tilesFollowTheHoverAndClickRules_data();
     void tilesFollowTheHoverAndClickRules();
     void closingThePopoverEndsSettingsMode();
+    void theProtectSwitchActivatesAndDeactivates();
     void aToggleChangesExactlyItsSetting();
     void aSettingChangedOnDiskMovesItsToggle();
     void safariHasNoSearchEnginesToggle();
@@ -153,6 +154,27 @@ void TestDesktopFace::closingThePopoverEndsSettingsMode()
     QVERIFY(!f.agent.app.editingBrowserSettings());
     QVERIFY(f.agent.app.currentBrowser().isEmpty());
     QCOMPARE(f.popover().height(), 132);
+}
+
+void TestDesktopFace::theProtectSwitchActivatesAndDeactivates()
+{
+    Face f({kChromiumID}, {});
+    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+    QApplication::sendEvent(f.tile(u"Chromium-disabled"_s), &enter);
+    QTRY_VERIFY(f.popover().isVisible());
+    ToggleSwitch* protect = f.popover().protectSwitch();
+    QCOMPARE(protect->accessibleName(), u"Protect Chromium"_s);
+    QVERIFY(!protect->isChecked());
+    QTest::mouseClick(protect, Qt::LeftButton);
+    QVERIFY(f.activated().contains(kChromiumID));
+    // What it did shows at once: the browser's settings, the switch on.
+    QVERIFY(f.popover().settingsViewShown());
+    QVERIFY(protect->isChecked());
+    QTest::mouseClick(protect, Qt::LeftButton);
+    QVERIFY(!f.activated().contains(kChromiumID));
+    QVERIFY(!f.popover().settingsViewShown());
+    QCOMPARE(f.popover().infoText(), u"Click to activate protection for"_s);
+    QVERIFY(!protect->isChecked());
 }
 
 void TestDesktopFace::aToggleChangesExactlyItsSetting()
@@ -280,8 +302,11 @@ void TestDesktopFace::threeTilesAreCentredInARow()
     BrowserCollection* row = f.window().collectionView();
     row->resize(400, row->height());
     QCOMPARE(row->array().size(), 3);
-    QCOMPARE(row->sectionInsets(), QMarginsF(135.5, 0, 135.5, 0));
-    QCOMPARE(f.tile(row->array().at(1))->x(), 135 + 43);
+    QCOMPARE(row->sectionInsets(), QMarginsF(80, 0, 80, 0)); // (400 - 3 x 80) / 2
+    QCOMPARE(f.tile(row->array().at(1))->x(), 80 + 80);
+    // Each tile says whose it is, without pointing at it.
+    QCOMPARE(row->buttonFor(u"Firefox-disabled"_s)->text(), u"Firefox"_s);
+    QCOMPARE(row->buttonFor(u"Google Chrome-disabled"_s)->text(), u"Google\nChrome"_s);
 }
 
 void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
@@ -318,11 +343,20 @@ void TestDesktopFace::disabledTilesAreGreyedInsideTheirOutline()
     {
         QPainter painter(&icon);
         painter.fillRect(2, 2, 4, 4, Qt::red);
+        painter.fillRect(4, 4, 2, 2, Qt::white);
     }
     const QImage tinted = IconTransformer::tintImage(icon).toImage();
     QCOMPARE(tinted.pixelColor(3, 3), QColor(102, 102, 102)); // white 0.4
     QCOMPARE(tinted.pixelColor(3, 3).alpha(), 255);
     QCOMPARE(tinted.pixelColor(0, 0).alpha(), 0);
+    // A tile's picture is grey, but not a blank shape: the icon's own parts still differ.
+    const QImage dimmed = IconTransformer::dimmed(icon).toImage();
+    const QColor part = dimmed.pixelColor(3, 3), other = dimmed.pixelColor(5, 5);
+    QCOMPARE(part.red(), part.blue());
+    QCOMPARE(other.red(), other.green());
+    QVERIFY2(other.lightness() - part.lightness() > 40, qPrintable(u"%1 against %2"_s.arg(
+                                                               other.name(), part.name())));
+    QCOMPARE(dimmed.pixelColor(0, 0).alpha(), 0);
 }
 
 void TestDesktopFace::safariIsActivatedOnlyWhenItsFilesCanBeRead_data()
