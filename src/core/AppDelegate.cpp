@@ -465,8 +465,13 @@ void AppDelegate::enableBrowser(const QString& tileName)
     }
     saveEnabledBrowsers(enabled);
     m_editingBrowserSettings = true;
-    watchApplicationsFolder();
-    checkEnabledBrowsers();
+    // The home folder's request may open a dialog with its own event loop: not inside the press that
+    // got here, which would then not return until the dialog closed (a screen reader's press waits
+    // for its answer).
+    QTimer::singleShot(0, this, [this] {
+        watchApplicationsFolder();
+        checkEnabledBrowsers();
+    });
 }
 
 void AppDelegate::disableBrowser()

@@ -9,7 +9,10 @@
 #include "ui/ToggleSwitch.h"
 
 #include <QGridLayout>
+#include <QScreen>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -148,10 +151,8 @@ void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
         m_hidingOnPurpose = false;
     }
     setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
-    if (anchor) {
-        const QPoint below = anchor->mapToGlobal(QPoint(anchor->width() / 2, anchor->height()));
-        moveOnScreen(QPoint(below.x() - width() / 2, below.y() + 4), *anchor);
-    }
+    if (anchor)
+        moveOnScreen(placeBeside(*anchor), *anchor);
     show();
     raise();
     if (takesKeyboard) {
@@ -176,6 +177,26 @@ void BrowserPopover::protectSwitched(bool on)
     if (!on)
         request.insert(QStringLiteral("isDisabled"), true);
     showBrowserPopover(request, m_anchor);
+}
+
+// Under the tile row where the screen has room, else beside the window, else above the row: never
+// over the tiles, which must stay within reach of the pointer.
+QPoint BrowserPopover::placeBeside(const QWidget& anchor) const
+{
+    const QRect tiles(anchor.mapToGlobal(QPoint(0, 0)), anchor.size());
+    const QRect below(QPoint(tiles.center().x() - width() / 2, tiles.bottom() + 5), size());
+    const QScreen* screen = anchor.screen();
+    if (!screen)
+        return below.topLeft();
+    const QRect room = screen->availableGeometry();
+    const QRect window = anchor.window()->frameGeometry();
+    const int top = std::max(room.top(), tiles.bottom() - height());
+    for (const QRect& place : {below, QRect(QPoint(window.right() + 5, top), size()),
+                               QRect(QPoint(window.left() - 5 - width(), top), size())}) {
+        if (room.contains(place))
+            return place.topLeft();
+    }
+    return {below.left(), tiles.top() - 5 - height()};
 }
 
 void BrowserPopover::hideBrowserPopover()

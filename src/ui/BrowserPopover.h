@@ -50,6 +50,7 @@ private:
     void setHeight(qreal height);
     void present(bool takesKeyboard, QWidget* anchor);
     void protectSwitched(bool on);
+    QPoint placeBeside(const QWidget& anchor) const;
 
     AppDelegate& m_delegate;
     const IconTransformer& m_icons;

@@ -33,7 +33,9 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     });
     connect(&delegate, &AppDelegate::infoLabelNeedsUpdate, this,
             [this] { m_mainWindow->updateInfoLabel(m_delegate.isRunning(), m_delegate.hasHomeAccess()); });
-    connect(&window, &MainWindow::grantAccessRequested, &delegate, &AppDelegate::requestHomeAccess);
+    // Queued: the request's dialog runs its own event loop, which must not start inside the press.
+    connect(&window, &MainWindow::grantAccessRequested, &delegate, &AppDelegate::requestHomeAccess,
+            Qt::QueuedConnection);
     connect(&delegate, &AppDelegate::mainSwitchEnabledChanged, window.enabledButton(),
             &ToggleSwitch::setEnabled);
     connect(&delegate, &AppDelegate::browserTilesChanged, tiles, &BrowserCollection::reloadData);
@@ -41,8 +43,9 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     connect(&delegate, &AppDelegate::popoverRequested, this,
             [this] { m_generalPopover->togglePopover(m_mainWindow->infoButton()); });
     connect(&delegate, &AppDelegate::fileAccessWarningRequested, this, &DesktopFace::openFileWarningView);
+    // One panel at a time on the first start: the about panel already says to point at a browser.
     connect(&delegate, &AppDelegate::browserPopoverRequested, this, [this] {
-        if (m_mainWindow->isVisible())
+        if (m_mainWindow->isVisible() && !m_generalPopover->isVisible())
             m_browserPopover->showBrowserPopover(std::nullopt, m_mainWindow->collectionView());
     });
 
@@ -56,9 +59,11 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     connect(tiles, &BrowserCollection::popoverRequested, this, [this](const QVariantMap& request) {
         m_browserPopover->showBrowserPopover(request, m_mainWindow->collectionView());
     });
-    connect(&window, &MainWindow::pressedOutsideTiles, this, [this] {
-        if (m_browserPopover->isVisible())
-            m_browserPopover->hideBrowserPopover();
+    qApp->installEventFilter(this);
+    // Another program took the keyboard: the popovers go, as a menu would.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state != Qt::ApplicationActive)
+            closePopovers();
     });
     connect(m_generalPopover.get(), &GeneralPopover::quitRequested, this, &DesktopFace::quit);
     connect(m_generalPopover.get(), &GeneralPopover::preferencesRequested, this, [this] {
@@ -70,7 +75,7 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
 
     StatusItem& item = *m_statusItem;
     connect(&item, &StatusItem::toggleRunStatus, &delegate, &AppDelegate::toggleRunStatus);
-    connect(&item, &StatusItem::grantAccess, &delegate, &AppDelegate::requestHomeAccess);
+    connect(&item, &StatusItem::grantAccess, &delegate, &AppDelegate::requestHomeAccess, Qt::QueuedConnection);
     connect(&item, &StatusItem::openWindow, &window, &MainWindow::openWindow);
     connect(&item, &StatusItem::openAndCheckBrowsers, this, [this] {
         m_mainWindow->openWindow();
@@ -78,6 +83,47 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
     });
     connect(&item, &StatusItem::openPreferences, this, &DesktopFace::showPreferences);
     connect(&item, &StatusItem::quitFromSysMenu, this, &DesktopFace::quitRequested);
+}
+
+void DesktopFace::closePopovers()
+{
+    if (m_browserPopover->isVisible())
+        m_browserPopover->hideBrowserPopover();
+    if (m_generalPopover->isVisible())
+        m_generalPopover->close();
+}
+
+// The popovers are panels of the window, not windows of their own: a press anywhere else closes
+// them (a press on a tile goes to the tile, which shows its popover; one on the info button toggles
+// its popover), as does the window going away or a dialog opening, which they must never cover.
+bool DesktopFace::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (!widget)
+        return false;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress: {
+        const QWidget* window = widget->window();
+        const bool onTile = widget->parentWidget() == m_mainWindow->collectionView();
+        if (m_browserPopover->isVisible() && window != m_browserPopover.get() && !onTile)
+            m_browserPopover->hideBrowserPopover();
+        if (m_generalPopover->isVisible() && window != m_generalPopover.get() &&
+            widget != m_mainWindow->infoButton())
+            m_generalPopover->close();
+        break;
+    }
+    case QEvent::Show:
+        if (widget->isWindow() && widget->isModal())
+            closePopovers();
+        break;
+    case QEvent::Hide:
+        if (widget == m_mainWindow.get())
+            closePopovers();
+        break;
+    default:
+        break;
+    }
+    return false;
 }
 
 DesktopFace::~DesktopFace()

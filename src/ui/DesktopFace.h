@@ -45,7 +45,11 @@ signals:
     // Shows the preferences pane named under "tab".
     void changePrefsTab(const QVariantMap& userInfo);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void closePopovers();
     void showMenuBarItem(bool show);
     void quit();
     void openFileWarningView();

@@ -1,6 +1,7 @@
 #include "ui/HoverButton.h"
 
 #include <QKeyEvent>
+#include <QPainter>
 
 HoverButton::HoverButton(QWidget* parent) : QToolButton(parent)
 {
@@ -40,4 +41,16 @@ void HoverButton::keyPressEvent(QKeyEvent* event)
         return;
     }
     QToolButton::keyPressEvent(event);
+}
+
+// The keyboard's place is always seen: a ring in the text colour of where the button sits.
+void HoverButton::paintEvent(QPaintEvent* event)
+{
+    QToolButton::paintEvent(event);
+    if (!hasFocus())
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::WindowText), 1.5, Qt::DotLine));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 5, 5);
 }

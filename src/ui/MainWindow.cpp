@@ -78,7 +78,12 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     layout->addStretch();
     layout->addWidget(m_collectionView);
 
-    setTabOrder(m_enabledButton, m_collectionView);
+    // The keyboard starts on something harmless: Space there opens the about panel, it does not
+    // switch protection off.
+    setTabOrder(m_infoButton, m_enabledButton);
+    setTabOrder(m_enabledButton, m_grantButton);
+    setTabOrder(m_grantButton, m_collectionView);
+    m_infoButton->setFocus(Qt::OtherFocusReason);
     // Wider than usual only when a row of many browsers needs it.
     connect(m_collectionView, &BrowserCollection::reloaded, this, [this] {
         setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40), kHeight);
@@ -110,12 +115,6 @@ void MainWindow::setShownInTaskBar(bool shown)
 void MainWindow::openWindow()
 {
     bringToFront(*this);
-}
-
-void MainWindow::mousePressEvent(QMouseEvent* event)
-{
-    QWidget::mousePressEvent(event);
-    emit pressedOutsideTiles();
 }
 
 void MainWindow::paintEvent(QPaintEvent*)

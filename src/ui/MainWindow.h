@@ -32,13 +32,11 @@ public:
 
 signals:
     // A press anywhere in the window but on a tile: an open browser popover closes.
-    void pressedOutsideTiles();
     void preferencesRequested();
     void grantAccessRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
 
 private:
     ToggleSwitch* m_enabledButton;

@@ -1,6 +1,5 @@
 #include "ui/ToggleSwitch.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 ToggleSwitch::ToggleSwitch(QWidget* parent) : QAbstractButton(parent)
@@ -37,15 +36,6 @@ bool ToggleSwitch::hitButton(const QPoint& pos) const
     return rect().contains(pos);
 }
 
-void ToggleSwitch::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
-}
-
 void ToggleSwitch::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -71,8 +61,9 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
     painter.setBrush(isEnabled() ? QColor(Qt::white) : colours.color(QPalette::Button));
     painter.drawEllipse(QRectF(x, track.top() + 2, knob, knob));
 
+    // In the text colour of where it sits: seen on the window's gradient and in a popover alike.
     if (hasFocus()) {
-        QPen ring(colours.color(QPalette::Highlight).darker(140), 2);
+        QPen ring(colours.color(QPalette::WindowText), 1.5);
         painter.setPen(ring);
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius + 1, radius + 1);

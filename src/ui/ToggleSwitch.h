@@ -3,8 +3,9 @@
 #include <QAbstractButton>
 #include <QVariantAnimation>
 
-// An on/off switch: a rounded track with a knob that slides to its new side. Checkable; Space, Enter
-// and Return switch it when it has focus, and the accessible state follows the check state.
+// An on/off switch: a rounded track with a knob that slides to its new side. Checkable; Space switches
+// it when it has focus (as a check box: Enter, pressed twice in a row on a tile, must not switch the
+// first category), and the accessible state follows the check state.
 class ToggleSwitch : public QAbstractButton
 {
     Q_OBJECT
@@ -17,7 +18,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     bool hitButton(const QPoint& pos) const override;
 
 private:

@@ -18,6 +18,7 @@
 
 #include <QAbstractProxyModel>
 #include <QApplication>
+#include <QDialog>
 #include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -70,6 +71,8 @@ private slots:
     void tilesFollowTheHoverAndClickRules_data();
     void tilesFollowTheHoverAndClickRules();
     void closingThePopoverEndsSettingsMode();
+    void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
+    void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
     void theProtectSwitchActivatesAndDeactivates();
     void aToggleChangesExactlyItsSetting();
     void aSettingChangedOnDiskMovesItsToggle();
@@ -154,6 +157,42 @@ void TestDesktopFace::closingThePopoverEndsSettingsMode()
     QVERIFY(!f.agent.app.editingBrowserSettings());
     QVERIFY(f.agent.app.currentBrowser().isEmpty());
     QCOMPARE(f.popover().height(), 132);
+}
+
+void TestDesktopFace::popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data()
+{
+    QTest::addColumn<QString>("event");
+    QTest::addColumn<bool>("closed");
+    for (const char* event : {"press on the window", "press on the version", "window hidden", "dialog"})
+        QTest::newRow(event) << QString::fromLatin1(event) << true;
+    QTest::newRow("press on the popover") << u"press on the popover"_s << false;
+}
+
+void TestDesktopFace::popoversGoOnAPressElsewhereWithTheWindowAndForADialog()
+{
+    QFETCH(QString, event);
+    Face f({kChromiumID}, {kChromiumID});
+    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+    f.face->generalPopover().togglePopover(f.window().infoButton());
+    QVERIFY(f.popover().settingsViewShown());
+    QVERIFY(f.face->generalPopover().isVisible());
+    QDialog dialog;
+    if (event == u"press on the window")
+        QTest::mousePress(&f.window(), Qt::LeftButton, {}, QPoint(5, f.window().height() - 5));
+    else if (event == u"press on the version")
+        QTest::mousePress(f.window().findChild<QLabel*>(), Qt::LeftButton);
+    else if (event == u"window hidden")
+        f.window().hide();
+    else if (event == u"dialog")
+        dialog.open(); // as the access request opens, over the window
+    else
+        QTest::mousePress(&f.popover(), Qt::LeftButton, {}, QPoint(5, 5));
+    QFETCH(bool, closed);
+    QCOMPARE(!f.popover().isVisible(), closed);
+    if (closed) {
+        QVERIFY(!f.face->generalPopover().isVisible());
+        QVERIFY(!f.agent.app.editingBrowserSettings());
+    }
 }
 
 void TestDesktopFace::theProtectSwitchActivatesAndDeactivates()
@@ -258,7 +297,7 @@ void TestDesktopFace::withoutAccessTheWindowAndTheTraySaySoAndAskAgain()
 
     f.agent.panel.answer(f.home.path());
     QTest::mouseClick(f.window().grantButton(), Qt::LeftButton);
-    QCOMPARE(f.agent.panel.requests.size(), 1);
+    QTRY_COMPARE(f.agent.panel.requests.size(), 1); // after the press has returned
     QTRY_COMPARE(f.window().infoText(), u"Corvella is Enabled"_s);
     QVERIFY(!f.window().grantButton()->isVisible() && !asks());
 }
@@ -291,7 +330,12 @@ void TestDesktopFace::popoversStayWholeOnScreenBesideAWindowInACorner()
         QVERIFY(screen.contains(f.face->generalPopover().geometry()));
         f.face->generalPopover().close();
         QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+        QVERIFY(f.popover().settingsViewShown());
         QVERIFY(screen.contains(f.popover().geometry()));
+        // Never over the tiles: a browser must stay within the pointer's reach.
+        const QRect tiles(f.window().collectionView()->mapToGlobal(QPoint(0, 0)),
+                          f.window().collectionView()->size());
+        QVERIFY(!f.popover().geometry().intersects(tiles));
         f.popover().close();
     }
 }
@@ -326,6 +370,9 @@ void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
     QTRY_VERIFY(f.popover().settingsViewShown());
     QTRY_COMPARE(QApplication::focusWidget(), f.popover().toggleFor(u"cookies"_s));
+    // Enter, pressed once more as on the tile, switches nothing; Space does.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QVERIFY(!f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).contains(u"Chromium:cookies"_s));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget(), f.popover().toggleFor(u"databases"_s));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
