@@ -4,10 +4,10 @@ _corvella_clean()
     local cur prev words cword
     _init_completion || return
 
-    local options="--list --preview --layout --allow-home-access --help --version"
+    local options="--list --preview --allow-home-access --help --version"
     local categories="cookies databases flash silverlight cache history favicons webpage forms
         downloads websitePrefs searchEngines"
-    local browsers=(Safari "Google Chrome" Chromium Firefox Opera)
+    local browsers=("Google Chrome" Chromium Firefox Opera)
 
     if [[ $prev == --layout ]]; then
         COMPREPLY=($(compgen -W "Linux macOS" -- "$cur"))
@@ -21,7 +21,7 @@ _corvella_clean()
         case ${words[i]} in
             --) options_ended=1 ;;
             --list | --help | -h | --version) [[ $options_ended ]] || return ;;
-            --layout) [[ $options_ended ]] || ((i++)) ;;
+            --layout) [[ $options_ended ]] || { ((i++)); [[ ${words[i]} == macOS ]] && browsers=(Safari "${browsers[@]}"); } ;;
             -*) [[ $options_ended ]] && browser=${words[i]} ;;
             *) browser=${words[i]}; break ;;
         esac

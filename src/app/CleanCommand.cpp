@@ -20,10 +20,20 @@ namespace {
 QString usage()
 {
     return CleanCommand::tr(
-        "usage: corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER "
+        "usage: corvella-clean [--preview] [--allow-home-access] BROWSER "
         "[CATEGORY ...]\n"
         "       corvella-clean [--allow-home-access] --list\n"
         "       corvella-clean --help | --version");
+}
+
+// Safari only where its files can be (the macOS layout, which tests ask for with --layout and which is
+// not advertised).
+QStringList browsersOffered(const QString& layout)
+{
+    QStringList browsers = BrowserCatalogue::browserKeys();
+    if (layout != PathLayout::macOS)
+        browsers.removeAll(BrowserCatalogue::safari);
+    return browsers;
 }
 
 QString help()
@@ -34,14 +44,13 @@ QString help()
                "  --list               show each browser, whether it is installed and activated, and its "
                "profiles\n"
                "  --preview            show what would be removed or changed; change nothing\n"
-               "  --layout LAYOUT      where browsers keep their data: Linux (the default) or macOS\n"
                "  --allow-home-access  grant access to the home folder without asking\n"
                "  -h, --help           show this help\n"
                "  --version            show the version\n\n"
                "BROWSER: %1\n"
                "CATEGORY: %2 (none: the categories chosen in Corvella)\n\n"
                "See corvella-clean(1) for the exit status and examples.")
-               .arg(BrowserCatalogue::browserKeys().join(QStringLiteral(", ")),
+               .arg(browsersOffered(PathLayout::platformDefault()).join(QStringLiteral(", ")),
                     SettingsKeys::categories.join(QStringLiteral(", ")));
 }
 
@@ -134,15 +143,16 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
             }
             options.layout = layout;
         } else if (argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
-            usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --layout macOS|Linux, "
-                          "--allow-home-access, --help, --version")
+            usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --allow-home-access, "
+                          "--help, --version")
                            .arg(argument));
             return std::nullopt;
         } else {
             positional.append(argument);
         }
     }
-    const QString browsers = BrowserCatalogue::browserKeys().join(QStringLiteral(", "));
+    const QString browsers =
+        browsersOffered(options.layout.value_or(PathLayout::platformDefault())).join(QStringLiteral(", "));
     if (options.list) {
         if (!positional.isEmpty()) {
             usageError(tr("--list takes no browser or category"));
@@ -251,8 +261,11 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     const QString installedWords[] = {tr("installed"), tr("not installed")};
     const QString activatedWords[] = {tr("activated"), tr("not activated")};
     const auto width = [](const QString(&words)[2]) { return std::max(words[0].size(), words[1].size()); };
+    const QStringList offered = browsersOffered(sandbox.layout());
     for (const QString& id : BrowserCatalogue::detectionOrder()) {
         const QString browser = BrowserCatalogue::browserForID(id);
+        if (!offered.contains(browser))
+            continue;
         QString line = browser.leftJustified(15) +
                        installedWords[installed.contains(id) ? 0 : 1].leftJustified(width(installedWords)) +
                        QStringLiteral("  ") +

@@ -269,6 +269,20 @@ void AppDelegate::grantsChanged()
         watchApplicationsFolder();
 }
 
+// Safari has no search engines to remove; the plug-ins' data only exists once their folders do (on
+// Linux, Silverlight never; Flash Player's folder only where it was once installed).
+bool AppDelegate::offersCategory(const QString& browser, const QString& category)
+{
+    if (category == QLatin1String("searchEngines"))
+        return browser != BrowserCatalogue::safari;
+    const QString folder = category == QLatin1String("flash")
+                               ? QStringLiteral("~/Library/Preferences/Macromedia/Flash Player")
+                           : category == QLatin1String("silverlight")
+                               ? QStringLiteral("~/Library/Application Support/Microsoft/Silverlight")
+                               : QString();
+    return folder.isEmpty() || (hasHomeAccess() && m_services.sandbox.fileExists(folder));
+}
+
 void AppDelegate::setCategorySelected(const QString& browser, const QString& category, bool selected)
 {
     QVariantMap settings = m_defaults.dictionaryForKey(SettingsKeys::settings);

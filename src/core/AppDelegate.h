@@ -135,6 +135,8 @@ public:
     void popoverIsClosing();
     // The browser whose settings the popover shows; empty when none.
     QString currentBrowser() const { return m_currentBrowser; }
+    // Whether the browser's popover offers the category: not where its data cannot exist.
+    bool offersCategory(const QString& browser, const QString& category);
     void setCurrentBrowser(const QString& browser) { m_currentBrowser = browser; }
     bool editingBrowserSettings() const { return m_editingBrowserSettings; }
 

@@ -58,6 +58,8 @@ public:
     std::optional<QString> contentsOf(const QString& path);
     QStringList folderContentsOf(const QString& path);
     bool fileExists(const QString& path);
+    // Where browsers keep their data here: the settings' layout, else the platform's.
+    QString layout() const;
     bool fileIsDirectory(const QString& path);
     QVariantMap fileAttributes(const QString& path);
     // What a symbolic link points to, as written in the link; no value when the path is no link.
@@ -121,7 +123,6 @@ private:
                   const QString& denial);
     bool insideHome(const QString& nativePath) const;
     bool insideALinkedRoot(const QString& nativePath) const;
-    QString layout() const;
     void problem(const QString& line) const;
     // Replaces the file atomically; a failure leaves it as it was and is reported.
     void replaceFile(const QString& native, const QByteArray& bytes) const;

@@ -113,10 +113,11 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
     m_protectSwitch->setAccessibleName(tr("Protect %1").arg(browser));
     m_protectSwitch->setToolTip(m_protectSwitch->accessibleName());
     m_protectSwitch->show();
-    // Safari has no search engines to remove.
-    const bool searchEngines = browser != BrowserCatalogue::safari;
-    m_toggles.value(QStringLiteral("searchEngines"))->setVisible(searchEngines);
-    m_labels.value(QStringLiteral("searchEngines"))->setVisible(searchEngines);
+    for (const QString& category : SettingsKeys::categories) {
+        const bool offered = m_delegate.offersCategory(browser, category);
+        m_toggles.value(category)->setVisible(offered);
+        m_labels.value(category)->setVisible(offered);
+    }
     if (request->contains(QStringLiteral("isDisabled"))) {
         m_browserInfoLabel->setText(tr("Click to activate protection for"));
         setHeight(shortHeight);

@@ -76,7 +76,7 @@ private slots:
     void theProtectSwitchActivatesAndDeactivates();
     void aToggleChangesExactlyItsSetting();
     void aSettingChangedOnDiskMovesItsToggle();
-    void safariHasNoSearchEnginesToggle();
+    void onlyCategoriesThatCanExistHereAreOffered();
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
@@ -243,16 +243,25 @@ void TestDesktopFace::aSettingChangedOnDiskMovesItsToggle()
     QTRY_VERIFY(f.popover().toggleFor(u"forms"_s)->isChecked());
 }
 
-void TestDesktopFace::safariHasNoSearchEnginesToggle()
+void TestDesktopFace::onlyCategoriesThatCanExistHereAreOffered()
 {
     Face f({u"com.apple.Safari"_s, kChromiumID}, {u"com.apple.Safari"_s, kChromiumID});
-    for (const QString& browser : {u"Safari"_s, u"Chromium"_s}) {
+    const auto offered = [&f](const QString& browser, const QString& category) {
         f.popover().close();
         QTest::mouseClick(f.tile(browser), Qt::LeftButton);
-        QVERIFY(f.popover().settingsViewShown());
-        QCOMPARE(f.popover().toggleFor(u"searchEngines"_s)->isVisible(), browser != u"Safari"_s);
-        QVERIFY(f.popover().toggleFor(u"cookies"_s)->isVisible());
-    }
+        return f.popover().settingsViewShown() && f.popover().toggleFor(category)->isVisible();
+    };
+    QVERIFY(offered(u"Chromium"_s, u"cookies"_s));
+    // Safari has no search engines; the plug-ins only once their folders exist.
+    QVERIFY(!offered(u"Safari"_s, u"searchEngines"_s));
+    QVERIFY(offered(u"Chromium"_s, u"searchEngines"_s));
+    QVERIFY(!offered(u"Chromium"_s, u"flash"_s));
+    QVERIFY(!offered(u"Chromium"_s, u"silverlight"_s));
+    f.home.folder(u"Library/Preferences/Macromedia/Flash Player"_s);
+    QVERIFY(offered(u"Chromium"_s, u"flash"_s));
+    QVERIFY(!offered(u"Chromium"_s, u"silverlight"_s));
+    f.home.folder(u"Library/Application Support/Microsoft/Silverlight"_s);
+    QVERIFY(offered(u"Safari"_s, u"silverlight"_s));
 }
 
 void TestDesktopFace::theMenuAsksForABrowserWhileNoneIsActivated()

@@ -31,6 +31,8 @@ expect "corvella-clean G" 'Google\ Chrome'
 expect "corvella-clean " "$(sed 's/, /\n/g; s/ /\\ /g' <<< "$browsers" | sort | tr '\n' ' ' | sed 's/ $//')"
 expect "corvella-clean --preview Firefox " "$categories"
 expect "corvella-clean --layout macOS Safari coo" "cookies"
+expect "corvella-clean --layout macOS S" "Safari"
+expect "corvella-clean S" ""
 expect "corvella-clean --list " ""
 for word in $(complete_line "corvella-clean --"); do
     "$clean" --help | grep -q -- "$word\b" || { echo "FAIL: the completion offers $word, which --help does not name"; fail=1; }

@@ -1,5 +1,6 @@
 #include "app/CleanCommand.h"
 #include "core/RunLock.h"
+#include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
 #include "platform/Translations.h"
 #include "platform/fake/FakeWorkspace.h"
@@ -84,7 +85,7 @@ void TestCleanCommand::helpAndVersionAnswerAtOnce_data()
     QTest::addColumn<QString>("output");
     QTest::newRow("help") << QStringList{u"--help"_s} << u"CATEGORY: cookies, databases, flash"_s;
     QTest::newRow("help after a bad browser")
-        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Safari, Firefox, Google Chrome"_s;
+        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Firefox, Google Chrome, Chromium, Opera\n"_s;
     QTest::newRow("version") << QStringList{u"--version"_s, u"Firefox"_s}
                              << u"corvella-clean " CORVELLA_VERSION "\n"_s;
 }
@@ -97,15 +98,19 @@ void TestCleanCommand::helpAndVersionAnswerAtOnce()
     QCOMPARE(cli.run(arguments), int(CleanCommand::Success));
     QVERIFY2(cli.out.contains(output), qPrintable(cli.out));
     QVERIFY(cli.err.isEmpty());
+    // Nothing of another system is offered here: no Safari, no layout to choose.
+    QVERIFY(!cli.out.contains(u"Safari"_s) && !cli.out.contains(u"--layout"_s));
 }
 
 void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no browser") << QStringList{} << u"Safari, Firefox, Google Chrome, Chromium, Opera"_s;
+    QTest::newRow("no browser") << QStringList{} << u"name a browser: Firefox, Google Chrome, Chromium, Opera\n"_s;
     QTest::newRow("unknown browser") << QStringList{u"Netscape"_s}
-                                     << u"unknown browser \"Netscape\"; accepted: Safari"_s;
+                                     << u"unknown browser \"Netscape\"; accepted: Firefox"_s;
+    QTest::newRow("Safari with its layout")
+        << QStringList{u"--layout"_s, u"macOS"_s, u"Netscape"_s} << u"accepted: Safari, Firefox"_s;
     QTest::newRow("a tile name is no key") << QStringList{u"Safari-disabled"_s} << u"unknown browser"_s;
     QTest::newRow("unknown category") << QStringList{u"Firefox"_s, u"cookies"_s, u"passwords"_s}
                                       << u"unknown category \"passwords\"; accepted: cookies, databases"_s;
@@ -255,6 +260,12 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
         lines.at(2),
         u"Chromium       installed      not activated  profiles: Default (Person 1), Profile 2 (Work)"_s);
     QCOMPARE(lines.at(3), u"Firefox        installed      activated      profiles: x1.default-esr"_s);
+    // Safari only where its files can be.
+    cli.home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    cli.out.clear();
+    QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
+    QVERIFY(cli.out.startsWith(u"Google Chrome  not installed"_s));
+    QVERIFY(!cli.out.contains(u"Safari"_s));
 
     Cli noAccess(false);
     noAccess.answer = true; // --list never asks
