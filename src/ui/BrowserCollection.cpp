@@ -43,6 +43,11 @@ void BrowserCollection::reloadData(const QStringList& tileNames)
         button->setIcon(m_icons.transformedValue(name));
         button->setIconSize(QSize(iconSize, iconSize));
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        // On the window's own gradient, whatever the theme: white names, a faint plate under the pointer.
+        button->setStyleSheet(QStringLiteral(
+            "QToolButton { color: white; border: none; border-radius: 6px; background: transparent; }"
+            "QToolButton:hover { background: rgba(255, 255, 255, 40); }"
+            "QToolButton:pressed { background: rgba(255, 255, 255, 70); }"));
         const QVariantMap request = popoverRequest(name);
         const QString browser = request.value(QStringLiteral("browser")).toString();
         button->setText(tileText(browser, button->fontMetrics()));

@@ -44,7 +44,12 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
     const qreal radius = track.height() / 2;
     const QPalette& colours = palette();
     // The track blends from the off colour to the highlight as the knob travels.
-    const QColor off = colours.color(QPalette::Mid);
+    // Off: the text colour faded into the background, so the track shows in light and dark themes and
+    // on the window's gradient alike (the theme's "mid" colour all but vanishes in some dark themes).
+    const QColor text = colours.color(QPalette::WindowText), back = colours.color(QPalette::Window);
+    QColor off;
+    off.setRgbF(back.redF() + (text.redF() - back.redF()) * 0.45, back.greenF() + (text.greenF() - back.greenF()) * 0.45,
+                back.blueF() + (text.blueF() - back.blueF()) * 0.45);
     const QColor on = colours.color(QPalette::Highlight);
     QColor fill;
     fill.setRgbF(off.redF() + (on.redF() - off.redF()) * m_position,
