@@ -19,11 +19,10 @@ namespace {
 
 QString usage()
 {
-    return CleanCommand::tr(
-        "usage: corvella-clean [--preview] [--allow-home-access] BROWSER "
-        "[CATEGORY ...]\n"
-        "       corvella-clean [--allow-home-access] --list\n"
-        "       corvella-clean --help | --version");
+    return CleanCommand::tr("usage: corvella-clean [--preview] [--allow-home-access] BROWSER "
+                            "[CATEGORY ...]\n"
+                            "       corvella-clean [--allow-home-access] --list\n"
+                            "       corvella-clean --help | --version");
 }
 
 // Safari only where its files can be (the macOS layout, which tests ask for with --layout and which is

@@ -192,7 +192,7 @@ void AppDelegate::observeValueForKeyPath(const QString& keyPath, const QVariant&
         updateMenu();
     if (keyPath == SettingsKeys::hideDock)
         checkDock();
-    if (keyPath == SettingsKeys::isRunning)
+    if (keyPath == SettingsKeys::isRunning || keyPath == SettingsKeys::lastCleaned)
         checkRunStatus();
     if (keyPath == SettingsKeys::loginStart) {
         updateLogin();
@@ -402,12 +402,30 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
         run.hasAccess = [this] { return hasHomeAccess(); };
         const RunOutcome outcome = RemovalRun::perform(
             browser, [this] { return m_settingsController.content(); }, run);
+        if (outcome.status == RunOutcome::Done)
+            recordCleaned(browser);
         if (outcome.status == RunOutcome::NoAccess)
             tellAccessIsMissing(browser);
         else if (outcome.status == RunOutcome::Done && andNotify)
             displayNotificationWithTitle(QStringLiteral("Corvella"),
                                          RemovalRun::notificationText(browser, outcome.labels));
     });
+}
+
+// Shown in the popover and the tray's tooltip: the date only, never what was removed or from which site.
+void AppDelegate::recordCleaned(const QString& browser)
+{
+    QVariantMap cleaned = m_defaults.dictionaryForKey(SettingsKeys::lastCleaned);
+    cleaned.insert(browser, QDateTime::currentDateTime());
+    m_defaults.setObject(cleaned, SettingsKeys::lastCleaned);
+}
+
+std::optional<QDateTime> AppDelegate::lastCleaned(const QString& browser) const
+{
+    const QVariant when = m_defaults.dictionaryForKey(SettingsKeys::lastCleaned).value(browser);
+    if (when.typeId() != QMetaType::QDateTime || !when.toDateTime().isValid())
+        return std::nullopt;
+    return when.toDateTime();
 }
 
 // Once per agent session (until access is granted): every quit would otherwise repeat it.

@@ -2,6 +2,7 @@
 
 #include "core/SettingsController.h"
 
+#include <QDateTime>
 #include <QObject>
 #include <QVariant>
 
@@ -135,6 +136,8 @@ public:
     void popoverIsClosing();
     // The browser whose settings the popover shows; empty when none.
     QString currentBrowser() const { return m_currentBrowser; }
+    // When a run last finished for the browser; none before the first.
+    std::optional<QDateTime> lastCleaned(const QString& browser) const;
     // Whether the browser's popover offers the category: not where its data cannot exist.
     bool offersCategory(const QString& browser, const QString& category);
     void setCurrentBrowser(const QString& browser) { m_currentBrowser = browser; }
@@ -183,6 +186,7 @@ private:
     void updateMenu();
     void followActivation();
     void checkDock();
+    void recordCleaned(const QString& browser);
     void tellAccessIsMissing(const QString& browser);
     void grantsChanged();
     void checkRunStatus();

@@ -26,6 +26,9 @@ inline const QString browserLayout = QStringLiteral("browserLayout");
 // Also remove each category where today's browsers keep it.
 inline const QString cleanCurrentLayouts = QStringLiteral("cleanCurrentLayouts");
 
+// When each browser was last cleaned: a map of browser key to date; local to this machine.
+inline const QString lastCleaned = QStringLiteral("lastCleaned");
+
 // The update keys: stored here, read by an updater where the platform has one, and shared between machines.
 inline const QString scheduledCheckInterval = QStringLiteral("SUScheduledCheckInterval");
 inline const QString automaticallyUpdate = QStringLiteral("SUAutomaticallyUpdate");

@@ -12,8 +12,9 @@
 
 class IconTransformer;
 
-// The row of browser tiles, centred: each shows its browser's icon with the name under it. Pointing at a tile (or tabbing to it) asks for
-// its popover; clicking it asks to activate it, then for the popover of the tile as it was.
+// The row of browser tiles, centred: each shows its browser's icon with the name under it. Pointing at a tile
+// (or tabbing to it) asks for its popover; clicking it asks to activate it, then for the popover of the tile
+// as it was.
 class BrowserCollection : public QWidget
 {
     Q_OBJECT

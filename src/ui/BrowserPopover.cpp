@@ -9,6 +9,7 @@
 #include "ui/ToggleSwitch.h"
 
 #include <QGridLayout>
+#include <QLocale>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -23,7 +24,8 @@ constexpr qreal kDefaultWidth = 300.0;
 BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent)
     : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons), m_iconView(new QLabel(this)),
       m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
-      m_browserSetttingsView(new QWidget(this)), m_protectSwitch(new ToggleSwitch(this))
+      m_browserSetttingsView(new QWidget(this)), m_protectSwitch(new ToggleSwitch(this)),
+      m_lastCleanedLabel(new QLabel(this))
 {
     setAccessibleName(tr("Browser settings"));
     auto* layout = new QVBoxLayout(this);
@@ -39,6 +41,7 @@ BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& ico
     m_browserLabel->setFont(bold);
     texts->addWidget(m_browserInfoLabel);
     texts->addWidget(m_browserLabel);
+    texts->addWidget(m_lastCleanedLabel);
     header->addLayout(texts, 1);
     header->addWidget(m_protectSwitch, 0, Qt::AlignVCenter);
     connect(m_protectSwitch, &ToggleSwitch::clicked, this, &BrowserPopover::protectSwitched);
@@ -101,6 +104,7 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
         m_iconView->clear();
         m_iconView->hide();
         m_protectSwitch->hide();
+        m_lastCleanedLabel->hide();
         present(false, anchor);
         return;
     }
@@ -113,6 +117,8 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
     m_protectSwitch->setAccessibleName(tr("Protect %1").arg(browser));
     m_protectSwitch->setToolTip(m_protectSwitch->accessibleName());
     m_protectSwitch->show();
+    m_lastCleanedLabel->setText(lastCleanedText(m_delegate.lastCleaned(browser)));
+    m_lastCleanedLabel->setVisible(!request->contains(QStringLiteral("isDisabled")));
     for (const QString& category : SettingsKeys::categories) {
         const bool offered = m_delegate.offersCategory(browser, category);
         m_toggles.value(category)->setVisible(offered);
@@ -198,6 +204,12 @@ QPoint BrowserPopover::placeBeside(const QWidget& anchor) const
             return place.topLeft();
     }
     return {below.left(), tiles.top() - 5 - height()};
+}
+
+QString BrowserPopover::lastCleanedText(const std::optional<QDateTime>& when)
+{
+    return when ? tr("Last cleaned %1").arg(QLocale().toString(when->toLocalTime(), QLocale::ShortFormat))
+                : tr("Not cleaned yet");
 }
 
 void BrowserPopover::hideBrowserPopover()

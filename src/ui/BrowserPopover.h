@@ -2,6 +2,7 @@
 
 #include "ui/PopoverWindow.h"
 
+#include <QDateTime>
 #include <QLabel>
 #include <QMap>
 #include <QVariantMap>
@@ -39,6 +40,9 @@ public:
     ToggleSwitch* toggleFor(const QString& category) const { return m_toggles.value(category); }
     QString infoText() const { return m_browserInfoLabel->text(); }
     QString browserText() const { return m_browserLabel->text(); }
+    QString lastCleanedText() const { return m_lastCleanedLabel->text(); }
+    // "Last cleaned <date>" / "Not cleaned yet", in the user's locale.
+    static QString lastCleanedText(const std::optional<QDateTime>& when);
     // "Protect <browser>": on while the shown browser is activated; switching it activates or
     // deactivates the browser.
     ToggleSwitch* protectSwitch() const { return m_protectSwitch; }
@@ -59,6 +63,7 @@ private:
     QLabel* m_browserLabel;
     QWidget* m_browserSetttingsView;
     ToggleSwitch* m_protectSwitch;
+    QLabel* m_lastCleanedLabel;
     QWidget* m_anchor = nullptr;
     QMap<QString, ToggleSwitch*> m_toggles;
     QMap<QString, QLabel*> m_labels;

@@ -1,6 +1,9 @@
 #include "ui/DesktopFace.h"
 
 #include "core/AppDelegate.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/SettingsKeys.h"
+#include "platform/UserDefaults.h"
 #include "ui/BringToFront.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
@@ -75,7 +78,8 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
 
     StatusItem& item = *m_statusItem;
     connect(&item, &StatusItem::toggleRunStatus, &delegate, &AppDelegate::toggleRunStatus);
-    connect(&item, &StatusItem::grantAccess, &delegate, &AppDelegate::requestHomeAccess, Qt::QueuedConnection);
+    connect(&item, &StatusItem::grantAccess, &delegate, &AppDelegate::requestHomeAccess,
+            Qt::QueuedConnection);
     connect(&item, &StatusItem::openWindow, &window, &MainWindow::openWindow);
     connect(&item, &StatusItem::openAndCheckBrowsers, this, [this] {
         m_mainWindow->openWindow();
@@ -210,8 +214,15 @@ void DesktopFace::openFileWarningView()
 
 void DesktopFace::showMenuBarItem(bool show)
 {
+    QStringList lastCleaned;
+    for (const QVariant& id : m_delegate.defaults().arrayForKey(SettingsKeys::enabledBrowsers)) {
+        const QString browser = BrowserCatalogue::browserForID(id.toString());
+        if (!browser.isEmpty())
+            lastCleaned.append(
+                tr("%1: %2").arg(browser, BrowserPopover::lastCleanedText(m_delegate.lastCleaned(browser))));
+    }
     m_statusItem->showMenuBarItem(show && m_trayAvailable, m_delegate.isRunning(), m_delegate.isValid(),
-                                  m_delegate.hasHomeAccess());
+                                  m_delegate.hasHomeAccess(), lastCleaned);
     // The agent is never out of reach: without a tray item the window is in the task bar and shown.
     if (!m_statusItem->isShown()) {
         m_mainWindow->setShownInTaskBar(true);

@@ -7,13 +7,13 @@
 
 #include <QApplication>
 
-#include <algorithm>
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -85,9 +85,8 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     setTabOrder(m_grantButton, m_collectionView);
     m_infoButton->setFocus(Qt::OtherFocusReason);
     // Wider than usual only when a row of many browsers needs it.
-    connect(m_collectionView, &BrowserCollection::reloaded, this, [this] {
-        setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40), kHeight);
-    });
+    connect(m_collectionView, &BrowserCollection::reloaded, this,
+            [this] { setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40), kHeight); });
     auto* preferences = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), this);
     connect(preferences, &QShortcut::activated, this, &MainWindow::preferencesRequested);
 }

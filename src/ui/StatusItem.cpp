@@ -75,7 +75,8 @@ QIcon StatusItem::trayImage(bool isRunning)
     return rimmed;
 }
 
-void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess)
+void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess,
+                                 const QStringList& lastCleaned)
 {
     m_anyBrowserActivated = anyBrowserActivated;
     // In the menu only while needed (a hidden entry would still be exported to the panel), after the
@@ -102,8 +103,10 @@ void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActiv
                 });
     }
     m_trayIcon->setIcon(trayImage(isRunning));
-    m_trayIcon->setToolTip(!hasAccess  ? tr("Corvella has no access to your home folder")
-                           : isRunning ? tr("Corvella is Enabled")
-                                       : tr("Corvella is Disabled"));
+    const QString state = !hasAccess  ? tr("Corvella has no access to your home folder")
+                          : isRunning ? tr("Corvella is Enabled")
+                                      : tr("Corvella is Disabled");
+    m_trayIcon->setToolTip(
+        QStringList{state, lastCleaned.join(QLatin1Char('\n'))}.join(QLatin1Char('\n')).trimmed());
     m_trayIcon->show();
 }

@@ -18,7 +18,10 @@ public:
     ~StatusItem() override;
 
     // Shows the item as the state is, or removes it.
-    void showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess = true);
+    // lastCleaned: a line per activated browser for the tooltip.
+    void showMenuBarItem(bool show, bool isRunning, bool anyBrowserActivated, bool hasAccess = true,
+                         const QStringList& lastCleaned = {});
+    QString toolTip() const { return m_trayIcon ? m_trayIcon->toolTip() : QString(); }
     bool isShown() const { return m_trayIcon != nullptr; }
     QMenu* menu() { return &m_sysMenuBar; }
     QAction* runStateItem() { return m_runStateItem; }

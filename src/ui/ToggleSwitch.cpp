@@ -48,7 +48,8 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
     // on the window's gradient alike (the theme's "mid" colour all but vanishes in some dark themes).
     const QColor text = colours.color(QPalette::WindowText), back = colours.color(QPalette::Window);
     QColor off;
-    off.setRgbF(back.redF() + (text.redF() - back.redF()) * 0.45, back.greenF() + (text.greenF() - back.greenF()) * 0.45,
+    off.setRgbF(back.redF() + (text.redF() - back.redF()) * 0.45,
+                back.greenF() + (text.greenF() - back.greenF()) * 0.45,
                 back.blueF() + (text.blueF() - back.blueF()) * 0.45);
     const QColor on = colours.color(QPalette::Highlight);
     QColor fill;

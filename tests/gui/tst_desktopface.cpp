@@ -71,6 +71,7 @@ private slots:
     void tilesFollowTheHoverAndClickRules_data();
     void tilesFollowTheHoverAndClickRules();
     void closingThePopoverEndsSettingsMode();
+    void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
     void theProtectSwitchActivatesAndDeactivates();
@@ -193,6 +194,20 @@ void TestDesktopFace::popoversGoOnAPressElsewhereWithTheWindowAndForADialog()
         QVERIFY(!f.face->generalPopover().isVisible());
         QVERIFY(!f.agent.app.editingBrowserSettings());
     }
+}
+
+void TestDesktopFace::thePopoverAndTheTraySayWhenABrowserWasLastCleaned()
+{
+    Face f({kChromiumID, u"org.mozilla.firefox"_s}, {kChromiumID, u"org.mozilla.firefox"_s});
+    const QDateTime when(QDate(2026, 11, 20), QTime(9, 41));
+    f.home.t.defaults.setObject(QVariantMap{{u"Chromium"_s, when}}, SettingsKeys::lastCleaned);
+    const QString said = BrowserPopover::lastCleanedText(when);
+    QVERIFY(said.startsWith(u"Last cleaned "_s) && said.contains(u"41"_s));
+    QTRY_VERIFY(f.face->statusItem().toolTip().contains(u"Chromium: "_s + said));
+    QVERIFY(f.face->statusItem().toolTip().contains(u"Firefox: Not cleaned yet"_s));
+    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+    QApplication::sendEvent(f.tile(u"Chromium"_s), &enter);
+    QTRY_COMPARE(f.popover().lastCleanedText(), said);
 }
 
 void TestDesktopFace::theProtectSwitchActivatesAndDeactivates()
@@ -410,8 +425,8 @@ void TestDesktopFace::disabledTilesAreGreyedInsideTheirOutline()
     const QColor part = dimmed.pixelColor(3, 3), other = dimmed.pixelColor(5, 5);
     QCOMPARE(part.red(), part.blue());
     QCOMPARE(other.red(), other.green());
-    QVERIFY2(other.lightness() - part.lightness() > 40, qPrintable(u"%1 against %2"_s.arg(
-                                                               other.name(), part.name())));
+    QVERIFY2(other.lightness() - part.lightness() > 40,
+             qPrintable(u"%1 against %2"_s.arg(other.name(), part.name())));
     QCOMPARE(dimmed.pixelColor(0, 0).alpha(), 0);
 }
 

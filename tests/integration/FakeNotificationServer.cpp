@@ -1,5 +1,6 @@
 // A stand-in for the desktop's notification server on a private session bus: it prints each
-// notification it is asked to show ("<ms since epoch>|<summary>|<body>") and otherwise behaves.
+// notification it is asked to show ("<ms since epoch>|<summary>|<body>|<icon>|<desktop entry>") and
+// otherwise behaves.
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -14,11 +15,12 @@ class NotificationServer : public QObject
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 public slots:
-    uint Notify(const QString&, uint, const QString&, const QString& summary, const QString& body,
-                const QStringList&, const QVariantMap&, int)
+    uint Notify(const QString&, uint, const QString& icon, const QString& summary, const QString& body,
+                const QStringList&, const QVariantMap& hints, int)
     {
-        std::printf("%lld|%s|%s\n", static_cast<long long>(QDateTime::currentMSecsSinceEpoch()),
-                    qPrintable(summary), qPrintable(body));
+        std::printf("%lld|%s|%s|%s|%s\n", static_cast<long long>(QDateTime::currentMSecsSinceEpoch()),
+                    qPrintable(summary), qPrintable(body), qPrintable(icon),
+                    qPrintable(hints.value(QStringLiteral("desktop-entry")).toString()));
         std::fflush(stdout);
         return ++m_lastId;
     }

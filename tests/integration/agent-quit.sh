@@ -82,8 +82,11 @@ if [ ${#runs[@]} -eq 4 ]; then
 fi
 notes=$(wc -l < "$work/notifications.log")
 check '[ "$notes" -eq 2 ]' "expected exactly one notification for each quit, saw $notes"
-check 'grep -q "|Corvella|Cookies, Cache removed from Firefox$" "$work/notifications.log"' \
+check 'grep -q "|Corvella|Cookies, Cache removed from Firefox|com.tovanex.Corvella6|com.tovanex.Corvella6$" "$work/notifications.log"' \
     "notification text: $(cat "$work/notifications.log")"
+# When it last cleaned Firefox is kept (a date, nothing of what was removed).
+check 'grep -A2 "<key>lastCleaned</key>" "$home/.config/corvella/com.tovanex.Corvella6.plist" | grep -q "<key>Firefox</key>"' \
+    "the settings do not say when Firefox was last cleaned"
 agent=$(cat "$work/agent.pid")
 for n in 1 2 3 4 5; do
     check '[ "$(cat "$work/second.$n.rc")" = 0 ] && grep -q "already running (pid $agent)" "$work/second.$n.log"' \

@@ -106,7 +106,8 @@ void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no browser") << QStringList{} << u"name a browser: Firefox, Google Chrome, Chromium, Opera\n"_s;
+    QTest::newRow("no browser") << QStringList{}
+                                << u"name a browser: Firefox, Google Chrome, Chromium, Opera\n"_s;
     QTest::newRow("unknown browser") << QStringList{u"Netscape"_s}
                                      << u"unknown browser \"Netscape\"; accepted: Firefox"_s;
     QTest::newRow("Safari with its layout")

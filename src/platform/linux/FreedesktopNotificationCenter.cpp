@@ -46,9 +46,12 @@ void FreedesktopNotificationCenter::post(const UserNotification& notification)
     // The "default" action is a click on the notification itself, not a button; without it the
     // click would not be reported.
     const QStringList actions{QStringLiteral("default"), QString()};
-    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("corvella")}};
-    call << QStringLiteral("Corvella") << quint32(0) << QString() << notification.title
-         << notification.subtitle << actions << hints << qint32(-1);
+    // The icon and the desktop entry by the application's id, as installed; a server shows the icon
+    // and groups the notifications under Corvella's entry.
+    const QString appId = QStringLiteral("com.tovanex.Corvella6");
+    const QVariantMap hints{{QStringLiteral("desktop-entry"), appId}};
+    call << QStringLiteral("Corvella") << quint32(0) << appId << notification.title << notification.subtitle
+         << actions << hints << qint32(-1);
     // Asynchronous, so a stuck notification server never stops the agent.
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, notification] {
