@@ -180,47 +180,21 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
         <source>Click to change settings for</source>
         <translation>Klicken, um die Einstellungen zu ändern für</translation>
     </message>
+    <message>
+        <source>Protect %1</source>
+        <translation>%1 schützen</translation>
+    </message>
+    <message>
+        <source>Last cleaned %1</source>
+        <translation>Zuletzt bereinigt: %1</translation>
+    </message>
+    <message>
+        <source>Not cleaned yet</source>
+        <translation>Noch nicht bereinigt</translation>
+    </message>
 </context>
 <context>
     <name>CleanCommand</name>
-    <message>
-        <source>usage: corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER [CATEGORY ...]
-       corvella-clean [--allow-home-access] --list
-       corvella-clean --help | --version</source>
-        <translation>Aufruf: corvella-clean [--preview] [--layout macOS|Linux] [--allow-home-access] BROWSER [KATEGORIE ...]
-        corvella-clean [--allow-home-access] --list
-        corvella-clean --help | --version</translation>
-    </message>
-    <message>
-        <source>
-Removes the data you chose for a browser, as Corvella does when the browser quits.
-
-  --list               show each browser, whether it is installed and activated, and its profiles
-  --preview            show what would be removed or changed; change nothing
-  --layout LAYOUT      where browsers keep their data: Linux (the default) or macOS
-  --allow-home-access  grant access to the home folder without asking
-  -h, --help           show this help
-  --version            show the version
-
-BROWSER: %1
-CATEGORY: %2 (none: the categories chosen in Corvella)
-
-See corvella-clean(1) for the exit status and examples.</source>
-        <translation>
-Entfernt die für einen Browser gewählten Daten, wie es Corvella tut, wenn der Browser beendet wird.
-
-  --list               jeden Browser zeigen: ob er installiert und aktiviert ist, und seine Profile
-  --preview            zeigen, was entfernt oder geändert würde; nichts ändern
-  --layout ANORDNUNG   wo Browser ihre Daten ablegen: Linux (Vorgabe) oder macOS
-  --allow-home-access  Zugriff auf den Persönlichen Ordner ohne Nachfrage erteilen
-  -h, --help           diese Hilfe zeigen
-  --version            die Version zeigen
-
-BROWSER: %1
-KATEGORIE: %2 (keine: die in Corvella gewählten Kategorien)
-
-Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
-    </message>
     <message>
         <source>Corvella needs access to your home folder (%1) to remove browser data. Allow? [y/N] </source>
         <translation>Corvella benötigt Zugriff auf Ihren Persönlichen Ordner (%1), um Browserdaten zu entfernen. Erlauben? [y/N] </translation>
@@ -236,10 +210,6 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     <message>
         <source>unknown layout &quot;%1&quot;; accepted: macOS, Linux</source>
         <translation>unbekannte Anordnung „%1“; möglich sind: macOS, Linux</translation>
-    </message>
-    <message>
-        <source>unknown option &quot;%1&quot;; accepted: --list, --preview, --layout macOS|Linux, --allow-home-access, --help, --version</source>
-        <translation>unbekannte Option „%1“; möglich sind: --list, --preview, --layout macOS|Linux, --allow-home-access, --help, --version</translation>
     </message>
     <message>
         <source>--list takes no browser or category</source>
@@ -324,6 +294,46 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
         <source>%1 started during the run, which stopped before changing its files again. Run it again once %1 has quit.</source>
         <translation>%1 wurde während des Laufs gestartet; der Lauf hat danach keine seiner Dateien mehr verändert. Führen Sie ihn erneut aus, sobald %1 beendet ist.</translation>
     </message>
+    <message>
+        <source>usage: corvella-clean [--preview] [--allow-home-access] BROWSER [CATEGORY ...]
+       corvella-clean [--allow-home-access] --list
+       corvella-clean --help | --version</source>
+        <translation>Aufruf: corvella-clean [--preview] [--allow-home-access] BROWSER [KATEGORIE ...]
+        corvella-clean [--allow-home-access] --list
+        corvella-clean --help | --version</translation>
+    </message>
+    <message>
+        <source>
+Removes the data you chose for a browser, as Corvella does when the browser quits.
+
+  --list               show each browser, whether it is installed and activated, and its profiles
+  --preview            show what would be removed or changed; change nothing
+  --allow-home-access  grant access to the home folder without asking
+  -h, --help           show this help
+  --version            show the version
+
+BROWSER: %1
+CATEGORY: %2 (none: the categories chosen in Corvella)
+
+See corvella-clean(1) for the exit status and examples.</source>
+        <translation>
+Entfernt die für einen Browser gewählten Daten, wie es Corvella tut, wenn der Browser beendet wird.
+
+  --list               jeden Browser zeigen: ob er installiert und aktiviert ist, und seine Profile
+  --preview            zeigen, was entfernt oder geändert würde; nichts ändern
+  --allow-home-access  Zugriff auf den Persönlichen Ordner ohne Nachfrage erteilen
+  -h, --help           diese Hilfe zeigen
+  --version            die Version zeigen
+
+BROWSER: %1
+KATEGORIE: %2 (keine: die in Corvella gewählten Kategorien)
+
+Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
+    </message>
+    <message>
+        <source>unknown option &quot;%1&quot;; accepted: --list, --preview, --allow-home-access, --help, --version</source>
+        <translation>unbekannte Option „%1“; möglich sind: --list, --preview, --allow-home-access, --help, --version</translation>
+    </message>
 </context>
 <context>
     <name>DesktopFace</name>
@@ -346,6 +356,10 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     <message>
         <source>Choose Folder…</source>
         <translation>Ordner wählen …</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
     </message>
 </context>
 <context>
