@@ -166,7 +166,7 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
     </message>
     <message>
         <source>PopoverWindowWidth</source>
-        <translation>PopoverWindowWidth</translation>
+        <translation>340</translation>
     </message>
     <message>
         <source>Please activate any Browsers you wish to protect here</source>
@@ -174,11 +174,11 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
     </message>
     <message>
         <source>Click to activate protection for</source>
-        <translation>Klicken, um den Schutz zu aktivieren für</translation>
+        <translation>Klicken, um den Schutz einzuschalten:</translation>
     </message>
     <message>
         <source>Click to change settings for</source>
-        <translation>Klicken, um die Einstellungen zu ändern für</translation>
+        <translation>Klicken, um die Einstellungen zu ändern:</translation>
     </message>
     <message>
         <source>Protect %1</source>

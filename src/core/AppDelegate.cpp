@@ -168,6 +168,11 @@ void AppDelegate::defaultsChanged()
     emit settingsChanged();
 }
 
+bool AppDelegate::isActivated(const QString& browser) const
+{
+    return m_services.catalogue.checkIfBrowserEnabled(browser);
+}
+
 bool AppDelegate::isRunning() const
 {
     return m_defaults.boolForKey(SettingsKeys::isRunning);

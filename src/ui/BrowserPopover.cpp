@@ -113,7 +113,9 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
     m_browserLabel->show();
     m_iconView->setPixmap(m_icons.iconForBrowser(browser).pixmap(40, 40));
     m_iconView->show();
-    m_protectSwitch->setChecked(!request->contains(QStringLiteral("isDisabled")));
+    // The browser as it is now: a click on its tile activates it before this popover, built from the
+    // tile as it was, is shown.
+    m_protectSwitch->setChecked(m_delegate.isActivated(browser));
     m_protectSwitch->setAccessibleName(tr("Protect %1").arg(browser));
     m_protectSwitch->setToolTip(m_protectSwitch->accessibleName());
     m_protectSwitch->show();

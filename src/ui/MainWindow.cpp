@@ -60,6 +60,7 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     auto* protection = new QHBoxLayout;
     m_enabledButton->setAccessibleName(tr("Protection"));
     m_infoLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_infoLabel->setWordWrap(true); // a longer language's text goes on two lines, not off the edge
     QFont thin = m_infoLabel->font();
     thin.setWeight(QFont::Thin);
     m_infoLabel->setFont(thin);

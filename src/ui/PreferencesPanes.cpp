@@ -129,6 +129,12 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(UserDefaults&
     QPalette warning = m_syncFolderProblem->palette();
     warning.setColor(QPalette::WindowText, QColor(0xd0, 0x3a, 0x2f));
     m_syncFolderProblem->setPalette(warning);
+    // Room for two lines of it is kept while it is hidden: the pane's height is fixed when first shown,
+    // and a message appearing later would push the note below off the pane.
+    m_syncFolderProblem->setMinimumHeight(2 * m_syncFolderProblem->fontMetrics().lineSpacing());
+    QSizePolicy keepRoom = m_syncFolderProblem->sizePolicy();
+    keepRoom.setRetainSizeWhenHidden(true);
+    m_syncFolderProblem->setSizePolicy(keepRoom);
     m_syncFolderProblem->hide();
     layout->addWidget(m_syncFolderProblem);
     layout->addWidget(note(tr("Corvella keeps the shared settings in one file in this folder; your sync "

@@ -145,8 +145,10 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules()
     QFETCH(bool, editingAfter);
     QCOMPARE(f.activated().contains(kChromiumID), activatedAfter);
     QCOMPARE(f.agent.app.editingBrowserSettings(), editingAfter);
-    // The row shows the new state at once; the popover follows on the next entry.
+    // The row shows the new state at once, and so does the popover's switch; its text follows on the
+    // next entry.
     QVERIFY(f.tile(activatedAfter ? u"Chromium"_s : u"Chromium-disabled"_s));
+    QCOMPARE(f.popover().protectSwitch()->isChecked(), activatedAfter);
 }
 
 void TestDesktopFace::closingThePopoverEndsSettingsMode()
