@@ -200,10 +200,6 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
         <translation>Corvella benötigt Zugriff auf Ihren Persönlichen Ordner (%1), um Browserdaten zu entfernen. Erlauben? [y/N] </translation>
     </message>
     <message>
-        <source>%1 %2 (%3 bytes)</source>
-        <translation>%1 %2 (%3 Bytes)</translation>
-    </message>
-    <message>
         <source>--layout needs a value: macOS or Linux</source>
         <translation>--layout braucht einen Wert: macOS oder Linux</translation>
     </message>
@@ -333,6 +329,10 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     <message>
         <source>unknown option &quot;%1&quot;; accepted: --list, --preview, --allow-home-access, --help, --version</source>
         <translation>unbekannte Option „%1“; möglich sind: --list, --preview, --allow-home-access, --help, --version</translation>
+    </message>
+    <message>
+        <source>%1 %2 (%3)</source>
+        <translation>%1 %2 (%3)</translation>
     </message>
 </context>
 <context>

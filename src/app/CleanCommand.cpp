@@ -13,6 +13,8 @@
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sandbox.h"
 
+#include <QLocale>
+
 #include <algorithm>
 
 namespace {
@@ -90,7 +92,7 @@ public:
     void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) override
     {
         const QString shown = QCoreApplication::translate("RemovalPreview", action.toUtf8().constData());
-        m_out << CleanCommand::tr("%1 %2 (%3 bytes)").arg(shown, path).arg(bytes);
+        m_out << CleanCommand::tr("%1 %2 (%3)").arg(shown, path, QLocale().formattedDataSize(bytes));
         if (!detail.isEmpty())
             m_out << ": " << detail;
         m_out << Qt::endl;

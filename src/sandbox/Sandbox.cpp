@@ -682,6 +682,8 @@ bool Sandbox::runSqlFor(const QString& sql, const QString& onfile, QList<QVarian
                 return;
             }
             if (m_services.preview && !db.isReadOnly(sql)) {
+                if (!db.couldChangeRows(sql))
+                    return; // nothing there to remove: a preview does not list it
                 m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
                                            native, sizeBelow(native), sql);
                 return;

@@ -1,9 +1,10 @@
 #include "sandbox/Sqlite.h"
-#include <QFile>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <QDateTime>
+#include <QFile>
+#include <QRegularExpression>
 #include <QUuid>
 
 #include <sqlite3.h>
@@ -99,6 +100,24 @@ bool Sqlite::isReadOnly(const QString& sql)
     const bool readOnly = sqlite3_stmt_readonly(statement) != 0;
     sqlite3_finalize(statement);
     return readOnly;
+}
+
+bool Sqlite::couldChangeRows(const QString& sql)
+{
+    if (sql.trimmed().startsWith(QLatin1String("VACUUM"), Qt::CaseInsensitive))
+        return false;
+    sqlite3_stmt* statement = nullptr;
+    if (!prepareSql(sql, &statement))
+        return false;
+    sqlite3_finalize(statement);
+    static const QRegularExpression target(
+        QStringLiteral(R"(^\s*(?:DELETE\s+FROM|UPDATE(?:\s+OR\s+\w+)?)\s+["`\[]?(\w+)["`\]]?\s)"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = target.match(sql + QLatin1Char(' '));
+    if (!match.hasMatch())
+        return true;
+    const auto rows = executeQuery(QStringLiteral("SELECT 1 FROM \"%1\" LIMIT 1").arg(match.captured(1)));
+    return !rows || !rows->isEmpty();
 }
 
 bool Sqlite::isDatabaseFile(const QString& path)

@@ -39,6 +39,10 @@ public:
     bool openExisting(const QString& path, bool readOnly);
     // Whether SQLite itself says the first statement of the text cannot change the database.
     bool isReadOnly(const QString& sql);
+    // For a preview, asked without changing anything: whether the statement could change what the
+    // database holds. VACUUM only compacts; a statement that does not prepare (no such table) fails,
+    // and a DELETE or UPDATE of an empty table changes nothing.
+    bool couldChangeRows(const QString& sql);
     // Whether the file is a SQLite database (its header says so); a zero-byte file is not.
     static bool isDatabaseFile(const QString& path);
     void close();
