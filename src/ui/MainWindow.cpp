@@ -35,6 +35,8 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, Qt::white);
     colours.setColor(QPalette::ButtonText, Qt::white);
+    // What lies behind the controls (the gradient's middle), for those that blend into it.
+    colours.setColor(QPalette::Window, QColor(0x3a, 0x4f, 0x8b));
     setPalette(colours);
 
     auto* layout = new QVBoxLayout(this);
@@ -120,7 +122,7 @@ void MainWindow::openWindow()
 void MainWindow::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const bool dark = palette().color(QPalette::Window).lightness() < 128;
+    const bool dark = QApplication::palette().color(QPalette::Window).lightness() < 128; // the theme's, not ours
     QLinearGradient gradient(0, 0, width(), height());
     gradient.setColorAt(0, dark ? QColor(0x1d, 0x2b, 0x3a) : QColor(0x2d, 0x5f, 0x8a));
     gradient.setColorAt(1, dark ? QColor(0x2a, 0x1f, 0x3d) : QColor(0x4b, 0x3f, 0x8c));

@@ -64,6 +64,8 @@ void ToggleSwitch::paintEvent(QPaintEvent*)
 
     const qreal knob = track.height() - 4;
     const qreal x = track.left() + 2 + (track.width() - knob - 4) * m_position;
+    // A faint rim keeps the white knob apart from a light track.
+    painter.setPen(QPen(QColor(0, 0, 0, 60), 1));
     painter.setBrush(isEnabled() ? QColor(Qt::white) : colours.color(QPalette::Button));
     painter.drawEllipse(QRectF(x, track.top() + 2, knob, knob));
 
