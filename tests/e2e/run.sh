@@ -4,7 +4,9 @@
 # all twelve categories chosen for both browsers, watches each browser open and quit by itself.
 # Afterwards no file in the browsers' data and cache folders names the site, the bookmarks and
 # passwords are there, every database passes its integrity check, every JSON file parses, and each
-# browser opens its cleaned profile and loads a page.
+# browser opens its cleaned profile and loads a page. A second Firefox profile outside Firefox's folder
+# (listed with an absolute path) is cleaned as well, and the settings the user made stay: Chromium's
+# "Preload pages" and default zoom, Firefox's global zoom and its chosen built-in search engine.
 # Usage: run.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -19,10 +21,27 @@ chmod 777 "$work"
 chromium_data=$home/.config/chromium chromium_cache=$home/.cache/chromium
 firefox_data=$home/.mozilla/firefox firefox_cache=$home/.cache/mozilla/firefox
 firefox_profile=$firefox_data/e2e.default
+elsewhere=$home/elsewhere-e2e firefox_absolute=$home/elsewhere-e2e/abs.profile
 rm -rf "$chromium_data" "$chromium_cache" "$home/.mozilla" "$home/.cache/mozilla" "$home/.config/corvella" \
-    "$home/Downloads"
+    "$home/Downloads" "$elsewhere"
 install -d -o "$user" "$home/.config" "$home/.cache" "$home/.config/corvella" "$home/.mozilla" "$firefox_data" \
-    "$firefox_profile" "$home/Downloads"
+    "$firefox_profile" "$home/Downloads" "$elsewhere" "$firefox_absolute"
+as_user tee "$firefox_data/profiles.ini" > /dev/null <<INI
+[Profile0]
+Name=e2e
+IsRelative=1
+Path=e2e.default
+Default=1
+
+[Profile1]
+Name=abs
+IsRelative=0
+Path=$firefox_absolute
+
+[General]
+StartWithLastProfile=1
+Version=2
+INI
 categories="cookies databases flash silverlight cache history favicons webpage forms downloads websitePrefs
     searchEngines"
 {
@@ -50,10 +69,11 @@ traces() {
 }
 
 # 1. The visits, then what must survive them (added while the browsers are closed, as sync would).
-for browser in chromium firefox; do
+for browser in chromium firefox firefox-absolute; do
     profile=$chromium_data
     [ $browser = firefox ] && profile=$firefox_profile
-    browse visit $browser "$profile" "$home/Downloads" > "$work/visit-$browser.log"
+    [ $browser = firefox-absolute ] && profile=$firefox_absolute
+    browse visit ${browser%-absolute} "$profile" "$home/Downloads" > "$work/visit-$browser.log"
     rc=$?
     check '[ $rc = 0 ]' "$browser could not visit the site: $(cat "$work/visit-$browser.log")"
 done
@@ -73,8 +93,26 @@ sql "$firefox_profile/places.sqlite" "INSERT INTO moz_places (url, title, guid, 
 sql "$firefox_profile/logins.db" "INSERT INTO loginsL (origin, formActionOrigin, usernameField, passwordField,
     timeCreated, timePasswordChanged, secFields, guid) VALUES ('https://kept.example', 'https://kept.example',
     'user', 'password', 1, 1, 'kept', '{kept-example}')"
+# Settings the user made, which no category may undo.
+as_user python3 - "$chromium_data/Default/Preferences" <<'PY'
+import json, sys
+path = sys.argv[1]
+prefs = json.load(open(path))
+prefs.setdefault("net", {})["network_prediction_options"] = 2  # "Preload pages": no preloading
+prefs.setdefault("partition", {})["default_zoom_level"] = {"x": 2.223901085741545}  # 150 %
+json.dump(prefs, open(path, "w"))
+PY
+for profile in "$firefox_profile" "$firefox_absolute"; do
+    sql "$profile/content-prefs.sqlite" "CREATE TABLE IF NOT EXISTS groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
+        CREATE TABLE IF NOT EXISTS settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
+        CREATE TABLE IF NOT EXISTS prefs (id INTEGER PRIMARY KEY, groupID INTEGER REFERENCES groups(id),
+            settingID INTEGER NOT NULL REFERENCES settings(id), value BLOB, timestamp INTEGER NOT NULL DEFAULT 0);
+        INSERT INTO settings (name) VALUES ('browser.content.full-zoom');
+        INSERT INTO prefs (groupID, settingID, value, timestamp) VALUES (NULL, last_insert_rowid(), 1.5, 0);"
+done
 chromium_before=$(traces "$chromium_data" "$chromium_cache" | wc -l)
 firefox_before=$(traces "$firefox_data" "$firefox_cache" | wc -l)
+absolute_before=$(traces "$firefox_absolute" | wc -l)
 
 # 2. The agent sees each browser open and quit.
 cat > "$work/scenario.sh" <<'SCENARIO'
@@ -98,12 +136,22 @@ for browser in Chromium Firefox; do
 done
 chromium_after=$(traces "$chromium_data" "$chromium_cache")
 firefox_after=$(traces "$firefox_data" "$firefox_cache")
+absolute_after=$(traces "$firefox_absolute")
 echo "files naming the site: Chromium $chromium_before before, $(grep -c . <<< "$chromium_after") after;" \
-    "Firefox $firefox_before before, $(grep -c . <<< "$firefox_after") after"
-check '[ "$chromium_before" -gt 10 ] && [ "$firefox_before" -gt 10 ]' "the visits left too few traces to prove anything"
-check '[ -z "$chromium_after$firefox_after" ]' "files still name the site:
+    "Firefox $firefox_before before, $(grep -c . <<< "$firefox_after") after;" \
+    "Firefox's absolute profile $absolute_before before, $(grep -c . <<< "$absolute_after") after"
+check '[ "$chromium_before" -gt 10 ] && [ "$firefox_before" -gt 10 ] && [ "$absolute_before" -gt 10 ]' \
+    "the visits left too few traces to prove anything"
+check '[ -z "$chromium_after$firefox_after$absolute_after" ]' "files still name the site:
 $chromium_after
-$firefox_after"
+$firefox_after
+$absolute_after"
+check 'python3 -c "import json,sys; p=json.load(open(sys.argv[1])); sys.exit(not (p[\"net\"][\"network_prediction_options\"] == 2 and p[\"partition\"][\"default_zoom_level\"]))" "$chromium_data/Default/Preferences"' \
+    "Chromium's \"Preload pages\" or default zoom was undone"
+for profile in "$firefox_profile" "$firefox_absolute"; do
+    check '[ "$(sql "$profile/content-prefs.sqlite" "SELECT value FROM prefs WHERE groupID IS NULL")" = 1.5 ]' \
+        "Firefox's global zoom in $profile was undone"
+done
 check 'grep -q kept.example "$chromium_data/Default/Bookmarks"' "Chromium's bookmark is gone"
 check '[ "$(sql "$chromium_data/Default/Login Data" "SELECT count(*) FROM logins WHERE username_value = '"'me'"'")" = 1 ]' \
     "Chromium's saved password is gone"
@@ -126,5 +174,5 @@ if [ $fail != 0 ]; then
     echo "--- agent log"; cat "$work/agent.log"
 fi
 rm -rf "$chromium_data" "$chromium_cache" "$home/.mozilla" "$home/.cache/mozilla" "$home/.config/corvella" \
-    "$home/Downloads"
+    "$home/Downloads" "$elsewhere"
 exit $fail
