@@ -2,6 +2,7 @@
 //   node browse.js visit  chromium|firefox PROFILE DOWNLOADS  -- leaves every trace of the test site
 //   node browse.js open   chromium|firefox PROFILE            -- opens a blank page and quits
 //   node browse.js reopen chromium|firefox PROFILE            -- opens a page of another site, prints its title
+//   node browse.js restore firefox PROFILE                    -- starts with the last session, prints each tab's URL
 // Exits non-zero with a message when the browser cannot be driven.
 'use strict';
 const puppeteer = require('puppeteer-core');
@@ -10,7 +11,7 @@ const site = require('./site');
 const [command, browserName, profile, downloads] = process.argv.slice(2);
 const HOST = 'corvella-trail.localhost';
 
-function launch() {
+function launch(extraPrefs = {}) {
     if (browserName === 'chromium')
         return puppeteer.launch({
             executablePath: '/usr/bin/chromium',
@@ -30,6 +31,7 @@ function launch() {
             'browser.download.always_ask_before_handling_new_types': false,
             'browser.helperApps.neverAsk.saveToDisk': 'text/plain',
             'signon.rememberSignons': true,
+            ...extraPrefs,
         },
     });
 }
@@ -59,10 +61,15 @@ async function visit(browser) {
 }
 
 (async () => {
-    const browser = await launch();
+    // Restoring: the last session comes back as Firefox's "open previous windows and tabs" does it.
+    const browser = await launch(command === 'restore' ? {'browser.startup.page': 3} : {});
     try {
         if (command === 'visit') {
             await visit(browser);
+        } else if (command === 'restore') {
+            await new Promise(resolve => setTimeout(resolve, 3000));
+            for (const page of await browser.pages())
+                console.log(page.url());
         } else if (command === 'reopen') {
             const page = await browser.newPage();
             await page.goto('data:text/html,<title>reopened</title>', {waitUntil: 'load'});

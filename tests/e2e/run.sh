@@ -110,6 +110,18 @@ for profile in "$firefox_profile" "$firefox_absolute"; do
         INSERT INTO settings (name) VALUES ('browser.content.full-zoom');
         INSERT INTO prefs (groupID, settingID, value, timestamp) VALUES (NULL, last_insert_rowid(), 1.5, 0);"
 done
+# A pinned tab beside a tab of the site in Firefox's last session: "history" keeps only the pinned one.
+as_user python3 - "$firefox_profile/sessionstore.jsonlz4" <<'PY'
+import json, struct, sys
+import lz4.block
+tab = lambda url, pinned: {"entries": [{"url": url, "title": url}], "index": 1, "pinned": pinned,
+                           "hidden": False, "attributes": {}}
+session = {"version": ["sessionrestore", 1], "selectedWindow": 1, "_closedWindows": [], "global": {},
+           "session": {"lastUpdate": 1}, "windows": [{"selected": 1, "_closedTabs": [], "tabs": [
+               tab("about:robots", True), tab("http://corvella-trail.localhost/pinned-no-more", False)]}]}
+data = json.dumps(session).encode()
+open(sys.argv[1], "wb").write(b"mozLz40\0" + struct.pack("<I", len(data)) + lz4.block.compress(data, store_size=False))
+PY
 chromium_before=$(traces "$chromium_data" "$chromium_cache" | wc -l)
 firefox_before=$(traces "$firefox_data" "$firefox_cache" | wc -l)
 absolute_before=$(traces "$firefox_absolute" | wc -l)
@@ -168,6 +180,8 @@ while IFS= read -r -d '' file; do
         check 'python3 -m json.tool "$file" > /dev/null 2>&1' "$file is no longer JSON"
     fi
 done < <(find "$chromium_data" "$firefox_data" -type f -print0)
+restored=$(browse restore firefox "$firefox_profile")
+check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pinned tab after the clean: $restored"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
 check '[ "$(browse reopen firefox "$firefox_profile" | tail -n 1)" = reopened ]' "Firefox cannot open its cleaned profile"
 if [ $fail != 0 ]; then
