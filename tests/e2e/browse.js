@@ -3,12 +3,15 @@
 //   node browse.js open   chromium|firefox PROFILE            -- opens a blank page and quits
 //   node browse.js reopen chromium|firefox PROFILE            -- opens a page of another site, prints its title
 //   node browse.js restore firefox PROFILE                    -- starts with the last session, prints each tab's URL
+//   node browse.js keep|read chromium PROFILE EXTENSION       -- with the unpacked extension: keeps a value in
+//                                                               its storage and IndexedDB, or prints them
 // Exits non-zero with a message when the browser cannot be driven.
 'use strict';
 const puppeteer = require('puppeteer-core');
 const site = require('./site');
 
 const [command, browserName, profile, downloads] = process.argv.slice(2);
+const extension = command === 'keep' || command === 'read' ? downloads : null;
 const HOST = 'corvella-trail.localhost';
 
 function launch(extraPrefs = {}) {
@@ -17,7 +20,8 @@ function launch(extraPrefs = {}) {
             executablePath: '/usr/bin/chromium',
             headless: true,
             userDataDir: profile,
-            args: ['--no-sandbox', '--disable-gpu', '--no-first-run'],
+            args: ['--no-sandbox', '--disable-gpu', '--no-first-run',
+                   ...(extension ? [`--load-extension=${extension}`, `--disable-extensions-except=${extension}`] : [])],
         });
     return puppeteer.launch({
         browser: 'firefox',
@@ -66,6 +70,11 @@ async function visit(browser) {
     try {
         if (command === 'visit') {
             await visit(browser);
+        } else if (extension) {
+            const target = await browser.waitForTarget(
+                t => t.type() === 'service_worker' && t.url().startsWith('chrome-extension://'), {timeout: 15000});
+            const worker = await target.worker();
+            console.log(await worker.evaluate(command === 'keep' ? 'self.keep()' : 'self.read()'));
         } else if (command === 'restore') {
             await new Promise(resolve => setTimeout(resolve, 3000));
             for (const page of await browser.pages())

@@ -5,8 +5,8 @@
 # Afterwards no file in the browsers' data and cache folders names the site, the bookmarks and
 # passwords are there, every database passes its integrity check, every JSON file parses, and each
 # browser opens its cleaned profile and loads a page. A second Firefox profile outside Firefox's folder
-# (listed with an absolute path) is cleaned as well, and the settings the user made stay: Chromium's
-# "Preload pages" and default zoom, Firefox's global zoom and its chosen built-in search engine.
+# (listed with an absolute path) is cleaned as well, and what the user keeps stays: Chromium's "Preload
+# pages" and default zoom, Firefox's global zoom, an extension's values in Chromium, Firefox's pinned tab.
 # Usage: run.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -15,7 +15,7 @@ needs="/usr/bin/chromium /usr/bin/firefox-esr"
 [ -d "$here/node_modules/puppeteer-core" ] || { echo "SKIP: no tests/e2e/node_modules (make test runs npm ci)"; exit 77; }
 . "$here/../integration/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$work/"
-cp -r "$here/browse.js" "$here/site.js" "$here/node_modules" "$work/"
+cp -r "$here/browse.js" "$here/site.js" "$here/extension" "$here/node_modules" "$work/"
 chmod 777 "$work"
 
 chromium_data=$home/.config/chromium chromium_cache=$home/.cache/chromium
@@ -110,6 +110,9 @@ for profile in "$firefox_profile" "$firefox_absolute"; do
         INSERT INTO settings (name) VALUES ('browser.content.full-zoom');
         INSERT INTO prefs (groupID, settingID, value, timestamp) VALUES (NULL, last_insert_rowid(), 1.5, 0);"
 done
+# An extension keeps values in its storage and IndexedDB; all twelve categories must leave them.
+kept=$(browse keep chromium "$chromium_data" "$work/extension" | tail -n 1)
+check '[ "$kept" = kept ]' "the extension could not keep its values: $kept"
 # A pinned tab beside a tab of the site in Firefox's last session: "history" keeps only the pinned one.
 as_user python3 - "$firefox_profile/sessionstore.jsonlz4" <<'PY'
 import json, struct, sys
@@ -180,6 +183,8 @@ while IFS= read -r -d '' file; do
         check 'python3 -m json.tool "$file" > /dev/null 2>&1' "$file is no longer JSON"
     fi
 done < <(find "$chromium_data" "$firefox_data" -type f -print0)
+read=$(browse read chromium "$chromium_data" "$work/extension" | tail -n 1)
+check '[ "$read" = yes/yes ]' "Chromium's extension lost what it kept (storage/IndexedDB: $read)"
 restored=$(browse restore firefox "$firefox_profile")
 check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pinned tab after the clean: $restored"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
