@@ -132,6 +132,9 @@ bool DesktopFace::eventFilter(QObject* watched, QEvent* event)
 
 DesktopFace::~DesktopFace()
 {
+    // The window hides as it goes, after the popovers have gone: nothing may close them then.
+    qApp->removeEventFilter(this);
+    disconnect(qApp, nullptr, this, nullptr);
     delete m_warningController.data();
     delete m_syncAlert.data();
 }
