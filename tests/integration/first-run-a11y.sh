@@ -13,11 +13,7 @@ cp "$bin_dir/corvella" "$integration_dir/first-run-a11y.py" "$work/"
 rm -rf "$home/.config/corvella" "$home/.config/autostart"
 chmod 777 "$work" # the agent writes its log there
 
-display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 1366x768x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb=$!
-on_exit='kill $xvfb 2>/dev/null'
-sleep 1
+start_xvfb 1366x768
 
 cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash

@@ -40,3 +40,17 @@ as_user() {
 # check CONDITION MESSAGE: prints the message and marks the test failed when the condition is false.
 fail=0
 check() { if ! eval "$1"; then echo "FAIL: $2"; fail=1; fi; }
+
+# start_xvfb WIDTHxHEIGHT: an X server on a display no other program uses (Xvfb picks it and says
+# which), in $display; it stops on exit, after $on_exit.
+start_xvfb() {
+    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp 3> "$work/xvfb.display" >/dev/null 2>&1 &
+    xvfb=$!
+    on_exit="kill $xvfb 2>/dev/null; ${on_exit:-}"
+    for _ in $(seq 100); do
+        [ -s "$work/xvfb.display" ] && break
+        sleep 0.1
+    done
+    display=:$(head -n 1 "$work/xvfb.display")
+    [ "$display" != : ] || { echo "FAIL: Xvfb did not start"; exit 1; }
+}

@@ -28,11 +28,7 @@ install -d -o "$user" "$home/.config/corvella"
 settings false
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null # granted before: no panel at launch
 
-display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb=$!
-on_exit='kill $xvfb 2>/dev/null'
-sleep 1
+start_xvfb 1024x768
 
 cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash
