@@ -148,7 +148,7 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
 
 // Pointing shows the popover without taking the keyboard from the window; settings take it. Not a
 // grabbing popup: a click on the tile whose settings are open must reach the tile (it deactivates
-// the browser), so the window closes the popover on other clicks itself.
+// the browser), so the face closes the popover on other presses itself.
 void BrowserPopover::present(bool takesKeyboard, QWidget* anchor)
 {
     m_anchor = anchor;

@@ -102,10 +102,13 @@ void DesktopFace::closePopovers()
 // its popover), as does the window going away or a dialog opening, which they must never cover.
 bool DesktopFace::eventFilter(QObject* watched, QEvent* event)
 {
+    const QEvent::Type type = event->type();
+    if (type != QEvent::MouseButtonPress && type != QEvent::Show && type != QEvent::Hide)
+        return false; // every event of the application passes here: the others at once
     auto* widget = qobject_cast<QWidget*>(watched);
     if (!widget)
         return false;
-    switch (event->type()) {
+    switch (type) {
     case QEvent::MouseButtonPress: {
         const QWidget* window = widget->window();
         const bool onTile = widget->parentWidget() == m_mainWindow->collectionView();
