@@ -93,12 +93,9 @@ QString configFolder(const QString& home)
     return configured.startsWith(QLatin1Char('/')) ? configured : home + QStringLiteral("/.config");
 }
 
-QString protectionSummary(UserDefaults& defaults)
+QString protectionSummary(UserDefaults& defaults, const BrowserCatalogue& catalogue)
 {
-    QStringList activated;
-    for (const QVariant& id : defaults.arrayForKey(SettingsKeys::enabledBrowsers))
-        activated.append(BrowserCatalogue::browserForID(id.toString()));
-    activated.removeAll(QString());
+    const QStringList activated = catalogue.enabledBrowserKeys();
     if (activated.isEmpty())
         return AgentMain::tr("no browser is activated yet");
     return (defaults.boolForKey(SettingsKeys::isRunning) ? AgentMain::tr("protection is on for %1")
@@ -207,7 +204,7 @@ int main(int argc, char* argv[])
     print(QStringLiteral("corvella: ") + (delegate.openedFromLogin()
                                               ? AgentMain::tr("running (started at login); %1. Settings: %2")
                                               : AgentMain::tr("running; %1. Settings: %2"))
-                                             .arg(protectionSummary(defaults), settingsFile));
+                                             .arg(protectionSummary(defaults, catalogue), settingsFile));
 
     // Started by the desktop to open a URL, with no agent running yet.
     if (arguments.size() > 1)

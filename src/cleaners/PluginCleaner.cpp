@@ -12,7 +12,7 @@ void PluginCleaner::removeFlash(const QString& browser)
         clearChromeFlash(browser);
         return;
     }
-    m_services.sandbox.remove(QStringLiteral("~/Library/Preferences/Macromedia/Flash Player"));
+    m_services.sandbox.remove(flashFolder);
 }
 
 void PluginCleaner::clearChromeFlash(const QString& browser)
@@ -25,5 +25,5 @@ void PluginCleaner::clearChromeFlash(const QString& browser)
 
 void PluginCleaner::removeSilverlight()
 {
-    m_services.sandbox.remove(QStringLiteral("~/Library/Application Support/Microsoft/Silverlight"));
+    m_services.sandbox.remove(silverlightFolder);
 }

@@ -10,6 +10,11 @@
 class PluginCleaner
 {
 public:
+    // The shared plug-in folders, as reference paths.
+    static inline const QString flashFolder = QStringLiteral("~/Library/Preferences/Macromedia/Flash Player");
+    static inline const QString silverlightFolder =
+        QStringLiteral("~/Library/Application Support/Microsoft/Silverlight");
+
     explicit PluginCleaner(const CleanerServices& services);
 
     void removeFlash(const QString& browser);

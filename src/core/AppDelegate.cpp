@@ -1,5 +1,6 @@
 #include "core/AppDelegate.h"
 
+#include "cleaners/PluginCleaner.h"
 #include "core/BrowserCatalogue.h"
 #include "core/CloudSync.h"
 #include "core/RemovalQueue.h"
@@ -173,6 +174,11 @@ bool AppDelegate::isActivated(const QString& browser) const
     return m_services.catalogue.checkIfBrowserEnabled(browser);
 }
 
+QStringList AppDelegate::activatedBrowsers() const
+{
+    return m_services.catalogue.enabledBrowserKeys();
+}
+
 bool AppDelegate::isRunning() const
 {
     return m_defaults.boolForKey(SettingsKeys::isRunning);
@@ -280,11 +286,9 @@ bool AppDelegate::offersCategory(const QString& browser, const QString& category
 {
     if (category == QLatin1String("searchEngines"))
         return browser != BrowserCatalogue::safari;
-    const QString folder = category == QLatin1String("flash")
-                               ? QStringLiteral("~/Library/Preferences/Macromedia/Flash Player")
-                           : category == QLatin1String("silverlight")
-                               ? QStringLiteral("~/Library/Application Support/Microsoft/Silverlight")
-                               : QString();
+    const QString folder = category == QLatin1String("flash")         ? PluginCleaner::flashFolder
+                           : category == QLatin1String("silverlight") ? PluginCleaner::silverlightFolder
+                                                                      : QString();
     return folder.isEmpty() || (hasHomeAccess() && m_services.sandbox.fileExists(folder));
 }
 
@@ -407,13 +411,14 @@ void AppDelegate::clearData(const QString& browser, bool andNotify)
         run.hasAccess = [this] { return hasHomeAccess(); };
         const RunOutcome outcome = RemovalRun::perform(
             browser, [this] { return m_settingsController.content(); }, run);
-        if (outcome.status == RunOutcome::Done)
-            recordCleaned(browser);
-        if (outcome.status == RunOutcome::NoAccess)
+        if (outcome.status == RunOutcome::NoAccess) {
             tellAccessIsMissing(browser);
-        else if (outcome.status == RunOutcome::Done && andNotify)
-            displayNotificationWithTitle(QStringLiteral("Corvella"),
-                                         RemovalRun::notificationText(browser, outcome.labels));
+        } else if (outcome.status == RunOutcome::Done) {
+            recordCleaned(browser);
+            if (andNotify)
+                displayNotificationWithTitle(QStringLiteral("Corvella"),
+                                             RemovalRun::notificationText(browser, outcome.labels));
+        }
     });
 }
 

@@ -152,6 +152,7 @@ public:
     UserDefaults& defaults() const { return m_defaults; }
     bool isValid() const { return m_isValid; }
     bool isActivated(const QString& browser) const;
+    QStringList activatedBrowsers() const;
     bool openedFromLogin() const { return m_openedFromLogin; }
     // The registration of the login helper; none until start at login was first wanted.
     StartAtLoginController* loginController() const { return m_loginController.get(); }

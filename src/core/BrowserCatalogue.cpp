@@ -117,6 +117,15 @@ bool BrowserCatalogue::checkIfBrowserEnabled(const QString& browser) const
     return m_defaults.arrayForKey(SettingsKeys::enabledBrowsers).contains(browserIDFor(browser));
 }
 
+QStringList BrowserCatalogue::enabledBrowserKeys() const
+{
+    QStringList keys;
+    for (const QVariant& id : m_defaults.arrayForKey(SettingsKeys::enabledBrowsers))
+        keys.append(browserForID(id.toString()));
+    keys.removeAll(QString());
+    return keys;
+}
+
 QStringList BrowserCatalogue::browserContentArray()
 {
     const QStringList installed = checkForInstalledBrowsers();

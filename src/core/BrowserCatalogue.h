@@ -63,6 +63,8 @@ public:
     // The bundle identifiers of the installed browsers, in detection order; asked anew each time.
     QStringList checkForInstalledBrowsers();
     bool checkIfBrowserEnabled(const QString& browser) const;
+    // The keys of the activated browsers ("enabledBrowsers"), in its order; unknown identifiers left out.
+    QStringList enabledBrowserKeys() const;
     QStringList browserContentArray();
     // The reaction to a change among the installed applications: a second later, drops every
     // browser that is no longer installed from "enabledBrowsers" and announces the new tiles.

@@ -1,9 +1,6 @@
 #include "ui/DesktopFace.h"
 
 #include "core/AppDelegate.h"
-#include "core/BrowserCatalogue.h"
-#include "platform/SettingsKeys.h"
-#include "platform/UserDefaults.h"
 #include "ui/BringToFront.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
@@ -221,12 +218,9 @@ void DesktopFace::openFileWarningView()
 void DesktopFace::showMenuBarItem(bool show)
 {
     QStringList lastCleaned;
-    for (const QVariant& id : m_delegate.defaults().arrayForKey(SettingsKeys::enabledBrowsers)) {
-        const QString browser = BrowserCatalogue::browserForID(id.toString());
-        if (!browser.isEmpty())
-            lastCleaned.append(
-                tr("%1: %2").arg(browser, BrowserPopover::lastCleanedText(m_delegate.lastCleaned(browser))));
-    }
+    for (const QString& browser : m_delegate.activatedBrowsers())
+        lastCleaned.append(
+            tr("%1: %2").arg(browser, BrowserPopover::lastCleanedText(m_delegate.lastCleaned(browser))));
     m_statusItem->showMenuBarItem(show && m_trayAvailable, m_delegate.isRunning(), m_delegate.isValid(),
                                   m_delegate.hasHomeAccess(), lastCleaned);
     // The agent is never out of reach: without a tray item the window is in the task bar and shown.

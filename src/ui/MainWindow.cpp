@@ -122,7 +122,8 @@ void MainWindow::openWindow()
 void MainWindow::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const bool dark = QApplication::palette().color(QPalette::Window).lightness() < 128; // the theme's, not ours
+    const bool dark =
+        QApplication::palette().color(QPalette::Window).lightness() < 128; // the theme's, not ours
     QLinearGradient gradient(0, 0, width(), height());
     gradient.setColorAt(0, dark ? QColor(0x1d, 0x2b, 0x3a) : QColor(0x2d, 0x5f, 0x8a));
     gradient.setColorAt(1, dark ? QColor(0x2a, 0x1f, 0x3d) : QColor(0x4b, 0x3f, 0x8c));

@@ -106,7 +106,6 @@ void StatusItem::showMenuBarItem(bool show, bool isRunning, bool anyBrowserActiv
     const QString state = !hasAccess  ? tr("Corvella has no access to your home folder")
                           : isRunning ? tr("Corvella is Enabled")
                                       : tr("Corvella is Disabled");
-    m_trayIcon->setToolTip(
-        QStringList{state, lastCleaned.join(QLatin1Char('\n'))}.join(QLatin1Char('\n')).trimmed());
+    m_trayIcon->setToolTip((QStringList{state} + lastCleaned).join(QLatin1Char('\n')));
     m_trayIcon->show();
 }
