@@ -1,5 +1,6 @@
 #include "cleaners/CurrentLayouts.h"
 
+#include "cleaners/ChromiumSession.h"
 #include "cleaners/FirefoxSession.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
@@ -58,6 +59,26 @@ void keepPinnedTabs(const CleanerServices& services, const QString& path)
         services.sandbox.write(*pinned, path);
     else
         services.sandbox.remove(path);
+}
+
+// The sessions go with history, but for their pinned tabs, which the browser restores when it continues
+// where the user left off; the recently closed tabs ("Tabs_<time>") and everything else there go.
+void keepPinnedChromiumTabs(const CleanerServices& services, const QString& folder)
+{
+    Sandbox& sandbox = services.sandbox;
+    for (const QString& name : sandbox.folderContentsOf(folder)) {
+        const std::optional<QString> path = sandbox.childPath(folder, name);
+        if (!path)
+            continue;
+        const std::optional<QByteArray> session =
+            name.startsWith(u"Session_"_s) ? sandbox.dataWithContentsOfFile(*path) : std::nullopt;
+        const std::optional<QByteArray> pinned =
+            session ? ChromiumSession::withOnlyPinnedTabs(*session) : std::nullopt;
+        if (pinned)
+            sandbox.write(*pinned, *path);
+        else
+            sandbox.remove(*path);
+    }
 }
 
 // The sites' service workers, the extensions' kept: their registrations, the caches they filled
@@ -129,7 +150,7 @@ const QList<Step>& steps()
         {Family::Firefox, "databases", "storage/ls-archive.sqlite", {}},
         {Family::Firefox, "databases", "storage.sqlite", {}},
         {Family::Firefox, "databases", "serviceworker.txt", {}},
-        {Family::Chromium, "history", "Sessions"},
+        {Family::Chromium, "history", "Sessions", {}, {}, nullptr, keepPinnedChromiumTabs},
         {Family::Chromium, "history", "Sessions_Encrypted"},
         {Family::Chromium, "history",
          "History Index ????"

@@ -4,15 +4,22 @@
 //   node browse.js reopen chromium|firefox PROFILE            -- opens a page of another site, prints its title
 //   node browse.js restore firefox PROFILE                    -- starts with the last session, prints each tab's URL
 //   node browse.js keep|read chromium PROFILE EXTENSION       -- with the unpacked extension: keeps a value in
-//                                                               its storage and IndexedDB, or prints them
+//                                                               its storage and IndexedDB and pins a tab, or
+//                                                               prints them and the pinned tabs
+//   node browse.js keep|read firefox PROFILE                  -- the same with the add-on installed in the
+//                                                               profile (extensions/kept@corvella.test.xpi)
 // Exits non-zero with a message when the browser cannot be driven.
 'use strict';
 const puppeteer = require('puppeteer-core');
 const site = require('./site');
 
 const [command, browserName, profile, downloads] = process.argv.slice(2);
-const extension = command === 'keep' || command === 'read' ? downloads : null;
+const asksExtension = command === 'keep' || command === 'read';
+const extension = asksExtension ? downloads : null; // Chromium's unpacked extension
 const HOST = 'corvella-trail.localhost';
+// The add-on's folder in Firefox's storage is named by this id, which every start is told: the profile's
+// prefs.js, where Firefox would keep it, is put back as it was when the browser closes.
+const ADDON_UUID = '6d1c2a52-8d4e-4b8a-9a57-3f1e0c6b7a10';
 
 function launch(extraPrefs = {}) {
     if (browserName === 'chromium')
@@ -35,6 +42,10 @@ function launch(extraPrefs = {}) {
             'browser.download.always_ask_before_handling_new_types': false,
             'browser.helperApps.neverAsk.saveToDisk': 'text/plain',
             'signon.rememberSignons': true,
+            // The test's add-on, unsigned, installed by placing it in the profile.
+            'xpinstall.signatures.required': false,
+            'extensions.autoDisableScopes': 0,
+            'extensions.webextensions.uuids': JSON.stringify({'kept@corvella.test': ADDON_UUID}),
             ...extraPrefs,
         },
     });
@@ -70,11 +81,17 @@ async function visit(browser) {
     try {
         if (command === 'visit') {
             await visit(browser);
-        } else if (extension) {
+        } else if (asksExtension && browserName === 'chromium') {
             const target = await browser.waitForTarget(
                 t => t.type() === 'service_worker' && t.url().startsWith('chrome-extension://'), {timeout: 15000});
             const worker = await target.worker();
-            console.log(await worker.evaluate(command === 'keep' ? 'self.keep()' : 'self.read()'));
+            console.log(await worker.evaluate(command === 'keep' ? `self.pin('http://${HOST}/not-pinned').then(self.keep)`
+                                                                 : 'self.read().then(async v => v + "/" + await self.pinned())'));
+        } else if (asksExtension) {
+            const page = await browser.newPage();
+            await page.goto(`about:blank#corvella-${command}`);
+            await page.waitForFunction(() => location.hash.startsWith('#values='), {timeout: 15000});
+            console.log(decodeURIComponent(new URL(page.url()).hash.slice('#values='.length)));
         } else if (command === 'restore') {
             await new Promise(resolve => setTimeout(resolve, 3000));
             for (const page of await browser.pages())

@@ -66,6 +66,49 @@ QVariant plist(const QString& path)
                                           : QVariant();
 }
 
+
+// Chromium's session files, as the browser writes them: "SNSS", a version, then commands (a 16-bit
+// size, an id, a payload of 32-bit numbers or a "pickle": its size, then numbers and padded strings).
+QByteArray ints(std::initializer_list<qint32> values)
+{
+    QByteArray bytes;
+    for (const qint32 value : values)
+        bytes.append(reinterpret_cast<const char*>(&value), 4);
+    return bytes;
+}
+
+QByteArray snssCommand(quint8 id, const QByteArray& payload)
+{
+    const quint16 size = quint16(payload.size() + 1);
+    return QByteArray(reinterpret_cast<const char*>(&size), 2) + char(id) + payload;
+}
+
+QByteArray pickleString(const QByteArray& text)
+{
+    return ints({qint32(text.size())}) + text + QByteArray((4 - text.size() % 4) % 4, '\0');
+}
+
+// A page of a tab's history: its address, saved page state, referrer, whether data was posted.
+QByteArray navigation(qint32 tab, qint32 index, const QByteArray& url, const QByteArray& state = "s",
+                      const QByteArray& referrer = "", bool posted = true)
+{
+    const QByteArray body = ints({tab, index}) + pickleString(url) + ints({0}) + pickleString(state) +
+                            ints({0, posted}) + pickleString(referrer) + ints({2}) + pickleString(url) +
+                            ints({0, 7, 7, 0, 200});
+    return ints({qint32(body.size())}) + body;
+}
+
+QList<std::pair<int, QByteArray>> snssCommands(const QByteArray& file)
+{
+    QList<std::pair<int, QByteArray>> commands;
+    for (qsizetype at = 8; at + 3 <= file.size();) {
+        const quint16 size = *reinterpret_cast<const quint16*>(file.constData() + at);
+        commands.append({quint8(file.at(at + 2)), file.mid(at + 3, size - 1)});
+        at += 2 + size;
+    }
+    return commands;
+}
+
 } // namespace
 
 class TestHistoryCleaner : public QObject
@@ -90,6 +133,8 @@ private slots:
     void firefoxSitePreferencesGoGlobalOnesStay();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
     void firefoxSessionKeepsOnlyItsPinnedTabs();
+    void chromiumSessionKeepsOnlyItsPinnedTabs_data();
+    void chromiumSessionKeepsOnlyItsPinnedTabs();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
 
@@ -508,6 +553,63 @@ void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs()
     QVERIFY(tab[u"pinned"_s].toBool());
     QCOMPARE(kept[u"windows"_s][0][u"width"_s].toInt(), 1200);
     QCOMPARE(kept.contains(u"cookies"_s), !cookiesChosen);
+}
+
+void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs_data()
+{
+    QTest::addColumn<qint32>("version");
+    QTest::addColumn<QByteArray>("after"); // commands after the session's own
+    QTest::addColumn<bool>("kept");
+    QTest::newRow("a pinned tab") << 3 << QByteArray() << true;
+    QTest::newRow("a pinned tab, a file without the end-of-state marker") << 1 << QByteArray() << true;
+    QTest::newRow("the pinned tab was unpinned") << 3 << snssCommand(12, ints({11, 0})) << false;
+    QTest::newRow("the pinned tab was closed") << 3 << snssCommand(16, ints({11, 0, 0})) << false;
+    QTest::newRow("its window was closed") << 3 << snssCommand(17, ints({1, 0, 0})) << false;
+    QTest::newRow("an encrypted session") << 2 << QByteArray() << false;
+}
+
+// The browser restores the last session when it continues where the user left off: history takes
+// every other tab and window, the pinned tab's back history, its form values and referrer; the pinned
+// tab stays at its current page.
+void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs()
+{
+    QFETCH(qint32, version);
+    QFETCH(QByteArray, after);
+    QFETCH(bool, kept);
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    F::localState(home, kChrome, {u"Default"_s});
+    // Window 1 holds tab 11 (pinned: a login page, then the inbox) and tab 12; window 2 holds tab 21.
+    const QByteArray session =
+        "SNSS" + ints({version}) + snssCommand(9, ints({1, 0})) + snssCommand(8, ints({1, 1})) +
+        snssCommand(0, ints({1, 11})) + snssCommand(2, ints({11, 0})) + snssCommand(12, ints({11, 1})) +
+        snssCommand(6, navigation(11, 0, "https://mail.example/login", "typed-secret")) +
+        snssCommand(6, navigation(11, 1, "https://mail.example/inbox", "typed-secret", "https://ref.example/")) +
+        snssCommand(7, ints({11, 1})) + snssCommand(19, ints({40, 11}) + pickleString("storage-id")) +
+        snssCommand(0, ints({1, 12})) + snssCommand(2, ints({12, 1})) +
+        snssCommand(6, navigation(12, 0, "https://visited.example/")) + snssCommand(9, ints({2, 0})) +
+        snssCommand(0, ints({2, 21})) + snssCommand(12, ints({21, 0})) +
+        snssCommand(6, navigation(21, 0, "https://other.example/")) + snssCommand(255, {}) + after;
+    const QString sessions = kChrome + u"/Default/Sessions/"_s;
+    home.file(sessions + u"Session_13400000000000000"_s, session);
+    home.file(sessions + u"Tabs_13400000000000000"_s, "SNSS" + ints({3}) + "https://closed.example/");
+    clean(home, u"Google Chrome"_s, {u"history"_s});
+
+    QVERIFY(!home.exists(sessions + u"Tabs_13400000000000000"_s));
+    QCOMPARE(home.exists(sessions + u"Session_13400000000000000"_s), kept);
+    if (!kept)
+        return;
+    const QByteArray file = home.read(sessions + u"Session_13400000000000000"_s);
+    for (const char* gone : {"login", "visited.example", "other.example", "typed-secret", "ref.example", "storage-id"})
+        QVERIFY2(!file.contains(gone), gone);
+    const QList<std::pair<int, QByteArray>> commands = snssCommands(file);
+    const QList<std::pair<int, QByteArray>> expected{
+        {9, ints({1, 0})},     {8, ints({1, 1})},  {0, ints({1, 11})},
+        {2, ints({11, 0})},    {12, ints({11, 1})}, {7, ints({11, 0})},
+        {6, navigation(11, 0, "https://mail.example/inbox", "", "", false)}};
+    QCOMPARE(commands.mid(0, expected.size()), expected);
+    QCOMPARE(commands.size(), expected.size() + (version == 3 ? 1 : 0));
+    QCOMPARE(file.left(8), session.left(8));
 }
 
 void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data()
