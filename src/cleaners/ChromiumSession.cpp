@@ -207,6 +207,8 @@ std::optional<QByteArray> onlyPage(const QByteArray& navigation)
     appendInt32(body, referrerPolicy);
     appendString(body, url);
     body.append(navigation.mid(reader.position())); // user agent, time, status and the like
+    if (body.size() + 4 >= std::numeric_limits<quint16>::max())
+        return std::nullopt; // the address twice would not fit in a command
     QByteArray pickle;
     appendInt32(pickle, qint32(body.size()));
     return pickle + body;
@@ -217,8 +219,9 @@ struct Tab
     std::optional<qint32> window;
     bool pinned = false;
     bool closed = false;
-    qint32 selected = 0;
-    std::map<qint32, QByteArray> navigations; // by their place in the tab's history
+    // Places in the tab's history; wide, so that no command's numbers can overflow them.
+    qint64 selected = 0;
+    std::map<qint64, QByteArray> navigations; // by their place
     QList<Command> kept;
 
     // The page the tab shows: the selected one, else the nearest after it, else the last.
@@ -231,16 +234,18 @@ struct Tab
     }
 
     // The history from `from` on moves `by` places toward its start.
-    void shift(qint32 from, qint32 by)
+    void shift(qint64 from, qint64 by)
     {
-        std::map<qint32, QByteArray> moved;
+        std::map<qint64, QByteArray> moved;
         for (auto& [index, navigation] : navigations)
             moved.emplace(index >= from ? index - by : index, std::move(navigation));
         navigations = std::move(moved);
     }
 
-    void erase(qint32 from, qint32 to)
+    void erase(qint64 from, qint64 to)
     {
+        if (from >= to)
+            return; // a count below one in a command
         navigations.erase(navigations.lower_bound(from), navigations.lower_bound(to));
     }
 };
@@ -255,8 +260,8 @@ struct Window
 void replay(const Command& command, Tab& tab)
 {
     const QByteArray& p = command.payload;
-    const qint32 first = int32At(p, 4).value_or(0); // the number after the tab's id
-    const qint32 second = int32At(p, 8).value_or(0);
+    const qint64 first = int32At(p, 4).value_or(0); // the number after the tab's id
+    const qint64 second = int32At(p, 8).value_or(0);
     switch (command.id) {
     case SetTabWindow:
         tab.window = int32At(p, 0);
@@ -275,10 +280,10 @@ void replay(const Command& command, Tab& tab)
         tab.selected = first;
         return;
     case TabNavigationPrunedFromBack:
-        tab.erase(first, std::numeric_limits<qint32>::max());
+        tab.erase(first, std::numeric_limits<qint64>::max());
         return;
     case TabNavigationPrunedFromFront:
-        tab.erase(std::numeric_limits<qint32>::min(), first);
+        tab.erase(std::numeric_limits<qint64>::min(), first);
         tab.shift(first, first);
         tab.selected -= first;
         return;
