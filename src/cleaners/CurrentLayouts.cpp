@@ -104,6 +104,29 @@ void removeSiteWorkers(const CleanerServices& services, const QString& folder)
     }
 }
 
+// The storage buckets ("WebStorage/<id>/", named in its "QuotaManager" database by their origin): the
+// sites' go, folders and rows, the extensions' own stay. Partitioned keys ("…^0<top-level site>") are a
+// site's. Without a database to name them, every bucket goes.
+void keepExtensionBuckets(const CleanerServices& services, const QString& folder)
+{
+    Sandbox& sandbox = services.sandbox;
+    const QString quotaManager = folder + u"/QuotaManager"_s;
+    const QString extensions =
+        u"storage_key LIKE 'chrome-extension://%' AND instr(storage_key, '^') = 0"_s;
+    QStringList kept;
+    const std::optional<QList<QVariantMap>> rows =
+        sandbox.returnArrayFromSql(u"SELECT id FROM buckets WHERE "_s + extensions, quotaManager);
+    for (const QVariantMap& row : rows.value_or(QList<QVariantMap>()))
+        kept.append(row.value(u"id"_s).toString());
+    for (const QString& name : sandbox.folderContentsOf(folder)) {
+        if (name.startsWith(u"QuotaManager"_s) || kept.contains(name))
+            continue;
+        if (const std::optional<QString> path = sandbox.childPath(folder, name))
+            sandbox.remove(*path);
+    }
+    sandbox.runSqlThenVacuum({u"DELETE FROM buckets WHERE NOT ("_s + extensions + u')'}, quotaManager);
+}
+
 const QList<Step>& steps()
 {
     static const QList<Step> table{
@@ -121,7 +144,7 @@ const QList<Step>& steps()
         {Family::Chromium, "databases", "Session Storage", {}},
         {Family::Chromium, "databases", "File System", {}},
         {Family::Chromium, "databases", "blob_storage", {}},
-        {Family::Chromium, "databases", "WebStorage", {}},
+        {Family::Chromium, "databases", "WebStorage", {}, {}, nullptr, keepExtensionBuckets},
         {Family::Chromium, "databases", "SharedStorage", {}},
         {Family::Chromium, "databases", "InterestGroups", {}},
         {Family::Chromium, "databases", "BrowsingTopicsSiteData", {}},

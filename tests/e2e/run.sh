@@ -196,8 +196,8 @@ while IFS= read -r -d '' file; do
     fi
 done < <(find "$chromium_data" "$firefox_data" -type f -print0)
 read=$(browse read chromium "$chromium_data" "$work/extension" | tail -n 1)
-check '[ "$read" = yes/yes/about:blank#kept-pinned ]' \
-    "Chromium's extension lost what it kept, or the pinned tab did not come back (storage/IndexedDB/pinned: $read)"
+check '[ "$read" = yes/yes/yes/about:blank#kept-pinned ]' \
+    "Chromium's extension lost what it kept, or the pinned tab did not come back (storage/IndexedDB/bucket/pinned: $read)"
 restored=$(browse restore firefox "$firefox_profile")
 check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pinned tab after the clean: $restored"
 # (After the restore: a start that does not restore the session writes one without the pinned tab.)

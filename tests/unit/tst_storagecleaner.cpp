@@ -68,6 +68,8 @@ private slots:
     void firefoxScopesAndProfiles();
     void chromiumLocalStorageKeepsOnlyExtensionKeys();
     void serviceWorkersOfSitesGoThoseOfExtensionsStay();
+    void storageBucketsOfSitesGoThoseOfExtensionsStay_data();
+    void storageBucketsOfSitesGoThoseOfExtensionsStay();
 };
 
 void TestStorageCleaner::filters_data()
@@ -274,6 +276,45 @@ void TestStorageCleaner::serviceWorkersOfSitesGoThoseOfExtensionsStay()
     QVERIFY(!h.home.exists(workers + u"/ScriptCache/4cb013792b196a35_0"_s));
     QVERIFY(h.home.exists(workers + u"/CacheStorage/e6c8/index.txt"_s));
     QVERIFY(!h.home.exists(workers + u"/CacheStorage/8cd0"_s));
+}
+
+void TestStorageCleaner::storageBucketsOfSitesGoThoseOfExtensionsStay_data()
+{
+    QTest::addColumn<bool>("readable");
+    QTest::newRow("their database names each bucket's origin") << true;
+    QTest::newRow("no database to name them: every bucket goes") << false;
+}
+
+// Storage buckets, each in a folder by its id, named in the "QuotaManager" database as Chromium 156
+// writes it: the extension's default bucket (1), a site's bucket (2), the extension's bucket in a
+// site's frame (3: partitioned by that site), an unknown folder.
+void TestStorageCleaner::storageBucketsOfSitesGoThoseOfExtensionsStay()
+{
+    QFETCH(bool, readable);
+    StorageHome h;
+    h.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    const QString buckets = kOpera + u"/WebStorage"_s;
+    if (readable) {
+        F::database(h.home, buckets + u"/QuotaManager"_s,
+                    {u"CREATE TABLE buckets(id INTEGER PRIMARY KEY AUTOINCREMENT, storage_key TEXT NOT NULL, "
+                     "host TEXT NOT NULL, name TEXT NOT NULL)"_s,
+                     u"INSERT INTO buckets VALUES (1, 'chrome-extension://lcfj/', 'lcfj', '_default'), "
+                     "(2, 'http://clinic.example/', 'clinic.example', 'inbox'), "
+                     "(4, 'chrome-extension://lcfj/^0https://clinic.example', 'lcfj', 'framed'), "
+                     "(5, 'chrome-extension://lcfj/', 'lcfj', 'vault')"_s});
+    } else {
+        h.home.file(buckets + u"/QuotaManager"_s, "not a database: clinic.example");
+    }
+    for (const char* bucket : {"2/IndexedDB/indexeddb.leveldb/LOG", "4/CacheStorage/index.txt",
+                               "5/IndexedDB/indexeddb.leveldb/LOG", "9/x"})
+        h.home.file(buckets + u'/' + QLatin1String(bucket));
+    h.clean(u"Opera"_s);
+    QCOMPARE(h.home.exists(buckets + u"/5/IndexedDB/indexeddb.leveldb/LOG"_s), readable);
+    for (const char* gone : {"/2", "/4", "/9"})
+        QVERIFY2(!h.home.exists(buckets + QLatin1String(gone)), gone);
+    if (readable)
+        QCOMPARE(originsIn(h.home.path(buckets + u"/QuotaManager"_s), u"buckets"_s, u"id"_s),
+                 (QStringList{u"1"_s, u"5"_s}));
 }
 
 QTEST_GUILESS_MAIN(TestStorageCleaner)
