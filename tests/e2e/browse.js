@@ -6,6 +6,8 @@
 //   node browse.js keep|read chromium PROFILE EXTENSION       -- with the unpacked extension: keeps a value in
 //                                                               its storage and IndexedDB and pins a tab, or
 //                                                               prints them and the pinned tabs
+//   node browse.js search firefox PROFILE [ENGINE]           -- chooses the default search engine (by its id) in
+//                                                               Firefox's settings page, prints the default's id
 //   node browse.js keep|read firefox PROFILE                  -- the same with the add-on installed in the
 //                                                               profile (extensions/kept@corvella.test.xpi)
 // Exits non-zero with a message when the browser cannot be driven.
@@ -21,7 +23,7 @@ const HOST = 'corvella-trail.localhost';
 // prefs.js, where Firefox would keep it, is put back as it was when the browser closes.
 const ADDON_UUID = '6d1c2a52-8d4e-4b8a-9a57-3f1e0c6b7a10';
 
-function launch(extraPrefs = {}) {
+function launch(extraPrefs = {}, args = []) {
     if (browserName === 'chromium')
         return puppeteer.launch({
             executablePath: '/usr/bin/chromium',
@@ -35,6 +37,7 @@ function launch(extraPrefs = {}) {
         executablePath: '/usr/bin/firefox-esr',
         headless: true,
         userDataDir: profile,
+        args,
         extraPrefsFirefox: {
             'browser.download.folderList': 2,
             'browser.download.dir': downloads || '',
@@ -75,9 +78,27 @@ async function visit(browser) {
     }
 }
 
+// The default engine as the user chooses it, in the select of Firefox's search settings.
+async function searchEngine(browser, chosen) {
+    const page = await browser.newPage();
+    page.goto('about:preferences#search').catch(() => {}); // a settings page never reports its load
+    await page.waitForFunction(() => document.getElementById('defaultEngineNormal')?.value, {timeout: 15000});
+    return page.evaluate(async chosen => {
+        const select = document.getElementById('defaultEngineNormal');
+        if (chosen && select.value !== chosen) {
+            select.value = chosen;
+            select.dispatchEvent(new Event('change', {bubbles: true}));
+            await new Promise(resolve => setTimeout(resolve, 1000)); // the choice is saved meanwhile
+        }
+        return select.value;
+    }, chosen || '');
+}
+
 (async () => {
     // Restoring: the last session comes back as Firefox's "open previous windows and tabs" does it.
-    const browser = await launch(command === 'restore' ? {'browser.startup.page': 3} : {});
+    // Its settings pages open only to a remote control allowed into the browser's own pages.
+    const browser = await launch(command === 'restore' ? {'browser.startup.page': 3} : {},
+                                 command === 'search' ? ['--remote-allow-system-access'] : []);
     try {
         if (command === 'visit') {
             await visit(browser);
@@ -92,6 +113,8 @@ async function visit(browser) {
             await page.goto(`about:blank#corvella-${command}`);
             await page.waitForFunction(() => location.hash.startsWith('#values='), {timeout: 15000});
             console.log(decodeURIComponent(new URL(page.url()).hash.slice('#values='.length)));
+        } else if (command === 'search') {
+            console.log(await searchEngine(browser, downloads));
         } else if (command === 'restore') {
             await new Promise(resolve => setTimeout(resolve, 3000));
             for (const page of await browser.pages())

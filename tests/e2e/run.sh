@@ -6,7 +6,8 @@
 # passwords are there, every database passes its integrity check, every JSON file parses, and each
 # browser opens its cleaned profile and loads a page. A second Firefox profile outside Firefox's folder
 # (listed with an absolute path) is cleaned as well, and what the user keeps stays: Chromium's "Preload
-# pages" and default zoom, Firefox's global zoom, an extension's values in each browser, the pinned tabs.
+# pages" and default zoom, Firefox's global zoom and default search engine (chosen in its settings
+# page), an extension's values in each browser, the pinned tabs.
 # Usage: run.sh BIN_DIR   (exit 77: skipped)
 set -u
 bin_dir=$1
@@ -109,6 +110,8 @@ prefs.setdefault("partition", {})["default_zoom_level"] = {"x": 2.22390108574154
 prefs.setdefault("session", {})["restore_on_startup"] = 1  # "Continue where you left off"
 json.dump(prefs, open(path, "w"))
 PY
+chosen=$(browse search firefox "$firefox_profile" ddg | tail -n 1)
+check '[ "$chosen" = ddg ]' "Firefox's default search engine could not be chosen: $chosen"
 for profile in "$firefox_profile" "$firefox_absolute"; do
     sql "$profile/content-prefs.sqlite" "CREATE TABLE IF NOT EXISTS groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
         CREATE TABLE IF NOT EXISTS settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
@@ -203,6 +206,8 @@ check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pin
 # (After the restore: a start that does not restore the session writes one without the pinned tab.)
 read=$(browse read firefox "$firefox_profile" | tail -n 1)
 check '[ "$read" = yes/yes ]' "Firefox's add-on lost what it kept (storage/IndexedDB: $read)"
+chosen=$(browse search firefox "$firefox_profile" | tail -n 1)
+check '[ "$chosen" = ddg ]' "Firefox's chosen default search engine was undone: $chosen"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
 check '[ "$(browse reopen firefox "$firefox_profile" | tail -n 1)" = reopened ]' "Firefox cannot open its cleaned profile"
 if [ $fail != 0 ]; then
