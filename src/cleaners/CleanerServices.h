@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QStringList>
+
 class BrowserCatalogue;
 class Sandbox;
 class SystemLog;
@@ -12,4 +14,6 @@ struct CleanerServices
     BrowserCatalogue& catalogue;
     UserDefaults& defaults;
     SystemLog& log;
+    // Sites kept for this run beside the user's ("corvella-clean --keep").
+    QStringList keptForThisRun = {};
 };

@@ -1,7 +1,9 @@
 #include "cleaners/CookieCleaner.h"
 
 #include "cleaners/CurrentLayouts.h"
+#include "cleaners/KeptSites.h"
 #include "cleaners/Profiles.h"
+#include "cleaners/SiteRows.h"
 #include "core/BrowserCatalogue.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
@@ -9,6 +11,25 @@
 namespace {
 const QString kOriginBoundCerts = QStringLiteral("/Origin Bound Certs");
 } // namespace
+
+namespace KeptCookies {
+
+void chromium(const CleanerServices& services, const QString& database)
+{
+    const KeptSites kept = KeptSites::of(services);
+    if (kept.isEmpty()) {
+        services.sandbox.remove(database);
+        return;
+    }
+    // A partitioned cookie stays when its own host and the site it was set under are both kept.
+    SiteRows::keepOnly(services, database, QStringLiteral("cookies"), [&kept](const QVariantMap& row) {
+        const QString top = row.value(QStringLiteral("top_frame_site_key")).toString();
+        return kept.keepsHost(row.value(QStringLiteral("host_key")).toString()) &&
+               (top.isEmpty() || kept.keepsOrigin(top));
+    });
+}
+
+} // namespace KeptCookies
 
 CookieCleaner::CookieCleaner(const CleanerServices& services, HelperScripts& scripts)
     : m_services(services), m_scripts(scripts)
@@ -24,9 +45,22 @@ void CookieCleaner::removeCookies(const QString& browser)
     }
     if (browser == BrowserCatalogue::firefox) {
         // Every entry counts as a profile; removing what is not there does nothing.
+        const KeptSites kept = KeptSites::of(m_services);
         for (const QString& profile : Profiles::firefox(m_services)) {
-            sandbox.remove(profile + QStringLiteral("/cookies.sqlite"));
-            sandbox.remove(profile + QStringLiteral("/permissions.sqlite"));
+            const QString cookies = profile + QStringLiteral("/cookies.sqlite");
+            const QString permissions = profile + QStringLiteral("/permissions.sqlite");
+            if (kept.isEmpty()) {
+                sandbox.remove(cookies);
+                sandbox.remove(permissions);
+                continue;
+            }
+            SiteRows::keepOnly(m_services, cookies, QStringLiteral("moz_cookies"), [&kept](const QVariantMap& row) {
+                return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
+                       kept.keepsFirefoxAttributes(row.value(QStringLiteral("originAttributes")).toString());
+            });
+            SiteRows::keepOnly(m_services, permissions, QStringLiteral("moz_perms"), [&kept](const QVariantMap& row) {
+                return kept.keepsFirefoxOrigin(row.value(QStringLiteral("origin")).toString());
+            });
         }
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
         return;
@@ -36,7 +70,7 @@ void CookieCleaner::removeCookies(const QString& browser)
     // The channel identifiers' rows go before any cookie file.
     deleteChromeChannelID(browser);
     for (const QString& profile : Profiles::chromiumFamily(m_services, browser))
-        sandbox.remove(profile + QStringLiteral("/Cookies"));
+        KeptCookies::chromium(m_services, profile + QStringLiteral("/Cookies"));
     CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
 }
 

@@ -6,9 +6,14 @@
 
 class HelperScripts;
 
+namespace KeptCookies {
+// A Chromium-family cookie database ("Cookies", "Network/Cookies") with only the kept sites' rows.
+void chromium(const CleanerServices& services, const QString& database);
+} // namespace KeptCookies
+
 // Every cookie of a browser, in every profile Corvella knows of, and the channel identifiers that
-// Chromium-family browsers keep beside them. Nothing is kept: Firefox's per-site permissions go with
-// its cookies, on purpose.
+// Chromium-family browsers keep beside them; Firefox's per-site permissions go with its cookies. Only
+// the kept sites' cookies and permissions stay (without kept sites the files go whole).
 class CookieCleaner
 {
 public:

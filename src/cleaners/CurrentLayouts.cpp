@@ -1,6 +1,9 @@
 #include "cleaners/CurrentLayouts.h"
 
 #include "cleaners/ChromiumSession.h"
+#include "cleaners/CookieCleaner.h"
+#include "cleaners/KeptSites.h"
+#include "cleaners/SiteRows.h"
 #include "cleaners/FirefoxSession.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
@@ -39,7 +42,7 @@ struct Step
     const char* path;
     QStringList sql = {};                               // each statement, then "VACUUM;"
     QList<QStringList> jsonKeys = {};                   // each a path through nested objects
-    LevelDbStore::KeyFilter (*siteEntries)() = nullptr; // a fresh filter for each store
+    LevelDbStore::KeyFilter (*siteEntries)(const KeptSites&) = nullptr; // a fresh filter for each store
     void (*custom)(const CleanerServices&, const QString& path) = nullptr;
     Base base = Base::Profile;
 };
@@ -87,7 +90,8 @@ void removeSiteWorkers(const CleanerServices& services, const QString& folder)
 {
     Sandbox& sandbox = services.sandbox;
     const auto resources = std::make_shared<QSet<QByteArray>>();
-    sandbox.removeLevelDbKeys(folder + u"/Database"_s, SiteEntries::serviceWorkers(resources));
+    const KeptSites kept = KeptSites::of(services);
+    sandbox.removeLevelDbKeys(folder + u"/Database"_s, SiteEntries::serviceWorkers(kept, resources));
     for (const QByteArray& resource : std::as_const(*resources)) {
         const QString entry = folder + u"/ScriptCache/"_s + SiteEntries::scriptCacheEntry(resource);
         for (const char* stream : {"_0", "_1", "_s"})
@@ -99,38 +103,47 @@ void removeSiteWorkers(const CleanerServices& services, const QString& folder)
         const QByteArray index =
             cache ? sandbox.dataWithContentsOfFile(*cache + u"/index.txt"_s).value_or(QByteArray())
                   : QByteArray();
-        if (index.contains("://") && !index.contains("chrome-extension://"))
+        const qsizetype scheme = index.indexOf("://");
+        qsizetype origin = scheme;
+        while (origin > 0 && QChar::isLetter(index.at(origin - 1)))
+            --origin;
+        if (scheme >= 0 && !index.contains("chrome-extension://") &&
+            !kept.keepsOrigin(QString::fromUtf8(index.mid(origin))))
             sandbox.remove(*cache);
     }
 }
 
 // The storage buckets ("WebStorage/<id>/", named in its "QuotaManager" database by their origin): the
 // sites' go, folders and rows, the extensions' own stay. Partitioned keys ("…^0<top-level site>") are a
-// site's. Without a database to name them, every bucket goes.
+// site's; the kept sites' stay too. Without a database to name them, every bucket goes.
 void keepExtensionBuckets(const CleanerServices& services, const QString& folder)
 {
     Sandbox& sandbox = services.sandbox;
     const QString quotaManager = folder + u"/QuotaManager"_s;
-    const QString extensions =
-        u"storage_key LIKE 'chrome-extension://%' AND instr(storage_key, '^') = 0"_s;
-    QStringList kept;
-    const std::optional<QList<QVariantMap>> rows =
-        sandbox.returnArrayFromSql(u"SELECT id FROM buckets WHERE "_s + extensions, quotaManager);
-    for (const QVariantMap& row : rows.value_or(QList<QVariantMap>()))
-        kept.append(row.value(u"id"_s).toString());
+    const KeptSites sites = KeptSites::of(services);
+    const auto kept = [&sites](const QVariantMap& row) {
+        const QString key = row.value(u"storage_key"_s).toString();
+        return (key.startsWith(u"chrome-extension://"_s) && !key.contains(u'^')) || sites.keepsOrigin(key);
+    };
+    QStringList keptIds;
+    for (const QVariantMap& row : sandbox.returnArrayFromSql(u"SELECT id, storage_key FROM buckets"_s, quotaManager)
+                                      .value_or(QList<QVariantMap>())) {
+        if (kept(row))
+            keptIds.append(row.value(u"id"_s).toString());
+    }
     for (const QString& name : sandbox.folderContentsOf(folder)) {
-        if (name.startsWith(u"QuotaManager"_s) || kept.contains(name))
+        if (name.startsWith(u"QuotaManager"_s) || keptIds.contains(name))
             continue;
         if (const std::optional<QString> path = sandbox.childPath(folder, name))
             sandbox.remove(*path);
     }
-    sandbox.runSqlThenVacuum({u"DELETE FROM buckets WHERE NOT ("_s + extensions + u')'}, quotaManager);
+    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, kept);
 }
 
 const QList<Step>& steps()
 {
     static const QList<Step> table{
-        {Family::Chromium, "cookies", "Network/Cookies", {}},
+        {Family::Chromium, "cookies", "Network/Cookies", {}, {}, nullptr, KeptCookies::chromium},
         {Family::Chromium, "cookies", "Trust Tokens", {}},
         {Family::Chromium, "cookies", "Network/Trust Tokens", {}},
         {Family::Chromium, "cookies", "Reporting and NEL", {}},
@@ -289,7 +302,7 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
     Sandbox& sandbox = services.sandbox;
     for (const QString& path : targets(services, folder, QLatin1String(step.path))) {
         if (step.siteEntries) {
-            sandbox.removeLevelDbKeys(path, step.siteEntries());
+            sandbox.removeLevelDbKeys(path, step.siteEntries(KeptSites::of(services)));
         } else if (step.custom) {
             step.custom(services, path);
         } else if (!step.jsonKeys.isEmpty()) {

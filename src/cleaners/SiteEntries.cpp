@@ -3,6 +3,7 @@
 #include <QCryptographicHash>
 
 #include <algorithm>
+#include <cctype>
 
 namespace {
 
@@ -16,9 +17,20 @@ QByteArray field(const QByteArray& key, const char* prefix)
     return end < 0 ? rest : rest.left(end);
 }
 
-bool isSite(const QByteArray& origin)
+// A site's origin (or storage key) that is not kept.
+bool isSite(const QByteArray& origin, const KeptSites& kept)
 {
-    return !origin.isEmpty() && !SiteEntries::isExtension(origin);
+    return !origin.isEmpty() && !SiteEntries::isExtension(origin) &&
+           !kept.keepsOrigin(QString::fromUtf8(origin));
+}
+
+// The URL inside a value ("…http://a.org/sw.js…"), for its host: from the letters before "://".
+QByteArray urlIn(const QByteArray& value)
+{
+    qsizetype start = value.indexOf("://");
+    while (start > 0 && std::isalpha(static_cast<unsigned char>(value.at(start - 1))))
+        --start;
+    return start < 0 ? QByteArray() : value.mid(start);
 }
 
 } // namespace
@@ -30,21 +42,21 @@ bool isExtension(const QByteArray& origin)
     return origin.startsWith("chrome-extension://");
 }
 
-LevelDbStore::KeyFilter localStorage()
+LevelDbStore::KeyFilter localStorage(const KeptSites& kept)
 {
-    return [](const QByteArray& key, const QByteArray&) {
+    return [kept](const QByteArray& key, const QByteArray&) {
         if (key.startsWith('_'))
-            return isSite(field(key, "_"));
-        return isSite(field(key, "META:")) || isSite(field(key, "METAACCESS:"));
+            return isSite(field(key, "_"), kept);
+        return isSite(field(key, "META:"), kept) || isSite(field(key, "METAACCESS:"), kept);
     };
 }
 
-LevelDbStore::KeyFilter serviceWorkers(const std::shared_ptr<QSet<QByteArray>>& resources)
+LevelDbStore::KeyFilter serviceWorkers(const KeptSites& kept, const std::shared_ptr<QSet<QByteArray>>& resources)
 {
     const auto sites = std::make_shared<QSet<QByteArray>>(); // the sites' registration ids
-    return [sites, resources](const QByteArray& key, const QByteArray& value) {
+    return [kept, sites, resources](const QByteArray& key, const QByteArray& value) {
         if (key.startsWith("REGID_TO_ORIGIN:")) {
-            if (!isSite(value))
+            if (!isSite(value, kept))
                 return false;
             sites->insert(field(key, "REGID_TO_ORIGIN:"));
             return true;
@@ -54,12 +66,13 @@ LevelDbStore::KeyFilter serviceWorkers(const std::shared_ptr<QSet<QByteArray>>& 
         if (key.startsWith("REG_HAS_USER_DATA:"))
             return sites->contains(key.mid(key.lastIndexOf('\0') + 1));
         if (key.startsWith("RES:")) { // the value names the script's URL
-            if (!value.contains("://") || value.contains("chrome-extension://"))
+            if (!value.contains("://") || value.contains("chrome-extension://") ||
+                kept.keepsOrigin(QString::fromUtf8(urlIn(value))))
                 return false;
             resources->insert(key.mid(key.lastIndexOf('\0') + 1));
             return true;
         }
-        return isSite(field(key, "REG:")) || isSite(field(key, "INITDATA_UNIQUE_ORIGIN:"));
+        return isSite(field(key, "REG:"), kept) || isSite(field(key, "INITDATA_UNIQUE_ORIGIN:"), kept);
     };
 }
 

@@ -14,7 +14,21 @@ const QString kLocalStorageSuffix = QStringLiteral(".localstorage");
 
 } // namespace
 
-StorageCleaner::StorageCleaner(const CleanerServices& services) : m_services(services) {}
+StorageCleaner::StorageCleaner(const CleanerServices& services)
+    : m_services(services), m_kept(KeptSites::of(services))
+{}
+
+QStringList StorageCleaner::notKept(const QStringList& names, bool (KeptSites::*keeps)(QStringView) const) const
+{
+    if (m_kept.isEmpty())
+        return names;
+    QStringList removed;
+    for (const QString& name : names) {
+        if (!(m_kept.*keeps)(name))
+            removed.append(name);
+    }
+    return removed;
+}
 
 QStringList StorageCleaner::databaseArray(const QStringList& origins)
 {
@@ -139,8 +153,10 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     const QString databasesFolder = folder + QStringLiteral("/databases");
     const QString databases = databasesFolder + QStringLiteral("/Databases.db");
     if (sandbox.fileExists(databases)) {
-        const QStringList origins = databaseArray(
-            column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases));
+        const QStringList origins = notKept(
+            databaseArray(
+                column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases)),
+            &KeptSites::keepsChromiumOriginName);
         runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
         sandbox.runSql(QStringLiteral("VACUUM;"), databases);
         QStringList folders;
@@ -154,7 +170,8 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     const QString localStorage = folder + QStringLiteral("/Local Storage");
     if (sandbox.fileExists(localStorage)) {
         QStringList files;
-        for (const QString& name : localStorageArray(sandbox.folderContentsOf(localStorage), browser)) {
+        for (const QString& name : notKept(localStorageArray(sandbox.folderContentsOf(localStorage), browser),
+                                           &KeptSites::keepsChromiumOriginName)) {
             if (const auto file = sandbox.childPath(localStorage, name))
                 files << *file << *file + QStringLiteral("-journal");
         }
@@ -165,7 +182,8 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     // where extensions keep what they store, and stay.
     const QString indexedDB = folder + QStringLiteral("/IndexedDB");
     if (sandbox.fileExists(indexedDB))
-        removeEntries(indexedDB, databaseArray(sandbox.folderContentsOf(indexedDB)));
+        removeEntries(indexedDB, notKept(databaseArray(sandbox.folderContentsOf(indexedDB)),
+                                         &KeptSites::keepsChromiumOriginName));
 }
 
 void StorageCleaner::firefox()
@@ -179,7 +197,7 @@ void StorageCleaner::firefox()
         if (sandbox.fileExists(store)) {
             scopes += column(QStringLiteral("SELECT * FROM webappsstore2;"), QStringLiteral("scope"), store);
             runWithList(QStringLiteral("DELETE FROM webappsstore2 WHERE scope IN ('%@');"),
-                        mozillaLocalStorage(scopes), store);
+                        notKept(mozillaLocalStorage(scopes), &KeptSites::keepsFirefoxScope), store);
             sandbox.runSql(QStringLiteral("VACUUM;"), store);
         }
         // A folder per origin: the sites' go; the add-ons' ("moz-extension+++<uuid>", where
@@ -187,7 +205,8 @@ void StorageCleaner::firefox()
         for (const char* kind : {"default", "temporary", "permanent"}) {
             const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
             if (sandbox.fileExists(folder))
-                removeEntries(folder, mozillaSiteFolders(sandbox.folderContentsOf(folder)));
+                removeEntries(folder, notKept(mozillaSiteFolders(sandbox.folderContentsOf(folder)),
+                                              &KeptSites::keepsFirefoxOriginFolder));
         }
     }
 }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "cleaners/CleanerServices.h"
+#include "cleaners/KeptSites.h"
 
 #include <QStringList>
 
 // Site storage: web databases, local storage, IndexedDB, and Firefox's storage database and folders.
 // Only sites' storage goes: what extensions and add-ons store, and the browser's own storage, stay in
-// every one of them (Safari's IndexedDB goes whole).
+// every one of them (Safari's IndexedDB goes whole), and so does the kept sites' storage.
 class StorageCleaner
 {
 public:
@@ -33,6 +34,9 @@ private:
     // Runs the statement with "%@" replaced by the values (see SplicedSql).
     void runWithList(const QString& format, const QStringList& values, const QString& database);
     QStringList column(const QString& sql, const QString& name, const QString& database);
+    // The names whose site is not kept.
+    QStringList notKept(const QStringList& names, bool (KeptSites::*keeps)(QStringView) const) const;
 
     CleanerServices m_services;
+    KeptSites m_kept;
 };

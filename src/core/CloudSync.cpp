@@ -1,15 +1,19 @@
 #include "core/CloudSync.h"
 
+#include "cleaners/KeptSites.h"
 #include "platform/CloudKeyValueStore.h"
 #include "platform/SettingsKeys.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
 
+#include <algorithm>
+
 const QStringList CloudSync::keys{SettingsKeys::showInMenu,           SettingsKeys::hideDock,
                                   SettingsKeys::loginStart,           SettingsKeys::secureDeleteData,
                                   SettingsKeys::hideOnLaunch,         SettingsKeys::settings,
                                   SettingsKeys::displayNotifications, SettingsKeys::scheduledCheckInterval,
-                                  SettingsKeys::automaticallyUpdate,  SettingsKeys::enableAutomaticChecks};
+                                  SettingsKeys::automaticallyUpdate,  SettingsKeys::enableAutomaticChecks,
+                                  SettingsKeys::keptSites};
 
 CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store, SystemLog& log)
     : m_defaults(defaults), m_store(store), m_log(log)
@@ -21,6 +25,14 @@ bool CloudSync::isSharedValue(const QString& key, const QVariant& value)
         return false;
     if (key == SettingsKeys::scheduledCheckInterval)
         return value.typeId() == QMetaType::LongLong && value.toLongLong() >= 0;
+    if (key == SettingsKeys::keptSites) { // host names as they are stored, and not too many
+        const QVariantList sites = value.toList();
+        return value.typeId() == QMetaType::QVariantList && sites.size() <= 10000 &&
+               std::all_of(sites.cbegin(), sites.cend(), [](const QVariant& site) {
+                   return site.typeId() == QMetaType::QString &&
+                          KeptSites::normalised(site.toString()) == site.toString();
+               });
+    }
     if (key != SettingsKeys::settings)
         return value.typeId() == QMetaType::Bool;
     if (value.typeId() != QMetaType::QVariantMap)

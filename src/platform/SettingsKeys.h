@@ -26,6 +26,11 @@ inline const QString browserLayout = QStringLiteral("browserLayout");
 // Also remove each category where today's browsers keep it.
 inline const QString cleanCurrentLayouts = QStringLiteral("cleanCurrentLayouts");
 
+// The sites whose cookies and site data stay: an array of host names, normalised; shared between machines.
+inline const QString keptSites = QStringLiteral("keptSites");
+// Also keep the sites the user told a browser to always allow cookies for (default true).
+inline const QString keepBrowserExceptions = QStringLiteral("keepBrowserExceptions");
+
 // When each browser was last cleaned: a map of browser key to date; local to this machine.
 inline const QString lastCleaned = QStringLiteral("lastCleaned");
 

@@ -26,9 +26,9 @@ QByteArray origin(const QByteArray& key, std::initializer_list<const char*> pref
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const auto input = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
-    const LevelDbStore::KeyFilter local = SiteEntries::localStorage();
+    const LevelDbStore::KeyFilter local = SiteEntries::localStorage(KeptSites());
     const auto resources = std::make_shared<QSet<QByteArray>>();
-    const LevelDbStore::KeyFilter workers = SiteEntries::serviceWorkers(resources);
+    const LevelDbStore::KeyFilter workers = SiteEntries::serviceWorkers(KeptSites(), resources);
     for (const QByteArray& record : input.split('\n')) {
         const qsizetype tab = record.indexOf('\t');
         const QByteArray key = tab < 0 ? record : record.left(tab);

@@ -148,6 +148,10 @@ void TestCloudSync::onlyTheSharedSettingsCrossOfTheirKind_data()
                                    << QVariant(QVariantMap{{u"Firefox:cookies"_s, true}}) << true;
     QTest::newRow("the check interval")
         << SettingsKeys::scheduledCheckInterval << QVariant(qint64(3600)) << true;
+    QTest::newRow("the kept sites") << SettingsKeys::keptSites
+                                    << QVariant(QVariantList{u"mail.example"_s, u"127.0.0.1"_s}) << true;
+    QTest::newRow("a kept site that is no host name")
+        << SettingsKeys::keptSites << QVariant(QVariantList{u"mail.example"_s, u"../x"_s}) << false;
     QTest::newRow("a switch as text") << SettingsKeys::hideOnLaunch << QVariant(u"YES"_s) << false;
     QTest::newRow("a selection of text")
         << SettingsKeys::settings << QVariant(QVariantMap{{u"Firefox:cookies"_s, u"1"_s}}) << false;

@@ -1,0 +1,37 @@
+#include "cleaners/SiteRows.h"
+
+#include "sandbox/Sandbox.h"
+
+namespace SiteRows {
+
+void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
+              const std::function<bool(const QVariantMap& row)>& kept)
+{
+    Sandbox& sandbox = services.sandbox;
+    if (!sandbox.fileExists(database))
+        return;
+    if (sandbox.returnArrayFromSql(QStringLiteral("SELECT count(*) AS n FROM ") + table, database)
+            .value_or(QList<QVariantMap>())
+            .isEmpty()) {
+        sandbox.remove(database);
+        return;
+    }
+    QStringList removed;
+    for (const QVariantMap& row :
+         sandbox.returnArrayFromSql(QStringLiteral("SELECT rowid AS corvella_row, * FROM ") + table, database)
+             .value_or(QList<QVariantMap>())) {
+        if (!kept(row))
+            removed.append(QString::number(row.value(QStringLiteral("corvella_row")).toLongLong()));
+    }
+    if (removed.isEmpty())
+        return;
+    QStringList statements;
+    constexpr qsizetype chunk = 500; // SQLite's statements stay short
+    for (qsizetype at = 0; at < removed.size(); at += chunk) {
+        statements.append(QStringLiteral("DELETE FROM %1 WHERE rowid IN (%2)")
+                              .arg(table, removed.mid(at, chunk).join(QLatin1Char(','))));
+    }
+    sandbox.runSqlThenVacuum(statements, database);
+}
+
+} // namespace SiteRows

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "cleaners/CleanerServices.h"
+
+#include <QString>
+#include <QVariantMap>
+
+#include <functional>
+
+// Rows of a browser's database that name sites (cookies, permissions, storage scopes), kept or removed
+// one by one when the user keeps some sites.
+namespace SiteRows {
+
+// Deletes the rows of the table that `kept` does not keep, by their row ids (no value from a row
+// reaches SQL), then compacts the database so no removed row lingers in free pages. A database whose
+// table cannot be read goes whole, as it would without kept sites (the browser makes a new one).
+void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
+              const std::function<bool(const QVariantMap& row)>& kept);
+
+} // namespace SiteRows

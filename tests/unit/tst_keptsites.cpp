@@ -1,0 +1,204 @@
+#include "cleaners/BrowserCleaners.h"
+#include "cleaners/KeptSites.h"
+#include "core/BrowserCatalogue.h"
+#include "platform/SettingsKeys.h"
+#include "platform/fake/FakeWorkspace.h"
+#include "sandbox/Sqlite.h"
+#include "support/BrowserFixtures.h"
+#include "support/TestHome.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+namespace F = BrowserFixtures;
+
+namespace {
+
+const QString kChrome = QLatin1String(F::kChromeRoot) + u"/Default"_s;
+const QString kFirefox = QLatin1String(F::kFirefoxProfiles) + u"/a.default"_s;
+
+// The first column of the rows, in rowid order, joined with ",".
+QString column(const TestHome& home, const QString& database, const QString& sql)
+{
+    Sqlite db;
+    QStringList values;
+    if (db.openExisting(home.path(database), true)) {
+        for (const QVariantMap& row : db.executeQuery(sql).value_or(QList<QVariantMap>()))
+            values.append(row.first().toString());
+    }
+    return values.join(u',');
+}
+
+// Cookies and site storage of the kept site example.com (its subdomains, containers, partitions under
+// it) and of other.org, then a run of both categories.
+void clean(TestHome& home, const QString& browser)
+{
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    home.t.defaults.setObject(QVariantList{u"example.com"_s}, SettingsKeys::keptSites);
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
+    cleaners.removeCookies(browser);
+    cleaners.removeNonFavLocalStorage(browser);
+}
+
+} // namespace
+
+class TestKeptSites : public QObject
+{
+    Q_OBJECT
+private slots:
+    void entriesAreStoredNormalised_data();
+    void entriesAreStoredNormalised();
+    void storesNamesMatchTheKeptSites_data();
+    void storesNamesMatchTheKeptSites();
+    void chromiumKeepsTheKeptSitesCookiesAndStorage();
+    void firefoxKeepsTheKeptSitesInEveryContainer();
+};
+
+void TestKeptSites::entriesAreStoredNormalised_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("stored"); // empty: refused
+    QTest::newRow("case") << u" Mail.Example.COM "_s << u"mail.example.com"_s;
+    QTest::newRow("international") << u"bücher.de"_s << u"xn--bcher-kva.de"_s;
+    QTest::newRow("final dot") << u"example.com."_s << u"example.com"_s;
+    QTest::newRow("IPv4") << u"127.0.0.1"_s << u"127.0.0.1"_s;
+    QTest::newRow("IPv6") << u"[::1]"_s << u"::1"_s;
+    QTest::newRow("localhost") << u"localhost"_s << u"localhost"_s;
+    QTest::newRow("a URL") << u"https://example.com/"_s << QString();
+    QTest::newRow("a port") << u"example.com:8080"_s << QString();
+    QTest::newRow("a space") << u"exa mple.com"_s << QString();
+    QTest::newRow("a quote") << u"it's.com"_s << QString();
+    QTest::newRow("a label's hyphen") << u"-example.com"_s << QString();
+    QTest::newRow("empty") << u"  "_s << QString();
+}
+
+void TestKeptSites::entriesAreStoredNormalised()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, stored);
+    QCOMPARE(KeptSites::normalised(entry).value_or(QString()), stored);
+    QStringList refused;
+    QCOMPARE(KeptSites::normalisedList({entry, entry.toUpper()}, &refused).size(), stored.isEmpty() ? 0 : 1);
+    QCOMPARE(refused.size(), stored.isEmpty() ? 2 : 0);
+}
+
+void TestKeptSites::storesNamesMatchTheKeptSites_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("kept");
+    const auto row = [](const char* kind, const char* name, bool kept) {
+        QTest::addRow("%s %s", kind, name) << QString::fromLatin1(kind) << QString::fromUtf8(name) << kept;
+    };
+    row("host", "example.com", true);
+    row("host", ".Example.com", true);
+    row("host", "mail.example.com", true);
+    row("host", "notexample.com", false);
+    row("host", "example.com.other.org", false);
+    row("host", "127.0.0.1", true);
+    row("host", "127.0.0.10", false);
+    row("host", "localhost", true);
+    row("host", "trail.localhost", false);
+    row("host", "[::1]", true);
+    row("origin", "https://mail.example.com:8443/", true);
+    row("origin", "http://127.0.0.1:8080/", true);
+    row("origin", "https://example.com/^0https://example.com", true);
+    row("origin", "https://example.com/^0https://other.org", false);
+    row("origin", "https://other.org/^0https://example.com", false);
+    row("origin", "https://example.com/^112^234", false);
+    row("chromium", "https_mail.example.com_0.indexeddb.leveldb", true);
+    row("chromium", "http_127.0.0.1_8080.localstorage", true);
+    row("chromium", "http_notexample.com_0", false);
+    row("firefox", "https+++example.com^userContextId=2", true);
+    row("firefox", "https+++mail.example.com+8443", true);
+    row("firefox", "https+++example.com^partitionKey=%28https%2Cexample.com%29", true);
+    row("firefox", "https+++example.com^partitionKey=%28https%2Cother.org%29", false);
+    row("firefox", "https+++other.org^partitionKey=%28https%2Cexample.com%29", false);
+    row("firefox", "https+++example.com^firstPartyDomain=other.org", false);
+    row("firefox origin", "https://example.com^userContextId=1", true);
+    row("firefox origin", "https://other.org", false);
+    row("scope", "moc.elpmaxe.:https:443", true);
+    row("scope", "gro.rehto.:https:443", false);
+}
+
+// The kept sites example.com (with subdomains), 127.0.0.1, localhost and ::1 (those hosts alone).
+void TestKeptSites::storesNamesMatchTheKeptSites()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, name);
+    QFETCH(bool, kept);
+    const KeptSites sites({u"example.com"_s, u"127.0.0.1"_s, u"localhost"_s, u"::1"_s});
+    const bool keeps = kind == u"host"_s       ? sites.keepsHost(name)
+                       : kind == u"origin"_s   ? sites.keepsOrigin(name)
+                       : kind == u"chromium"_s ? sites.keepsChromiumOriginName(name)
+                       : kind == u"firefox"_s  ? sites.keepsFirefoxOriginFolder(name)
+                       : kind == u"scope"_s    ? sites.keepsFirefoxScope(name)
+                                               : sites.keepsFirefoxOrigin(name);
+    QCOMPARE(keeps, kept);
+    QVERIFY(!KeptSites().keepsHost(name));
+}
+
+void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
+{
+    TestHome home;
+    F::localState(home, QLatin1String(F::kChromeRoot), {u"Default"_s});
+    for (const char* cookies : {"/Cookies", "/Network/Cookies"}) {
+        F::database(home, kChrome + QLatin1String(cookies),
+                    {u"CREATE TABLE cookies (host_key TEXT, top_frame_site_key TEXT, name TEXT)"_s,
+                     u"INSERT INTO cookies VALUES ('.example.com', '', 'a'), ('mail.example.com', '', 'b'), "
+                     "('.other.org', '', 'c'), ('.example.com', 'https://other.org', 'd'), "
+                     "('notexample.com', '', 'e')"_s});
+    }
+    for (const char* indexedDB : {"https_mail.example.com_0.indexeddb.leveldb", "https_other.org_0.indexeddb.leveldb"})
+        home.file(kChrome + u"/IndexedDB/"_s + QLatin1String(indexedDB) + u"/LOG"_s);
+    const QList<QByteArray> kept{"META:https://example.com", "VERSION", QByteArray("_https://example.com\0k", 22)};
+    F::levelDb(home, kChrome + u"/Local Storage/leveldb"_s,
+               kept + QList<QByteArray>{"META:https://other.org", QByteArray("_https://other.org\0k", 20)});
+    clean(home, u"Google Chrome"_s);
+
+    for (const char* cookies : {"/Cookies", "/Network/Cookies"})
+        QCOMPARE(column(home, kChrome + QLatin1String(cookies), u"SELECT name FROM cookies"_s), u"a,b"_s);
+    QVERIFY(home.exists(kChrome + u"/IndexedDB/https_mail.example.com_0.indexeddb.leveldb/LOG"_s));
+    QVERIFY(!home.exists(kChrome + u"/IndexedDB/https_other.org_0.indexeddb.leveldb"_s));
+    QList<QByteArray> left = F::levelDbKeys(home.path(kChrome + u"/Local Storage/leveldb"_s));
+    std::sort(left.begin(), left.end());
+    QList<QByteArray> expected = kept;
+    std::sort(expected.begin(), expected.end());
+    QCOMPARE(left, expected);
+}
+
+void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
+{
+    TestHome home;
+    F::database(home, kFirefox + u"/cookies.sqlite"_s,
+                {u"CREATE TABLE moz_cookies (id INTEGER PRIMARY KEY, originAttributes TEXT, host TEXT)"_s,
+                 u"INSERT INTO moz_cookies (originAttributes, host) VALUES ('', '.example.com'), "
+                 "('^userContextId=1', 'mail.example.com'), ('', '.other.org'), "
+                 "('^partitionKey=%28https%2Cother.org%29', '.example.com')"_s});
+    F::database(home, kFirefox + u"/permissions.sqlite"_s,
+                {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT)"_s,
+                 u"INSERT INTO moz_perms (origin, type) VALUES ('https://example.com^userContextId=1', 'cookie'), "
+                 "('https://other.org', 'cookie')"_s});
+    F::firefoxStorage(home, u"a.default"_s, {u"moc.elpmaxe.:https:443"_s, u"gro.rehto.:https:443"_s});
+    for (const char* origin : {"https+++example.com", "https+++example.com^userContextId=1", "https+++other.org",
+                               "https+++example.com^partitionKey=%28https%2Cother.org%29"})
+        home.file(kFirefox + u"/storage/default/"_s + QLatin1String(origin) + u"/ls/data.sqlite"_s);
+    clean(home, u"Firefox"_s);
+
+    QCOMPARE(column(home, kFirefox + u"/cookies.sqlite"_s, u"SELECT host FROM moz_cookies"_s),
+             u".example.com,mail.example.com"_s);
+    QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_perms"_s),
+             u"https://example.com^userContextId=1"_s);
+    QCOMPARE(column(home, kFirefox + u"/webappsstore.sqlite"_s, u"SELECT scope FROM webappsstore2"_s),
+             u"moc.elpmaxe.:https:443"_s);
+    QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com"_s), true);
+    QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^userContextId=1"_s), true);
+    QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++other.org"_s), false);
+    QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^partitionKey=%28https%2Cother.org%29"_s),
+             false);
+}
+
+QTEST_GUILESS_MAIN(TestKeptSites)
+#include "tst_keptsites.moc"
