@@ -291,10 +291,14 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
         <translation>%1 wurde während des Laufs gestartet; der Lauf hat danach keine seiner Dateien mehr verändert. Führen Sie ihn erneut aus, sobald %1 beendet ist.</translation>
     </message>
     <message>
-        <source>usage: corvella-clean [--preview] [--allow-home-access] BROWSER [CATEGORY ...]
+        <source>%1 %2 (%3)</source>
+        <translation>%1 %2 (%3)</translation>
+    </message>
+    <message>
+        <source>usage: corvella-clean [--preview] [--allow-home-access] [--keep SITE ...] BROWSER [CATEGORY ...]
        corvella-clean [--allow-home-access] --list
        corvella-clean --help | --version</source>
-        <translation>Aufruf: corvella-clean [--preview] [--allow-home-access] BROWSER [KATEGORIE ...]
+        <translation>Aufruf: corvella-clean [--preview] [--allow-home-access] [--keep WEBSITE ...] BROWSER [KATEGORIE ...]
         corvella-clean [--allow-home-access] --list
         corvella-clean --help | --version</translation>
     </message>
@@ -304,6 +308,7 @@ Removes the data you chose for a browser, as Corvella does when the browser quit
 
   --list               show each browser, whether it is installed and activated, and its profiles
   --preview            show what would be removed or changed; change nothing
+  --keep SITE          keep this site&apos;s cookies and site data too (a host name, with its subdomains; repeatable)
   --allow-home-access  grant access to the home folder without asking
   -h, --help           show this help
   --version            show the version
@@ -317,6 +322,7 @@ Entfernt die für einen Browser gewählten Daten, wie es Corvella tut, wenn der 
 
   --list               jeden Browser zeigen: ob er installiert und aktiviert ist, und seine Profile
   --preview            zeigen, was entfernt oder geändert würde; nichts ändern
+  --keep WEBSITE       auch Cookies und Website-Daten dieser Website behalten (ein Hostname, mit seinen Subdomains; wiederholbar)
   --allow-home-access  Zugriff auf den Persönlichen Ordner ohne Nachfrage erteilen
   -h, --help           diese Hilfe zeigen
   --version            die Version zeigen
@@ -327,12 +333,24 @@ KATEGORIE: %2 (keine: die in Corvella gewählten Kategorien)
 Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     </message>
     <message>
-        <source>unknown option &quot;%1&quot;; accepted: --list, --preview, --allow-home-access, --help, --version</source>
-        <translation>unbekannte Option „%1“; möglich sind: --list, --preview, --allow-home-access, --help, --version</translation>
+        <source>--keep needs a site: a host name such as example.com</source>
+        <translation>--keep braucht eine Website: einen Hostnamen wie example.com</translation>
     </message>
     <message>
-        <source>%1 %2 (%3)</source>
-        <translation>%1 %2 (%3)</translation>
+        <source>&quot;%1&quot; is no site to keep; give a host name such as example.com, an IP address or localhost</source>
+        <translation>„%1“ ist keine Website, die behalten werden kann; geben Sie einen Hostnamen wie example.com, eine IP-Adresse oder localhost an</translation>
+    </message>
+    <message>
+        <source>unknown option &quot;%1&quot;; accepted: --list, --preview, --keep, --allow-home-access, --help, --version</source>
+        <translation>unbekannte Option „%1“; möglich sind: --list, --preview, --keep, --allow-home-access, --help, --version</translation>
+    </message>
+    <message>
+        <source>Kept sites: none</source>
+        <translation>Behaltene Websites: keine</translation>
+    </message>
+    <message>
+        <source>Kept sites: %1</source>
+        <translation>Behaltene Websites: %1</translation>
     </message>
 </context>
 <context>

@@ -4,7 +4,7 @@ _corvella_clean()
     local cur prev words cword
     _init_completion || return
 
-    local options="--list --preview --allow-home-access --help --version"
+    local options="--list --preview --keep --allow-home-access --help --version"
     local categories="cookies databases flash silverlight cache history favicons webpage forms
         downloads websitePrefs searchEngines"
     local browsers=("Google Chrome" Chromium Firefox Opera)
@@ -13,6 +13,7 @@ _corvella_clean()
         COMPREPLY=($(compgen -W "Linux macOS" -- "$cur"))
         return
     fi
+    [[ $prev == --keep ]] && return # a site: the user's to type
 
     # What is already on the line: past "--", options end; the first word that is no option is
     # the browser, and the rest are categories.
@@ -21,6 +22,7 @@ _corvella_clean()
         case ${words[i]} in
             --) options_ended=1 ;;
             --list | --help | -h | --version) [[ $options_ended ]] || return ;;
+            --keep) [[ $options_ended ]] || ((i++)) ;;
             --layout) [[ $options_ended ]] || { ((i++)); [[ ${words[i]} == macOS ]] && browsers=(Safari "${browsers[@]}"); } ;;
             -*) [[ $options_ended ]] && browser=${words[i]} ;;
             *) browser=${words[i]}; break ;;

@@ -1,6 +1,7 @@
 #include "app/CleanCommand.h"
 
 #include "cleaners/BrowserCleaners.h"
+#include "cleaners/KeptSites.h"
 #include "core/BrowserCatalogue.h"
 #include "core/RemovalRun.h"
 #include "core/SettingsController.h"
@@ -21,8 +22,8 @@ namespace {
 
 QString usage()
 {
-    return CleanCommand::tr("usage: corvella-clean [--preview] [--allow-home-access] BROWSER "
-                            "[CATEGORY ...]\n"
+    return CleanCommand::tr("usage: corvella-clean [--preview] [--allow-home-access] [--keep SITE ...] "
+                            "BROWSER [CATEGORY ...]\n"
                             "       corvella-clean [--allow-home-access] --list\n"
                             "       corvella-clean --help | --version");
 }
@@ -45,6 +46,8 @@ QString help()
                "  --list               show each browser, whether it is installed and activated, and its "
                "profiles\n"
                "  --preview            show what would be removed or changed; change nothing\n"
+               "  --keep SITE          keep this site's cookies and site data too (a host name, with its "
+               "subdomains; repeatable)\n"
                "  --allow-home-access  grant access to the home folder without asking\n"
                "  -h, --help           show this help\n"
                "  --version            show the version\n\n"
@@ -131,6 +134,21 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
             options.preview = true;
         } else if (argument == QLatin1String("--allow-home-access")) {
             options.allowHomeAccess = true;
+        } else if (argument == QLatin1String("--keep") || argument.startsWith(QLatin1String("--keep="))) {
+            const bool inline_ = argument.contains(QLatin1Char('='));
+            if (!inline_ && i + 1 >= arguments.size()) {
+                usageError(tr("--keep needs a site: a host name such as example.com"));
+                return std::nullopt;
+            }
+            const QString site = inline_ ? argument.section(QLatin1Char('='), 1) : arguments.at(++i);
+            const std::optional<QString> kept = KeptSites::normalised(site);
+            if (!kept) {
+                usageError(tr("\"%1\" is no site to keep; give a host name such as example.com, an IP "
+                              "address or localhost")
+                               .arg(site));
+                return std::nullopt;
+            }
+            options.keep.append(*kept);
         } else if (argument == QLatin1String("--layout") || argument.startsWith(QLatin1String("--layout="))) {
             const bool inline_ = argument.contains(QLatin1Char('='));
             if (!inline_ && i + 1 >= arguments.size()) {
@@ -144,7 +162,7 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
             }
             options.layout = layout;
         } else if (argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
-            usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --allow-home-access, "
+            usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --keep, --allow-home-access, "
                           "--help, --version")
                            .arg(argument));
             return std::nullopt;
@@ -287,6 +305,11 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
             line += QStringLiteral("  ") + tr("profiles: %1").arg(profiles.join(QStringLiteral(", ")));
         m_services.out << line.trimmed() << Qt::endl;
     }
+    QStringList kept;
+    for (const QVariant& site : m_services.defaults.arrayForKey(SettingsKeys::keptSites))
+        kept.append(site.toString());
+    m_services.out << (kept.isEmpty() ? tr("Kept sites: none") : tr("Kept sites: %1").arg(kept.join(QStringLiteral(", "))))
+                   << Qt::endl;
     if (!access)
         m_services.out << tr("Profiles are not shown: Corvella has no access to %1 (grant it with "
                              "\"corvella-clean --allow-home-access --list\").")
@@ -320,7 +343,7 @@ int CleanCommand::clean(const Options& options, Sandbox& sandbox, BrowserCatalog
         for (const QString& category : options.categories)
             choices.insert(SettingsKeys::settingsKey(options.browser, category), true);
     }
-    BrowserCleaners cleaners({sandbox, catalogue, m_services.defaults, m_services.log});
+    BrowserCleaners cleaners({sandbox, catalogue, m_services.defaults, m_services.log, options.keep});
     RemovalRunServices run{cleaners, catalogue, m_services.log, m_services.lockPath};
     run.lockWait.timeoutMs = m_services.lockTimeoutMs;
     run.lockWait.waiting = [this] {

@@ -63,6 +63,7 @@ private:
         bool preview = false;
         bool allowHomeAccess = false;
         std::optional<QString> layout;
+        QStringList keep; // sites kept for this run, normalised
         QString browser;
         QStringList categories;
     };

@@ -34,6 +34,8 @@ expect "corvella-clean --layout macOS Safari coo" "cookies"
 expect "corvella-clean --layout macOS S" "Safari"
 expect "corvella-clean S" ""
 expect "corvella-clean --list " ""
+expect "corvella-clean --keep " ""
+expect "corvella-clean --keep mail.example F" "Firefox"
 for word in $(complete_line "corvella-clean --"); do
     "$clean" --help | grep -q -- "$word\b" || { echo "FAIL: the completion offers $word, which --help does not name"; fail=1; }
 done

@@ -6,6 +6,7 @@
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
+#include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
@@ -123,6 +124,9 @@ void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
         << QStringList{u"Firefox"_s, u"--layout"_s} << u"macOS or Linux"_s;
     QTest::newRow("list with a browser")
         << QStringList{u"--list"_s, u"Firefox"_s} << u"--list takes no browser"_s;
+    QTest::newRow("keep without a site") << QStringList{u"Firefox"_s, u"--keep"_s} << u"--keep needs a site"_s;
+    QTest::newRow("keep an address")
+        << QStringList{u"--keep=https://a.org/"_s, u"Firefox"_s} << u"no site to keep"_s;
 }
 
 void TestCleanCommand::badUsageNamesTheAcceptedValues()
@@ -151,6 +155,22 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
     QCOMPARE(cli.run({u"--preview"_s, u"Firefox"_s}), int(CleanCommand::Success));
     QCOMPARE(cli.out, u"Nothing would be removed from Firefox.\n"_s);
     QVERIFY(cli.questions.isEmpty());
+
+    // Sites kept for one run stay, beside those kept in the settings; the settings do not change.
+    cli.home.t.defaults.setObject(QVariantList{u"mail.example"_s}, SettingsKeys::keptSites);
+    const QString cookies = cli.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
+    QDir().mkpath(QFileInfo(cookies).path());
+    {
+        Sqlite db(cookies);
+        db.executeNonQuery(u"CREATE TABLE moz_cookies (host TEXT, originAttributes TEXT)"_s);
+        db.executeNonQuery(u"INSERT INTO moz_cookies VALUES ('.mail.example', ''), ('bank.example', ''), "
+                           "('other.example', '')"_s);
+    }
+    QCOMPARE(cli.run({u"--keep"_s, u"Bank.Example"_s, u"Firefox"_s, u"cookies"_s}), int(CleanCommand::Success));
+    Sqlite db;
+    QVERIFY(db.openExisting(cookies, true));
+    QCOMPARE(db.executeQuery(u"SELECT count(*) AS n FROM moz_cookies"_s).value().first().value(u"n"_s), QVariant(2));
+    QCOMPARE(cli.home.t.defaults.arrayForKey(SettingsKeys::keptSites), QVariantList{u"mail.example"_s});
 }
 
 void TestCleanCommand::withoutAGrantOrATerminalItSaysHowToGrant()
@@ -255,7 +275,8 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
     cli.home.folder(u"Library/Application Support/Firefox/Profiles/Crash Reports"_s);
     QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
     const QStringList lines = cli.out.split(u'\n', Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 5);
+    QCOMPARE(lines.size(), 6);
+    QCOMPARE(lines.at(5), u"Kept sites: none"_s);
     QCOMPARE(lines.at(0), u"Safari         not installed  not activated"_s);
     QCOMPARE(
         lines.at(2),
