@@ -14,9 +14,8 @@ const QString kOriginBoundCerts = QStringLiteral("/Origin Bound Certs");
 
 namespace KeptCookies {
 
-void chromium(const CleanerServices& services, const QString& database)
+void chromium(const CleanerServices& services, const QString& database, const KeptSites& kept)
 {
-    const KeptSites kept = KeptSites::of(services);
     if (kept.isEmpty()) {
         services.sandbox.remove(database);
         return;
@@ -45,8 +44,8 @@ void CookieCleaner::removeCookies(const QString& browser)
     }
     if (browser == BrowserCatalogue::firefox) {
         // Every entry counts as a profile; removing what is not there does nothing.
-        const KeptSites kept = KeptSites::of(m_services);
         for (const QString& profile : Profiles::firefox(m_services)) {
+            const KeptSites kept = KeptSites::forFirefoxProfile(m_services, profile);
             const QString cookies = profile + QStringLiteral("/cookies.sqlite");
             const QString permissions = profile + QStringLiteral("/permissions.sqlite");
             if (kept.isEmpty()) {
@@ -70,7 +69,8 @@ void CookieCleaner::removeCookies(const QString& browser)
     // The channel identifiers' rows go before any cookie file.
     deleteChromeChannelID(browser);
     for (const QString& profile : Profiles::chromiumFamily(m_services, browser))
-        KeptCookies::chromium(m_services, profile + QStringLiteral("/Cookies"));
+        KeptCookies::chromium(m_services, profile + QStringLiteral("/Cookies"),
+                              KeptSites::forChromiumProfile(m_services, profile));
     CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
 }
 

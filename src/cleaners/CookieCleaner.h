@@ -5,10 +5,11 @@
 #include <QString>
 
 class HelperScripts;
+class KeptSites;
 
 namespace KeptCookies {
 // A Chromium-family cookie database ("Cookies", "Network/Cookies") with only the kept sites' rows.
-void chromium(const CleanerServices& services, const QString& database);
+void chromium(const CleanerServices& services, const QString& database, const KeptSites& kept);
 } // namespace KeptCookies
 
 // Every cookie of a browser, in every profile Corvella knows of, and the channel identifiers that

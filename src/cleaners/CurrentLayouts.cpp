@@ -43,13 +43,13 @@ struct Step
     QStringList sql = {};                               // each statement, then "VACUUM;"
     QList<QStringList> jsonKeys = {};                   // each a path through nested objects
     LevelDbStore::KeyFilter (*siteEntries)(const KeptSites&) = nullptr; // a fresh filter for each store
-    void (*custom)(const CleanerServices&, const QString& path) = nullptr;
+    void (*custom)(const CleanerServices&, const QString& path, const KeptSites& kept) = nullptr;
     Base base = Base::Profile;
 };
 
 // The session goes with history, but for its pinned tabs (Firefox restores them at every start); the
 // session cookies in it stay too while cookies are not chosen.
-void keepPinnedTabs(const CleanerServices& services, const QString& path)
+void keepPinnedTabs(const CleanerServices& services, const QString& path, const KeptSites&)
 {
     const std::optional<QByteArray> session = services.sandbox.dataWithContentsOfFile(path);
     const bool keepCookies =
@@ -66,7 +66,7 @@ void keepPinnedTabs(const CleanerServices& services, const QString& path)
 
 // The sessions go with history, but for their pinned tabs, which the browser restores when it continues
 // where the user left off; the recently closed tabs ("Tabs_<time>") and everything else there go.
-void keepPinnedChromiumTabs(const CleanerServices& services, const QString& folder)
+void keepPinnedChromiumTabs(const CleanerServices& services, const QString& folder, const KeptSites&)
 {
     Sandbox& sandbox = services.sandbox;
     for (const QString& name : sandbox.folderContentsOf(folder)) {
@@ -86,11 +86,10 @@ void keepPinnedChromiumTabs(const CleanerServices& services, const QString& fold
 
 // The sites' service workers, the extensions' kept: their registrations, the caches they filled
 // (a folder per origin, named by its "index.txt"), and their scripts in the script cache.
-void removeSiteWorkers(const CleanerServices& services, const QString& folder)
+void removeSiteWorkers(const CleanerServices& services, const QString& folder, const KeptSites& kept)
 {
     Sandbox& sandbox = services.sandbox;
     const auto resources = std::make_shared<QSet<QByteArray>>();
-    const KeptSites kept = KeptSites::of(services);
     sandbox.removeLevelDbKeys(folder + u"/Database"_s, SiteEntries::serviceWorkers(kept, resources));
     for (const QByteArray& resource : std::as_const(*resources)) {
         const QString entry = folder + u"/ScriptCache/"_s + SiteEntries::scriptCacheEntry(resource);
@@ -116,19 +115,18 @@ void removeSiteWorkers(const CleanerServices& services, const QString& folder)
 // The storage buckets ("WebStorage/<id>/", named in its "QuotaManager" database by their origin): the
 // sites' go, folders and rows, the extensions' own stay. Partitioned keys ("…^0<top-level site>") are a
 // site's; the kept sites' stay too. Without a database to name them, every bucket goes.
-void keepExtensionBuckets(const CleanerServices& services, const QString& folder)
+void keepExtensionBuckets(const CleanerServices& services, const QString& folder, const KeptSites& kept)
 {
     Sandbox& sandbox = services.sandbox;
     const QString quotaManager = folder + u"/QuotaManager"_s;
-    const KeptSites sites = KeptSites::of(services);
-    const auto kept = [&sites](const QVariantMap& row) {
+    const auto keptRow = [&kept](const QVariantMap& row) {
         const QString key = row.value(u"storage_key"_s).toString();
-        return (key.startsWith(u"chrome-extension://"_s) && !key.contains(u'^')) || sites.keepsOrigin(key);
+        return (key.startsWith(u"chrome-extension://"_s) && !key.contains(u'^')) || kept.keepsOrigin(key);
     };
     QStringList keptIds;
     for (const QVariantMap& row : sandbox.returnArrayFromSql(u"SELECT id, storage_key FROM buckets"_s, quotaManager)
                                       .value_or(QList<QVariantMap>())) {
-        if (kept(row))
+        if (keptRow(row))
             keptIds.append(row.value(u"id"_s).toString());
     }
     for (const QString& name : sandbox.folderContentsOf(folder)) {
@@ -137,7 +135,7 @@ void keepExtensionBuckets(const CleanerServices& services, const QString& folder
         if (const std::optional<QString> path = sandbox.childPath(folder, name))
             sandbox.remove(*path);
     }
-    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, kept);
+    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, keptRow);
 }
 
 const QList<Step>& steps()
@@ -300,11 +298,16 @@ QStringList targets(const CleanerServices& services, const QString& folder, cons
 void apply(const CleanerServices& services, const Step& step, const QString& folder)
 {
     Sandbox& sandbox = services.sandbox;
-    for (const QString& path : targets(services, folder, QLatin1String(step.path))) {
+    const QStringList paths = targets(services, folder, QLatin1String(step.path));
+    // The sites a profile keeps, read only for the rules that keep some.
+    const KeptSites kept = paths.isEmpty() || !(step.siteEntries || step.custom) ? KeptSites()
+                           : step.family == Family::Firefox ? KeptSites::forFirefoxProfile(services, folder)
+                                                            : KeptSites::forChromiumProfile(services, folder);
+    for (const QString& path : paths) {
         if (step.siteEntries) {
-            sandbox.removeLevelDbKeys(path, step.siteEntries(KeptSites::of(services)));
+            sandbox.removeLevelDbKeys(path, step.siteEntries(kept));
         } else if (step.custom) {
-            step.custom(services, path);
+            step.custom(services, path, kept);
         } else if (!step.jsonKeys.isEmpty()) {
             sandbox.removeJsonKeys(path, step.jsonKeys);
         } else if (!step.sql.isEmpty()) {

@@ -2,8 +2,11 @@
 
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
+#include "sandbox/Sandbox.h"
 
 #include <QHostAddress>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QSet>
 #include <QUrl>
@@ -74,12 +77,74 @@ KeptSites::KeptSites(const QStringList& sites)
     }
 }
 
-KeptSites KeptSites::of(const CleanerServices& services)
+namespace {
+
+QStringList userSites(const CleanerServices& services)
 {
     QStringList sites;
     for (const QVariant& site : services.defaults.arrayForKey(SettingsKeys::keptSites))
         sites.append(site.toString());
-    return KeptSites(normalisedList(sites + services.keptForThisRun));
+    return sites + services.keptForThisRun;
+}
+
+// The host of a Chromium-family content-setting pattern's first half: "[*.]example.com,*",
+// "https://mail.example.com:443,*". A pattern for every site ("*") names none.
+QString patternHost(const QString& pattern)
+{
+    QString host = pattern.section(u',', 0, 0);
+    if (host.contains(u"://"))
+        host = host.section(QStringLiteral("://"), 1);
+    if (host.startsWith(u"[*.]"))
+        host.remove(0, 4);
+    if (host.startsWith(u'['))
+        return host.section(u']', 0, 0).mid(1); // an IPv6 address
+    return host.section(u'/', 0, 0).section(u':', 0, 0);
+}
+
+} // namespace
+
+KeptSites KeptSites::of(const CleanerServices& services)
+{
+    return KeptSites(normalisedList(userSites(services)));
+}
+
+KeptSites KeptSites::forChromiumProfile(const CleanerServices& services, const QString& profile)
+{
+    QStringList sites = userSites(services);
+    if (services.defaults.boolForKey(SettingsKeys::keepBrowserExceptions)) {
+        const QByteArray preferences =
+            services.sandbox.dataWithContentsOfFile(profile + QStringLiteral("/Preferences")).value_or(QByteArray());
+        const QJsonObject cookies = QJsonDocument::fromJson(preferences)[QLatin1String("profile")]
+                                                                        [QLatin1String("content_settings")]
+                                                                        [QLatin1String("exceptions")]
+                                                                        [QLatin1String("cookies")]
+                                                                            .toObject();
+        constexpr int allow = 1;
+        for (auto it = cookies.constBegin(); it != cookies.constEnd(); ++it) {
+            if (it.value()[QStringLiteral("setting")].toInt() == allow)
+                sites.append(patternHost(it.key()));
+        }
+    }
+    return KeptSites(normalisedList(sites));
+}
+
+KeptSites KeptSites::forFirefoxProfile(const CleanerServices& services, const QString& profile)
+{
+    QStringList sites = userSites(services);
+    if (services.defaults.boolForKey(SettingsKeys::keepBrowserExceptions)) {
+        constexpr int allow = 1;
+        for (const QVariantMap& row :
+             services.sandbox
+                 .returnArrayFromSql(QStringLiteral("SELECT origin FROM moz_perms WHERE type = 'cookie' AND "
+                                                    "permission = %1")
+                                         .arg(allow),
+                                     profile + QStringLiteral("/permissions.sqlite"))
+                 .value_or(QList<QVariantMap>())) {
+            const QString origin = row.value(QStringLiteral("origin")).toString().section(u'^', 0, 0);
+            sites.append(hostOfUrl(origin).toString());
+        }
+    }
+    return KeptSites(normalisedList(sites));
 }
 
 std::optional<QString> KeptSites::normalised(const QString& entry)

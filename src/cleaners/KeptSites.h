@@ -20,6 +20,11 @@ public:
     explicit KeptSites(const QStringList& sites);
     // The user's kept sites and those kept for this run only.
     static KeptSites of(const CleanerServices& services);
+    // And, while "keepBrowserExceptions" is on, the sites the profile's own settings always allow
+    // cookies for: a Chromium-family profile's cookie exceptions set to "allow" in "Preferences",
+    // Firefox's "cookie" permissions set to allow in "permissions.sqlite". Read anew each time.
+    static KeptSites forChromiumProfile(const CleanerServices& services, const QString& profile);
+    static KeptSites forFirefoxProfile(const CleanerServices& services, const QString& profile);
 
     // The entry as it is stored: trimmed, lower case, an internationalised name in its ASCII form, an
     // IPv6 address without brackets. No value when it is no host name (a URL, a path, spaces, ...).

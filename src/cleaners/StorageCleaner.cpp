@@ -14,17 +14,16 @@ const QString kLocalStorageSuffix = QStringLiteral(".localstorage");
 
 } // namespace
 
-StorageCleaner::StorageCleaner(const CleanerServices& services)
-    : m_services(services), m_kept(KeptSites::of(services))
-{}
+StorageCleaner::StorageCleaner(const CleanerServices& services) : m_services(services) {}
 
-QStringList StorageCleaner::notKept(const QStringList& names, bool (KeptSites::*keeps)(QStringView) const) const
+QStringList StorageCleaner::notKept(const QStringList& names, const KeptSites& kept,
+                                    bool (KeptSites::*keeps)(QStringView) const)
 {
-    if (m_kept.isEmpty())
+    if (kept.isEmpty())
         return names;
     QStringList removed;
     for (const QString& name : names) {
-        if (!(m_kept.*keeps)(name))
+        if (!(kept.*keeps)(name))
             removed.append(name);
     }
     return removed;
@@ -149,6 +148,7 @@ void StorageCleaner::safari()
 void StorageCleaner::chromiumProfile(const QString& folder, const QString& browser)
 {
     Sandbox& sandbox = m_services.sandbox;
+    const KeptSites kept = KeptSites::forChromiumProfile(m_services, folder);
     // Site databases: their rows first (even with no origin left to name), then their folders.
     const QString databasesFolder = folder + QStringLiteral("/databases");
     const QString databases = databasesFolder + QStringLiteral("/Databases.db");
@@ -156,7 +156,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
         const QStringList origins = notKept(
             databaseArray(
                 column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases)),
-            &KeptSites::keepsChromiumOriginName);
+            kept, &KeptSites::keepsChromiumOriginName);
         runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
         sandbox.runSql(QStringLiteral("VACUUM;"), databases);
         QStringList folders;
@@ -171,7 +171,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     if (sandbox.fileExists(localStorage)) {
         QStringList files;
         for (const QString& name : notKept(localStorageArray(sandbox.folderContentsOf(localStorage), browser),
-                                           &KeptSites::keepsChromiumOriginName)) {
+                                           kept, &KeptSites::keepsChromiumOriginName)) {
             if (const auto file = sandbox.childPath(localStorage, name))
                 files << *file << *file + QStringLiteral("-journal");
         }
@@ -183,7 +183,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     const QString indexedDB = folder + QStringLiteral("/IndexedDB");
     if (sandbox.fileExists(indexedDB))
         removeEntries(indexedDB, notKept(databaseArray(sandbox.folderContentsOf(indexedDB)),
-                                         &KeptSites::keepsChromiumOriginName));
+                                         kept, &KeptSites::keepsChromiumOriginName));
 }
 
 void StorageCleaner::firefox()
@@ -193,11 +193,12 @@ void StorageCleaner::firefox()
     // the earlier profiles' scopes, which only lengthens it.
     QStringList scopes;
     for (const QString& profile : Profiles::firefoxFolders(m_services)) {
+        const KeptSites kept = KeptSites::forFirefoxProfile(m_services, profile);
         const QString store = profile + QStringLiteral("/webappsstore.sqlite");
         if (sandbox.fileExists(store)) {
             scopes += column(QStringLiteral("SELECT * FROM webappsstore2;"), QStringLiteral("scope"), store);
             runWithList(QStringLiteral("DELETE FROM webappsstore2 WHERE scope IN ('%@');"),
-                        notKept(mozillaLocalStorage(scopes), &KeptSites::keepsFirefoxScope), store);
+                        notKept(mozillaLocalStorage(scopes), kept, &KeptSites::keepsFirefoxScope), store);
             sandbox.runSql(QStringLiteral("VACUUM;"), store);
         }
         // A folder per origin: the sites' go; the add-ons' ("moz-extension+++<uuid>", where
@@ -206,7 +207,7 @@ void StorageCleaner::firefox()
             const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
             if (sandbox.fileExists(folder))
                 removeEntries(folder, notKept(mozillaSiteFolders(sandbox.folderContentsOf(folder)),
-                                              &KeptSites::keepsFirefoxOriginFolder));
+                                              kept, &KeptSites::keepsFirefoxOriginFolder));
         }
     }
 }

@@ -35,8 +35,8 @@ private:
     void runWithList(const QString& format, const QStringList& values, const QString& database);
     QStringList column(const QString& sql, const QString& name, const QString& database);
     // The names whose site is not kept.
-    QStringList notKept(const QStringList& names, bool (KeptSites::*keeps)(QStringView) const) const;
+    static QStringList notKept(const QStringList& names, const KeptSites& kept,
+                               bool (KeptSites::*keeps)(QStringView) const);
 
     CleanerServices m_services;
-    KeptSites m_kept;
 };

@@ -29,10 +29,12 @@ QString column(const TestHome& home, const QString& database, const QString& sql
     return values.join(u',');
 }
 
-// Cookies and site storage of the kept site example.com (its subdomains, containers, partitions under
-// it) and of other.org, then a run of both categories.
+// A run of both categories with example.com kept, and with or without the sites the browser's own
+// settings always allow cookies for.
 void clean(TestHome& home, const QString& browser)
 {
+    QFETCH_GLOBAL(bool, exceptions);
+    home.t.defaults.setBool(exceptions, SettingsKeys::keepBrowserExceptions);
     home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
     home.t.defaults.setObject(QVariantList{u"example.com"_s}, SettingsKeys::keptSites);
     FakeWorkspace workspace;
@@ -48,6 +50,7 @@ class TestKeptSites : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase_data();
     void entriesAreStoredNormalised_data();
     void entriesAreStoredNormalised();
     void storesNamesMatchTheKeptSites_data();
@@ -55,6 +58,14 @@ private slots:
     void chromiumKeepsTheKeptSitesCookiesAndStorage();
     void firefoxKeepsTheKeptSitesInEveryContainer();
 };
+
+// Every test twice: the browsers' own exceptions kept (the default), then not.
+void TestKeptSites::initTestCase_data()
+{
+    QTest::addColumn<bool>("exceptions");
+    QTest::newRow("with the browsers' exceptions") << true;
+    QTest::newRow("without") << false;
+}
 
 void TestKeptSites::entriesAreStoredNormalised_data()
 {
@@ -140,16 +151,22 @@ void TestKeptSites::storesNamesMatchTheKeptSites()
     QVERIFY(!KeptSites().keepsHost(name));
 }
 
+// Cookies and site storage of the kept site example.com (its subdomains, a partition under another
+// site), of other.org, and of bank.example, which the user told Chromium to always allow cookies for.
 void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
 {
+    QFETCH_GLOBAL(bool, exceptions);
     TestHome home;
     F::localState(home, QLatin1String(F::kChromeRoot), {u"Default"_s});
+    home.file(kChrome + u"/Preferences"_s,
+              R"({"profile":{"content_settings":{"exceptions":{"cookies":{"[*.]bank.example,*":{"setting":1},)"
+              R"("https://other.org:443,*":{"setting":2}}}}}})");
     for (const char* cookies : {"/Cookies", "/Network/Cookies"}) {
         F::database(home, kChrome + QLatin1String(cookies),
                     {u"CREATE TABLE cookies (host_key TEXT, top_frame_site_key TEXT, name TEXT)"_s,
                      u"INSERT INTO cookies VALUES ('.example.com', '', 'a'), ('mail.example.com', '', 'b'), "
                      "('.other.org', '', 'c'), ('.example.com', 'https://other.org', 'd'), "
-                     "('notexample.com', '', 'e')"_s});
+                     "('notexample.com', '', 'e'), ('login.bank.example', '', 'f')"_s});
     }
     for (const char* indexedDB : {"https_mail.example.com_0.indexeddb.leveldb", "https_other.org_0.indexeddb.leveldb"})
         home.file(kChrome + u"/IndexedDB/"_s + QLatin1String(indexedDB) + u"/LOG"_s);
@@ -159,7 +176,8 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
     clean(home, u"Google Chrome"_s);
 
     for (const char* cookies : {"/Cookies", "/Network/Cookies"})
-        QCOMPARE(column(home, kChrome + QLatin1String(cookies), u"SELECT name FROM cookies"_s), u"a,b"_s);
+        QCOMPARE(column(home, kChrome + QLatin1String(cookies), u"SELECT name FROM cookies"_s),
+                 exceptions ? u"a,b,f"_s : u"a,b"_s);
     QVERIFY(home.exists(kChrome + u"/IndexedDB/https_mail.example.com_0.indexeddb.leveldb/LOG"_s));
     QVERIFY(!home.exists(kChrome + u"/IndexedDB/https_other.org_0.indexeddb.leveldb"_s));
     QList<QByteArray> left = F::levelDbKeys(home.path(kChrome + u"/Local Storage/leveldb"_s));
@@ -169,18 +187,21 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
     QCOMPARE(left, expected);
 }
 
+// The same in Firefox, with containers; bank.example has a "cookie" permission set to allow.
 void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
 {
+    QFETCH_GLOBAL(bool, exceptions);
     TestHome home;
     F::database(home, kFirefox + u"/cookies.sqlite"_s,
                 {u"CREATE TABLE moz_cookies (id INTEGER PRIMARY KEY, originAttributes TEXT, host TEXT)"_s,
                  u"INSERT INTO moz_cookies (originAttributes, host) VALUES ('', '.example.com'), "
                  "('^userContextId=1', 'mail.example.com'), ('', '.other.org'), "
-                 "('^partitionKey=%28https%2Cother.org%29', '.example.com')"_s});
+                 "('^partitionKey=%28https%2Cother.org%29', '.example.com'), ('', 'bank.example')"_s});
     F::database(home, kFirefox + u"/permissions.sqlite"_s,
-                {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT)"_s,
-                 u"INSERT INTO moz_perms (origin, type) VALUES ('https://example.com^userContextId=1', 'cookie'), "
-                 "('https://other.org', 'cookie')"_s});
+                {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT, permission INTEGER)"_s,
+                 u"INSERT INTO moz_perms (origin, type, permission) VALUES "
+                 "('https://example.com^userContextId=1', 'camera', 1), ('https://other.org', 'cookie', 2), "
+                 "('https://bank.example', 'cookie', 1)"_s});
     F::firefoxStorage(home, u"a.default"_s, {u"moc.elpmaxe.:https:443"_s, u"gro.rehto.:https:443"_s});
     for (const char* origin : {"https+++example.com", "https+++example.com^userContextId=1", "https+++other.org",
                                "https+++example.com^partitionKey=%28https%2Cother.org%29"})
@@ -188,9 +209,10 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
     clean(home, u"Firefox"_s);
 
     QCOMPARE(column(home, kFirefox + u"/cookies.sqlite"_s, u"SELECT host FROM moz_cookies"_s),
-             u".example.com,mail.example.com"_s);
+             exceptions ? u".example.com,mail.example.com,bank.example"_s : u".example.com,mail.example.com"_s);
     QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_perms"_s),
-             u"https://example.com^userContextId=1"_s);
+             exceptions ? u"https://example.com^userContextId=1,https://bank.example"_s
+                        : u"https://example.com^userContextId=1"_s);
     QCOMPARE(column(home, kFirefox + u"/webappsstore.sqlite"_s, u"SELECT scope FROM webappsstore2"_s),
              u"moc.elpmaxe.:https:443"_s);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com"_s), true);
