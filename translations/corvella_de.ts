@@ -508,6 +508,90 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
     </message>
 </context>
 <context>
+    <name>KeptSitesPreferencesViewController</name>
+    <message>
+        <source>Kept sites</source>
+        <translation>Behaltene Websites</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Sites with cookies now</source>
+        <translation>Websites, die jetzt Cookies haben</translation>
+    </message>
+    <message>
+        <source>Keep</source>
+        <translation>Behalten</translation>
+    </message>
+    <message>
+        <source>Also keep each browser&apos;s own exceptions</source>
+        <translation>Auch die eigenen Ausnahmen jedes Browsers behalten</translation>
+    </message>
+    <message>
+        <source>Corvella keeps the cookies and site data of these sites, so you stay signed in to them; every other site is forgotten. “example.com” also keeps its subdomains.</source>
+        <translation>Corvella behält die Cookies und Website-Daten dieser Websites, damit Sie dort angemeldet bleiben; alle anderen Websites werden vergessen. „example.com“ behält auch seine Subdomains.</translation>
+    </message>
+    <message>
+        <source>&amp;Kept sites:</source>
+        <translation>&amp;Behaltene Websites:</translation>
+    </message>
+    <message>
+        <source>e.g. mail.example.com</source>
+        <translation>z. B. mail.example.com</translation>
+    </message>
+    <message>
+        <source>Site to keep</source>
+        <translation>Zu behaltende Website</translation>
+    </message>
+    <message>
+        <source>Add the site</source>
+        <translation>Die Website hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove the selected sites</source>
+        <translation>Die ausgewählten Websites entfernen</translation>
+    </message>
+    <message>
+        <source>Site problem</source>
+        <translation>Problem mit der Website</translation>
+    </message>
+    <message>
+        <source>&amp;Sites with cookies now:</source>
+        <translation>&amp;Websites, die jetzt Cookies haben:</translation>
+    </message>
+    <message>
+        <source>Keep the selected sites</source>
+        <translation>Die ausgewählten Websites behalten</translation>
+    </message>
+    <message>
+        <source>The sites you told a browser to always allow cookies for.</source>
+        <translation>Die Websites, für die Sie einem Browser gesagt haben, Cookies immer zu erlauben.</translation>
+    </message>
+    <message>
+        <source>KeptSitesPreferences_en</source>
+        <extracomment>Names the pane in the stored settings: keep it as it is.</extracomment>
+        <translation>KeptSitesPreferences_en</translation>
+    </message>
+    <message>
+        <source>Kept Sites</source>
+        <translation>Websites</translation>
+    </message>
+    <message>
+        <source>The kept sites could not be saved in the settings.</source>
+        <translation>Die behaltenen Websites konnten nicht in den Einstellungen gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>“%1” is no site name. Type a name such as example.com, an IP address or localhost, without “https://” or a path.</source>
+        <translation>„%1“ ist kein Website-Name. Geben Sie einen Namen wie example.com, eine IP-Adresse oder localhost ein, ohne „https://“ und ohne Pfad.</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Corvella</source>

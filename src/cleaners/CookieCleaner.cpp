@@ -28,6 +28,33 @@ void chromium(const CleanerServices& services, const QString& database, const Ke
     });
 }
 
+QStringList sitesWithCookies(const CleanerServices& services, const QString& browser)
+{
+    QStringList databases;
+    QString sql;
+    if (browser == BrowserCatalogue::firefox) {
+        for (const QString& profile : Profiles::firefox(services))
+            databases.append(profile + QStringLiteral("/cookies.sqlite"));
+        sql = QStringLiteral("SELECT DISTINCT host AS h FROM moz_cookies");
+    } else if (!BrowserCatalogue::chromiumDataRoot(browser).isEmpty()) {
+        for (const QString& profile : Profiles::chromiumFamily(services, browser))
+            databases << profile + QStringLiteral("/Cookies") << profile + QStringLiteral("/Network/Cookies");
+        sql = QStringLiteral("SELECT DISTINCT host_key AS h FROM cookies");
+    }
+    QStringList hosts;
+    for (const QString& database : std::as_const(databases)) {
+        if (!services.sandbox.fileExists(database))
+            continue;
+        for (const QVariantMap& row : services.sandbox.returnArrayFromSql(sql, database).value_or(QList<QVariantMap>())) {
+            QString host = row.value(QStringLiteral("h")).toString();
+            if (host.startsWith(QLatin1Char('.')))
+                host.remove(0, 1);
+            hosts.append(host);
+        }
+    }
+    return KeptSites::normalisedList(hosts);
+}
+
 } // namespace KeptCookies
 
 CookieCleaner::CookieCleaner(const CleanerServices& services, HelperScripts& scripts)

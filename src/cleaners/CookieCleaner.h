@@ -3,6 +3,7 @@
 #include "cleaners/CleanerServices.h"
 
 #include <QString>
+#include <QStringList>
 
 class HelperScripts;
 class KeptSites;
@@ -10,6 +11,8 @@ class KeptSites;
 namespace KeptCookies {
 // A Chromium-family cookie database ("Cookies", "Network/Cookies") with only the kept sites' rows.
 void chromium(const CleanerServices& services, const QString& database, const KeptSites& kept);
+// The sites that hold cookies in the browser's profiles now, normalised, for the user to pick from.
+QStringList sitesWithCookies(const CleanerServices& services, const QString& browser);
 } // namespace KeptCookies
 
 // Every cookie of a browser, in every profile Corvella knows of, and the channel identifiers that

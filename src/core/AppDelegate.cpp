@@ -1,5 +1,6 @@
 #include "core/AppDelegate.h"
 
+#include "cleaners/CookieCleaner.h"
 #include "cleaners/PluginCleaner.h"
 #include "core/BrowserCatalogue.h"
 #include "core/CloudSync.h"
@@ -428,6 +429,21 @@ void AppDelegate::recordCleaned(const QString& browser)
     QVariantMap cleaned = m_defaults.dictionaryForKey(SettingsKeys::lastCleaned);
     cleaned.insert(browser, QDateTime::currentDateTime());
     m_defaults.setObject(cleaned, SettingsKeys::lastCleaned);
+}
+
+QStringList AppDelegate::sitesWithCookies()
+{
+    if (!hasHomeAccess())
+        return {};
+    const CleanerServices services{m_services.sandbox, m_services.catalogue, m_defaults, m_log};
+    QStringList sites;
+    for (const QString& browser : activatedBrowsers()) {
+        for (const QString& site : KeptCookies::sitesWithCookies(services, browser)) {
+            if (!sites.contains(site))
+                sites.append(site);
+        }
+    }
+    return sites;
 }
 
 std::optional<QDateTime> AppDelegate::lastCleaned(const QString& browser) const

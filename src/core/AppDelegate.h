@@ -138,6 +138,8 @@ public:
     QString currentBrowser() const { return m_currentBrowser; }
     // When a run last finished for the browser; none before the first.
     std::optional<QDateTime> lastCleaned(const QString& browser) const;
+    // The sites that hold cookies now in the activated browsers (none without access to the home folder).
+    QStringList sitesWithCookies();
     // Whether the browser's popover offers the category: not where its data cannot exist.
     bool offersCategory(const QString& browser, const QString& category);
     void setCurrentBrowser(const QString& browser) { m_currentBrowser = browser; }

@@ -7,6 +7,7 @@
 #include "ui/GeneralPopover.h"
 #include "ui/HoverButton.h"
 #include "ui/MainWindow.h"
+#include "ui/KeptSitesPane.h"
 #include "ui/PreferencesPanes.h"
 #include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
@@ -148,6 +149,8 @@ PreferencesWindowController& DesktopFace::preferencesWindowController()
             QList<PreferencesPane*>{nullptr,
                                     new GeneralPreferencesViewController(
                                         defaults, m_delegate.checkForUserDirectory(QStringLiteral("~"))),
+                                    new KeptSitesPreferencesViewController(
+                                        defaults, [this] { return m_delegate.sitesWithCookies(); }),
                                     new DisplayPreferencesViewController(defaults),
                                     new UpdatePreferencesViewController(defaults),
                                     new AboutPreferencesViewController, nullptr});

@@ -3,7 +3,9 @@
 #include "support/TestHome.h"
 #include "ui/DesktopFace.h"
 #include "ui/FlatButton.h"
+#include "sandbox/Sqlite.h"
 #include "ui/GeneralPopover.h"
+#include "ui/KeptSitesPane.h"
 #include "ui/PreferencesPanes.h"
 #include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
@@ -12,6 +14,8 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
+#include <QListWidget>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -24,8 +28,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kGeneral = u"GeneralPreferences_en"_s, kDisplay = u"DisplayPreferences_en"_s,
-              kUpdates = u"UpdatePreferences_en"_s, kAbout = u"AboutPreferences_en"_s;
+const QString kGeneral = u"GeneralPreferences_en"_s, kKept = u"KeptSitesPreferences_en"_s,
+              kDisplay = u"DisplayPreferences_en"_s, kUpdates = u"UpdatePreferences_en"_s,
+              kAbout = u"AboutPreferences_en"_s;
 
 // The agent's face with its shipped defaults, in a temporary home.
 struct Face
@@ -96,6 +101,7 @@ private slots:
     void controlsAndSettingsFollowEachOther_data();
     void controlsAndSettingsFollowEachOther();
     void theUpdateChoicesMirrorTheirKeys();
+    void keptSitesAreTypedRemovedAndPickedFromCookies();
     void theMenuThePopoverAndTheSyncAlertLeadHere();
 };
 
@@ -115,7 +121,7 @@ void TestPreferences::theStoredPaneIsShownOrTheFirstRealOne()
     Face f(stored.isValid() ? QVariantMap{{PreferencesWindowController::kSelectedIdentifierKey, stored}}
                             : QVariantMap());
     QCOMPARE(f.window().toolbarItemIdentifiers(),
-             QStringList({u"NSToolbarFlexibleSpaceItem"_s, kGeneral, kDisplay, kUpdates, kAbout,
+             QStringList({u"NSToolbarFlexibleSpaceItem"_s, kGeneral, kKept, kDisplay, kUpdates, kAbout,
                           u"NSToolbarFlexibleSpaceItem"_s}));
     QCOMPARE(f.shown(), shown);
     QCOMPARE(f.window().windowTitle(), f.window().selectedViewController()->toolbarItemLabel());
@@ -186,7 +192,7 @@ void TestPreferences::everyPaneIsAsWideAsThePaddingSays()
     if (!padding.isEmpty())
         QCoreApplication::installTranslator(&translator);
     Face f;
-    for (const QString& pane : {kGeneral, kDisplay, kUpdates, kAbout}) {
+    for (const QString& pane : {kGeneral, kKept, kDisplay, kUpdates, kAbout}) {
         f.window().selectControllerWithIdentifier(pane);
         QTRY_COMPARE(f.window().selectedViewController()->width(), width);
         QCOMPARE(f.window().maximumWidth(), width);
@@ -232,8 +238,8 @@ void TestPreferences::aFolderThatCannotBeUsedKeepsThePaneUp()
     f.home.folder(u"Sync"_s);
     auto& general = *qobject_cast<GeneralPreferencesViewController*>(f.window().selectedViewController());
     general.syncFolderField()->setText(typed.replace(u"HOME"_s, f.home.path()));
-    f.window().toolbar()->actions().at(2)->trigger(); // Display
-    QCOMPARE(f.shown(), taken ? kDisplay : kGeneral);
+    f.window().toolbar()->actions().at(2)->trigger(); // Kept Sites
+    QCOMPARE(f.shown(), taken ? kKept : kGeneral);
     QCOMPARE(f.window().toolbar()->actions().at(1)->isChecked(), !taken);
     QCOMPARE(general.syncFolderProblem()->isVisible(), !taken);
     QCOMPARE(f.home.t.defaults.stringForKey(SettingsKeys::syncFolder).has_value(), taken);
@@ -258,6 +264,9 @@ void TestPreferences::controlsAndSettingsFollowEachOther_data()
                                      << SettingsKeys::cleanCurrentLayouts;
     QTest::newRow("sync") << kGeneral << u"Share these settings with your other computers"_s
                           << SettingsKeys::iCloudSync;
+    QTest::newRow("browser exceptions")
+        << kKept << u"Also keep each browser's own exceptions"_s
+        << SettingsKeys::keepBrowserExceptions;
     QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
     QTest::newRow("automatic checks")
         << kUpdates << u"Check for updates automatically"_s << SettingsKeys::enableAutomaticChecks;
@@ -327,6 +336,47 @@ void TestPreferences::theMenuThePopoverAndTheSyncAlertLeadHere()
     f.face.syncAlert()->button(QMessageBox::Ok)->click();
     QTRY_VERIFY(!f.face.syncAlert());
     QVERIFY(f.home.t.defaults.boolForKey(SettingsKeys::hideiCloudAlert));
+}
+
+// From the keyboard, as a user does: a name typed and entered, a URL refused with a message, a site
+// removed with Delete, a site picked from those that hold cookies in an activated browser.
+void TestPreferences::keptSitesAreTypedRemovedAndPickedFromCookies()
+{
+    Face f({{SettingsKeys::enabledBrowsers, QVariantList{u"org.mozilla.firefox"_s}}});
+    const QString cookies = f.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
+    QDir().mkpath(QFileInfo(cookies).path());
+    {
+        Sqlite db(cookies);
+        db.executeNonQuery(u"CREATE TABLE moz_cookies (host TEXT)"_s);
+        db.executeNonQuery(u"INSERT INTO moz_cookies VALUES ('.bank.example'), ('mail.example.com')"_s);
+    }
+    f.window().selectControllerWithIdentifier(kKept);
+    auto& pane = *qobject_cast<KeptSitesPreferencesViewController*>(f.window().selectedViewController());
+    const auto stored = [&f] { return f.home.t.defaults.arrayForKey(SettingsKeys::keptSites); };
+
+    QTest::keyClicks(pane.siteField(), u"Example.COM"_s);
+    QTest::keyClick(pane.siteField(), Qt::Key_Return);
+    QCOMPARE(stored(), QVariantList{u"example.com"_s});
+    QVERIFY(pane.siteField()->text().isEmpty());
+    QTest::keyClicks(pane.siteField(), u"https://shop.example/"_s);
+    QTest::keyClick(pane.siteField(), Qt::Key_Return);
+    QVERIFY(pane.problem()->isVisible());
+    QCOMPARE(stored(), QVariantList{u"example.com"_s});
+
+    // Only the cookie sites not kept yet are offered: mail.example.com is example.com's.
+    QCOMPARE(pane.suggestionList()->count(), 1);
+    QCOMPARE(pane.suggestionList()->item(0)->text(), u"bank.example"_s);
+    pane.suggestionList()->setCurrentRow(0);
+    QTest::keyClick(pane.suggestionList(), Qt::Key_Return);
+    QCOMPARE(stored(), (QVariantList{u"example.com"_s, u"bank.example"_s}));
+    QCOMPARE(pane.suggestionList()->count(), 0);
+
+    pane.keptList()->setFocus();
+    pane.keptList()->setCurrentRow(1); // sorted: bank.example, example.com
+    QTest::keyClick(pane.keptList(), Qt::Key_Delete);
+    QCOMPARE(stored(), QVariantList{u"bank.example"_s});
+    f.home.t.defaults.setObject(QVariantList{u"a.example"_s, u"b.example"_s}, SettingsKeys::keptSites); // synced
+    QCOMPARE(pane.keptList()->count(), 2);
 }
 
 QTEST_MAIN(TestPreferences)

@@ -15,6 +15,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 namespace F = BrowserFixtures;
@@ -102,7 +103,7 @@ QList<std::pair<int, QByteArray>> snssCommands(const QByteArray& file)
 {
     QList<std::pair<int, QByteArray>> commands;
     for (qsizetype at = 8; at + 3 <= file.size();) {
-        const quint16 size = *reinterpret_cast<const quint16*>(file.constData() + at);
+        const auto size = qFromLittleEndian<quint16>(file.constData() + at);
         commands.append({quint8(file.at(at + 2)), file.mid(at + 3, size - 1)});
         at += 2 + size;
     }
