@@ -84,9 +84,16 @@ void CookieCleaner::removeCookies(const QString& browser)
                 return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
                        kept.keepsFirefoxAttributes(row.value(QStringLiteral("originAttributes")).toString());
             });
-            SiteRows::keepOnly(m_services, permissions, QStringLiteral("moz_perms"), [&kept](const QVariantMap& row) {
-                return kept.keepsFirefoxOrigin(row.value(QStringLiteral("origin")).toString());
-            });
+            // Every table that names sites: the permissions by origin, the user's interactions with
+            // sites, and the table older versions kept by host, which Firefox leaves beside the new one.
+            for (const QString& table : SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("origin")))
+                SiteRows::keepOnly(m_services, permissions, table, [&kept](const QVariantMap& row) {
+                    return kept.keepsFirefoxOrigin(row.value(QStringLiteral("origin")).toString());
+                });
+            for (const QString& table : SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("host")))
+                SiteRows::keepOnly(m_services, permissions, table, [&kept](const QVariantMap& row) {
+                    return kept.keepsHost(row.value(QStringLiteral("host")).toString());
+                });
         }
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
         return;

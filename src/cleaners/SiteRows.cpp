@@ -2,6 +2,8 @@
 
 #include "sandbox/Sandbox.h"
 
+#include <QRegularExpression>
+
 namespace SiteRows {
 
 void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
@@ -32,6 +34,27 @@ void keepOnly(const CleanerServices& services, const QString& database, const QS
                               .arg(table, removed.mid(at, chunk).join(QLatin1Char(','))));
     }
     sandbox.runSqlThenVacuum(statements, database);
+}
+
+QStringList tablesWithColumn(const CleanerServices& services, const QString& database, const QString& column)
+{
+    static const QRegularExpression plainName(QStringLiteral("^[A-Za-z0-9_]+$"));
+    QStringList tables;
+    for (const QVariantMap& table :
+         services.sandbox
+             .returnArrayFromSql(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"), database)
+             .value_or(QList<QVariantMap>())) {
+        const QString name = table.value(QStringLiteral("name")).toString();
+        if (!plainName.match(name).hasMatch())
+            continue;
+        for (const QVariantMap& info : services.sandbox
+                                           .returnArrayFromSql(QStringLiteral("PRAGMA table_info(%1)").arg(name), database)
+                                           .value_or(QList<QVariantMap>())) {
+            if (info.value(QStringLiteral("name")).toString() == column)
+                tables.append(name);
+        }
+    }
+    return tables;
 }
 
 } // namespace SiteRows

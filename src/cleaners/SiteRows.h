@@ -17,4 +17,8 @@ namespace SiteRows {
 void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
               const std::function<bool(const QVariantMap& row)>& kept);
 
+// The tables of the database that have the column (names of letters, digits and "_" only; no other
+// name from the file reaches SQL).
+QStringList tablesWithColumn(const CleanerServices& services, const QString& database, const QString& column);
+
 } // namespace SiteRows

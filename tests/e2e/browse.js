@@ -6,6 +6,8 @@
 //   node browse.js keep|read chromium PROFILE EXTENSION       -- with the unpacked extension: keeps a value in
 //                                                               its storage and IndexedDB and pins a tab, or
 //                                                               prints them and the pinned tabs
+//   node browse.js signin|whoami chromium|firefox PROFILE PORT -- signs in to the kept site on the port, or
+//                                                               prints what it still knows ("cookie/token/record")
 //   node browse.js search firefox PROFILE [ENGINE]           -- chooses the default search engine (by its id) in
 //                                                               Firefox's settings page, prints the default's id
 //   node browse.js keep|read firefox PROFILE                  -- the same with the add-on installed in the
@@ -18,7 +20,7 @@ const site = require('./site');
 const [command, browserName, profile, downloads] = process.argv.slice(2);
 const asksExtension = command === 'keep' || command === 'read';
 const extension = asksExtension ? downloads : null; // Chromium's unpacked extension
-const HOST = 'corvella-trail.localhost';
+const HOST = 'corvella-trail.localhost', KEPT_HOST = 'kept-site.localhost';
 // The add-on's folder in Firefox's storage is named by this id, which every start is told: the profile's
 // prefs.js, where Firefox would keep it, is put back as it was when the browser closes.
 const ADDON_UUID = '6d1c2a52-8d4e-4b8a-9a57-3f1e0c6b7a10';
@@ -113,6 +115,16 @@ async function searchEngine(browser, chosen) {
             await page.goto(`about:blank#corvella-${command}`);
             await page.waitForFunction(() => location.hash.startsWith('#values='), {timeout: 15000});
             console.log(decodeURIComponent(new URL(page.url()).hash.slice('#values='.length)));
+        } else if (command === 'signin' || command === 'whoami') {
+            // The kept site's origin is the same on every visit: its storage is the origin's.
+            const server = await site.start(Number(downloads));
+            try {
+                const page = await browser.newPage();
+                await page.goto(`http://${KEPT_HOST}:${downloads}/${command}`, {waitUntil: 'load'});
+                console.log(await page.evaluate(() => window.result));
+            } finally {
+                server.close();
+            }
         } else if (command === 'search') {
             console.log(await searchEngine(browser, downloads));
         } else if (command === 'restore') {

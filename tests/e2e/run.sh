@@ -2,7 +2,9 @@
 # End to end, as the test user: Debian's Chromium and Firefox ESR visit a local site that leaves every
 # kind of trace; a bookmark and a saved password of another site are added. Then the real agent, with
 # all twelve categories chosen for both browsers, watches each browser open and quit by itself.
-# Afterwards no file in the browsers' data and cache folders names the site, the bookmarks and
+# The user also signs in to a second site, which they keep (a cookie, local storage, IndexedDB).
+# Afterwards no file in the browsers' data and cache folders names the first site, the kept site still
+# knows the user in both browsers while its history is gone, the bookmarks and
 # passwords are there, every database passes its integrity check, every JSON file parses, and each
 # browser opens its cleaned profile and loads a page. A second Firefox profile outside Firefox's folder
 # (listed with an absolute path) is cleaned as well, and what the user keeps stays: Chromium's "Preload
@@ -54,6 +56,7 @@ categories="cookies databases flash silverlight cache history favicons webpage f
 {
     echo '<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>'
     echo '<key>isRunning</key><true/><key>firstRun</key><false/><key>displayNotifications</key><false/>'
+    echo '<key>keptSites</key><array><string>kept-site.localhost</string></array>'
     echo '<key>enabledBrowsers</key><array><string>org.chromium.Chromium</string>'
     echo '<string>org.mozilla.firefox</string></array><key>settings</key><dict>'
     for category in $categories; do
@@ -83,6 +86,14 @@ for browser in chromium firefox firefox-absolute; do
     browse visit ${browser%-absolute} "$profile" "$home/Downloads" > "$work/visit-$browser.log"
     rc=$?
     check '[ $rc = 0 ]' "$browser could not visit the site: $(cat "$work/visit-$browser.log")"
+done
+# The user signs in to the site they keep, in both browsers, on a port the whole test uses.
+kept_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+for browser in chromium firefox; do
+    profile=$chromium_data
+    [ $browser = firefox ] && profile=$firefox_profile
+    signed=$(browse signin $browser "$profile" "$kept_port" | tail -n 1)
+    check '[ "$signed" = "signed in" ]' "$browser could not sign in to the kept site: $signed"
 done
 as_user tee "$chromium_data/Default/Bookmarks" > /dev/null <<'JSON'
 {"roots":{"bookmark_bar":{"children":[{"id":"5","name":"Kept","type":"url","url":"https://kept.example/"}],
@@ -198,6 +209,11 @@ while IFS= read -r -d '' file; do
         check 'python3 -m json.tool "$file" > /dev/null 2>&1' "$file is no longer JSON"
     fi
 done < <(find "$chromium_data" "$firefox_data" -type f -print0)
+# The kept site's history is gone (it is asked what it knows after the pinned tabs are checked).
+check '[ "$(sql "$chromium_data/Default/History" "SELECT count(*) FROM urls WHERE url LIKE '"'%kept-site%'"'")" = 0 ]' \
+    "Chromium's history still has the kept site"
+check '[ "$(sql "$firefox_profile/places.sqlite" "SELECT count(*) FROM moz_places WHERE url LIKE '"'%kept-site%'"'")" = 0 ]' \
+    "Firefox's history still has the kept site"
 read=$(browse read chromium "$chromium_data" "$work/extension" | tail -n 1)
 check '[ "$read" = yes/yes/yes/about:blank#kept-pinned ]' \
     "Chromium's extension lost what it kept, or the pinned tab did not come back (storage/IndexedDB/bucket/pinned: $read)"
@@ -206,6 +222,13 @@ check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pin
 # (After the restore: a start that does not restore the session writes one without the pinned tab.)
 read=$(browse read firefox "$firefox_profile" | tail -n 1)
 check '[ "$read" = yes/yes ]' "Firefox's add-on lost what it kept (storage/IndexedDB: $read)"
+for browser in chromium firefox; do
+    profile=$chromium_data
+    [ $browser = firefox ] && profile=$firefox_profile
+    known=$(browse whoami $browser "$profile" "$kept_port" | tail -n 1)
+    echo "the kept site after the clean, $browser: $known"
+    check '[ "$known" = cookie/t-alice/alice ]' "the kept site no longer knows the user in $browser: $known"
+done
 chosen=$(browse search firefox "$firefox_profile" | tail -n 1)
 check '[ "$chosen" = ddg ]' "Firefox's chosen default search engine was undone: $chosen"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"

@@ -201,7 +201,9 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
                 {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT, permission INTEGER)"_s,
                  u"INSERT INTO moz_perms (origin, type, permission) VALUES "
                  "('https://example.com^userContextId=1', 'camera', 1), ('https://other.org', 'cookie', 2), "
-                 "('https://bank.example', 'cookie', 1)"_s});
+                 "('https://bank.example', 'cookie', 1)"_s,
+                 u"CREATE TABLE moz_origin_interactions (origin TEXT PRIMARY KEY, lastInteractionTime INTEGER)"_s,
+                 u"INSERT INTO moz_origin_interactions VALUES ('https://mail.example.com', 1), ('https://other.org', 1)"_s});
     F::firefoxStorage(home, u"a.default"_s, {u"moc.elpmaxe.:https:443"_s, u"gro.rehto.:https:443"_s});
     for (const char* origin : {"https+++example.com", "https+++example.com^userContextId=1", "https+++other.org",
                                "https+++example.com^partitionKey=%28https%2Cother.org%29"})
@@ -213,6 +215,8 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
     QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_perms"_s),
              exceptions ? u"https://example.com^userContextId=1,https://bank.example"_s
                         : u"https://example.com^userContextId=1"_s);
+    QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_origin_interactions"_s),
+             u"https://mail.example.com"_s);
     QCOMPARE(column(home, kFirefox + u"/webappsstore.sqlite"_s, u"SELECT scope FROM webappsstore2"_s),
              u"moc.elpmaxe.:https:443"_s);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com"_s), true);
