@@ -1,6 +1,7 @@
 #include "cleaners/ChromeHistoryCleaner.h"
 
 #include "cleaners/HistoryCleaner.h"
+#include "cleaners/KeptSites.h"
 #include "cleaners/Profiles.h"
 #include "sandbox/Sandbox.h"
 
@@ -60,7 +61,15 @@ void ChromeHistoryCleaner::clearProfile(const QString& profile, const QString& o
     } else if (ofType == QLatin1String("webpage")) {
         sandbox.removeFiles({in("Top Sites"), in("thumbnails.db")});
     } else if (ofType == QLatin1String("websitePrefs")) {
-        sandbox.removeChromeZoomSettings(in("Preferences"));
+        const KeptSites kept = KeptSites::forChromiumProfile(m_services, profile);
+        if (kept.isEmpty()) {
+            sandbox.removeChromeZoomSettings(in("Preferences"));
+        } else { // the kept sites' zoom levels and content settings stay
+            sandbox.removeJsonMembers(in("Preferences"),
+                                      {{u"partition"_s, u"per_host_zoom_levels"_s, u"*"_s},
+                                       {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"*"_s}},
+                                      [&kept](const QString& key) { return !kept.keepsChromiumPattern(key); });
+        }
     } else if (ofType == QLatin1String("searchEngines")) {
         // The engines that came with the browser have no creation date and stay.
         sandbox.runSqlThenVacuum({u"DELETE FROM keywords WHERE keywords.date_created != 0"_s},

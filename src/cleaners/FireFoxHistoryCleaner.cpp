@@ -2,6 +2,8 @@
 
 #include "cleaners/FirefoxSearchEngines.h"
 #include "cleaners/HistoryCleaner.h"
+#include "cleaners/KeptSites.h"
+#include "cleaners/SiteRows.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SplicedSql.h"
 #include "sandbox/Sandbox.h"
@@ -56,10 +58,21 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
     } else if (ofType == QLatin1String("websitePrefs")) {
         // The sites' preferences go; those for every site (groupID NULL: the default zoom, say) are
         // the user's settings and stay.
-        if (sandbox.fileExists(in("content-prefs.sqlite")))
+        const QString prefs = in("content-prefs.sqlite");
+        const KeptSites kept = KeptSites::forFirefoxProfile(m_services, profile);
+        if (kept.isEmpty() && sandbox.fileExists(prefs)) {
             sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL"),
                                       QStringLiteral("DELETE FROM groups")},
-                                     in("content-prefs.sqlite"));
+                                     prefs);
+        } else if (SiteRows::tablesWithColumn(m_services, prefs, QStringLiteral("name")).contains(QStringLiteral("groups"))) {
+            // The kept sites' groups (a group is named by its site) and their preferences stay.
+            SiteRows::keepOnly(m_services, prefs, QStringLiteral("groups"), [&kept](const QVariantMap& row) {
+                return kept.keepsHost(row.value(QStringLiteral("name")).toString());
+            });
+            sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL AND groupID NOT "
+                                                     "IN (SELECT id FROM groups)")},
+                                     prefs);
+        }
     } else if (ofType == QLatin1String("searchEngines")) {
         // The engines added from sites go; the user's choice among Firefox's own stays.
         const QString engines = in("search.json.mozlz4");

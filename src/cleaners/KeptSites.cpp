@@ -210,6 +210,13 @@ bool KeptSites::keepsOrigin(QStringView origin) const
     return true;
 }
 
+bool KeptSites::keepsChromiumPattern(QStringView pattern) const
+{
+    const QString text = pattern.toString();
+    const QString second = text.section(u',', 1).trimmed();
+    return keepsHost(patternHost(text)) && (second.isEmpty() || second == u"*" || keepsHost(patternHost(second)));
+}
+
 bool KeptSites::keepsChromiumOriginName(QStringView name) const
 {
     // "scheme_host_port", then an ending that starts with a "." ("https_a.org_0.indexeddb.leveldb").

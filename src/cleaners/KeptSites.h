@@ -46,6 +46,9 @@ public:
     bool keepsChromiumOriginName(QStringView name) const;
     // Firefox's origin folders: "https+++a.org+8443^userContextId=1&partitionKey=%28https%2Cb.org%29".
     bool keepsFirefoxOriginFolder(QStringView name) const;
+    // A Chromium-family site pattern ("[*.]example.com,*", "https://a.org:443,https://b.org:443") or a
+    // host ("example.com", a zoom level's): kept when both its sites are (or the second is "*").
+    bool keepsChromiumPattern(QStringView pattern) const;
     // Firefox's origins with their attributes ("https://a.org^userContextId=1"), and the attributes
     // alone (a cookie's "originAttributes"): a partition or first party must be kept too.
     bool keepsFirefoxOrigin(QStringView origin) const;

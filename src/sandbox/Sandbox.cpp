@@ -554,6 +554,26 @@ void Sandbox::removeChromeZoomSettings(const QString& path)
 
 void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyPaths)
 {
+    QStringList keys;
+    for (const QStringList& keyPath : keyPaths)
+        keys.append(u'"' + keyPath.join(u'.') + u'"');
+    rewriteJson(path, QStringLiteral("without ") + keys.join(QStringLiteral(", ")),
+                [&](const QByteArray& text) { return JsonKeys::without(text, keyPaths); });
+}
+
+void Sandbox::removeJsonMembers(const QString& path, const QList<QStringList>& objectPaths,
+                                const std::function<bool(const QString& key)>& removes)
+{
+    QStringList paths;
+    for (const QStringList& objectPath : objectPaths)
+        paths.append(u'"' + objectPath.join(u'.') + u'"');
+    rewriteJson(path, QStringLiteral("without the sites' entries of ") + paths.join(QStringLiteral(", ")),
+                [&](const QByteArray& text) { return JsonKeys::withoutMembers(text, objectPaths, removes); });
+}
+
+void Sandbox::rewriteJson(const QString& path, const QString& change,
+                          const std::function<std::optional<QByteArray>(const QByteArray&)>& rewrite)
+{
     if (path.isEmpty())
         return;
     envelope(
@@ -562,18 +582,14 @@ void Sandbox::removeJsonKeys(const QString& path, const QList<QStringList>& keyP
             const std::optional<QByteArray> text = AtomicFile::read(native);
             if (!text)
                 return;
-            const std::optional<QByteArray> rewritten = JsonKeys::without(*text, keyPaths);
+            const std::optional<QByteArray> rewritten = rewrite(*text);
             if (!rewritten) {
                 problem(QStringLiteral("Corvella left %1 as it was: it is not UTF-8 text").arg(native));
                 return;
             }
             if (m_services.preview) {
-                QStringList keys;
-                for (const QStringList& keyPath : keyPaths)
-                    keys.append(u'"' + keyPath.join(u'.') + u'"');
                 m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "change")),
-                                           native, rewritten->size(),
-                                           QStringLiteral("without ") + keys.join(QStringLiteral(", ")));
+                                           native, rewritten->size(), change);
                 return;
             }
             replaceFile(native, *rewritten);

@@ -89,6 +89,9 @@ public:
     // rewrites it compactly and atomically with every other key kept in its order; a file that is not
     // JSON becomes "{}", one that is not UTF-8 text is left as it is (and reported).
     void removeJsonKeys(const QString& path, const QList<QStringList>& keyPaths);
+    // The same for the members `removes` picks of the objects at the paths ("*": every member there).
+    void removeJsonMembers(const QString& path, const QList<QStringList>& objectPaths,
+                           const std::function<bool(const QString& key)>& removes);
     // A Chromium-family "Preferences" file without its network predictions: "net", "dns_prefetching".
     void removeExtraChromeCacheData(const QString& path);
     // A Chromium-family "Preferences" file without its per-site settings: "partition" (zoom levels)
@@ -124,6 +127,9 @@ private:
     bool insideHome(const QString& nativePath) const;
     bool insideALinkedRoot(const QString& nativePath) const;
     void problem(const QString& line) const;
+    // Replaces a JSON file with its rewrite (atomically; text that is not UTF-8 is left and reported).
+    void rewriteJson(const QString& path, const QString& change,
+                     const std::function<std::optional<QByteArray>(const QByteArray&)>& rewrite);
     // Replaces the file atomically; a failure leaves it as it was and is reported.
     void replaceFile(const QString& native, const QByteArray& bytes) const;
     void removeNative(const QString& nativePath);

@@ -1,5 +1,6 @@
 // Chromium's "Preferences" and "Local State" are rewritten without some keys. Whatever the text,
-// the rewrite answers JSON or nothing, and rewriting its own output changes nothing more.
+// the rewrite answers JSON or nothing, and rewriting its own output changes nothing more; so does the
+// rewrite without some members of nested objects.
 #include "sandbox/JsonKeys.h"
 
 #include <QJsonDocument>
@@ -22,6 +23,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!QJsonDocument::fromJson(*rewritten, &error).isObject())
         std::abort(); // a browser would throw away a file that is not a JSON object
     if (JsonKeys::without(*rewritten, keyPaths) != rewritten)
+        std::abort();
+    // The sites' entries of the per-site settings, as a clean that keeps some sites takes them out.
+    const QList<QStringList> perSite = {{QStringLiteral("partition"), QStringLiteral("per_host_zoom_levels"),
+                                         QStringLiteral("*")},
+                                        {QStringLiteral("*")}};
+    const auto removes = [](const QString& key) { return key.contains(QLatin1Char('a')); };
+    const std::optional<QByteArray> members = JsonKeys::withoutMembers(text, perSite, removes);
+    if (!members || !QJsonDocument::fromJson(*members).isObject() ||
+        JsonKeys::withoutMembers(*members, perSite, removes) != members)
         std::abort();
     return 0;
 }

@@ -29,7 +29,7 @@ QString column(const TestHome& home, const QString& database, const QString& sql
     return values.join(u',');
 }
 
-// A run of both categories with example.com kept, and with or without the sites the browser's own
+// A run of cookies, storage and website preferences with example.com kept, and with or without the sites the browser's own
 // settings always allow cookies for.
 void clean(TestHome& home, const QString& browser)
 {
@@ -42,6 +42,7 @@ void clean(TestHome& home, const QString& browser)
     BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
     cleaners.removeCookies(browser);
     cleaners.removeNonFavLocalStorage(browser);
+    cleaners.removeBrowserHistory(browser, u"websitePrefs"_s);
 }
 
 } // namespace
@@ -57,6 +58,7 @@ private slots:
     void storesNamesMatchTheKeptSites();
     void chromiumKeepsTheKeptSitesCookiesAndStorage();
     void firefoxKeepsTheKeptSitesInEveryContainer();
+    void keptSitesKeepTheirWebsitePreferences();
 };
 
 // Every test twice: the browsers' own exceptions kept (the default), then not.
@@ -224,6 +226,34 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++other.org"_s), false);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^partitionKey=%28https%2Cother.org%29"_s),
              false);
+}
+
+// Their zoom levels and content settings in Chromium, their site preferences in Firefox; a setting
+// between a kept site and another goes, and the settings for every site stay.
+void TestKeptSites::keptSitesKeepTheirWebsitePreferences()
+{
+    TestHome home;
+    F::localState(home, QLatin1String(F::kChromeRoot), {u"Default"_s});
+    home.file(kChrome + u"/Preferences"_s,
+              R"({"partition":{"default_zoom_level":{"x":1.0},"per_host_zoom_levels":{"x":{"mail.example.com":)"
+              R"({"zoom_level":2.0},"other.org":{"zoom_level":3.0}}}},"profile":{"content_settings":{"exceptions":)"
+              R"({"geolocation":{"https://example.com:443,*":{"setting":1},"https://other.org:443,*":{"setting":1},)"
+              R"("https://example.com:443,https://other.org:443":{"setting":1}}}}}})");
+    F::database(home, kFirefox + u"/content-prefs.sqlite"_s,
+                {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+                 u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER, settingID INTEGER, value BLOB)"_s,
+                 u"INSERT INTO groups VALUES (1, 'mail.example.com'), (2, 'other.org')"_s,
+                 u"INSERT INTO prefs VALUES (1, 1, 1, 1.5), (2, 2, 1, 2.0), (3, NULL, 1, 1.1)"_s});
+    clean(home, u"Google Chrome"_s);
+    clean(home, u"Firefox"_s);
+
+    const QByteArray kept =
+        R"({"partition":{"default_zoom_level":{"x":1.0},"per_host_zoom_levels":{"x":{"mail.example.com":)"
+        R"({"zoom_level":2.0}}}},"profile":{"content_settings":{"exceptions":)"
+        R"({"geolocation":{"https://example.com:443,*":{"setting":1}}}}}})";
+    QCOMPARE(home.read(kChrome + u"/Preferences"_s), kept);
+    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT id FROM prefs"_s), u"1,3"_s);
+    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT name FROM groups"_s), u"mail.example.com"_s);
 }
 
 QTEST_GUILESS_MAIN(TestKeptSites)
