@@ -4,11 +4,12 @@ measured in the same run: `rm -rf` of the same trees, and the sqlite3 shell runn
 statements on an identical copy of the same databases (one connection per database).
 
 The baseline's work is read from `corvella-clean --preview`, so both sides do exactly the same
-removals and statements. Each round installs a fresh copy of the profile before each side and
+removals and statements. With KEPT above 0 the user keeps that many of the profile's sites
+("--keep site0.example" and so on), so cookies, storage and site preferences are taken row by row. Each round installs a fresh copy of the profile before each side and
 alternates which side goes first. Runs in the home folder of the user who starts it (the
 benchmark's own test user: see heavy-profile.sh).
 
-Usage: heavy_run.py CORVELLA_CLEAN WORK_FOLDER ROUNDS SCALE...
+Usage: heavy_run.py CORVELLA_CLEAN WORK_FOLDER ROUNDS KEPT SCALE...
 """
 import math
 import os
@@ -23,7 +24,7 @@ CATEGORIES = ("cookies databases flash silverlight cache history favicons webpag
               "websitePrefs searchEngines").split()
 BROWSERS = {"Chromium": ("chromium", (".config/chromium", ".cache/chromium")),
             "Firefox": ("firefox", (".mozilla", ".cache/mozilla"))}
-PREVIEW_LINE = re.compile(r"^(remove files below|remove|write|create folder|change) (.*?) \((\d+) bytes\)(?:: (.*))?$")
+PREVIEW_LINE = re.compile(r"^(remove files below|remove|write|create folder|change) (.*?) \(([^()]*)\)(?:: (.*))?$")
 
 
 def timed(command, check=True, **kwargs):
@@ -49,7 +50,7 @@ def is_database(path):
 
 def plan(clean, browser):
     """The removals and statements of a full run, from the preview, in the run's order."""
-    out = subprocess.run([clean, "--preview", browser, *CATEGORIES], capture_output=True, text=True, check=True)
+    out = subprocess.run([*clean, "--preview", browser, *CATEGORIES], capture_output=True, text=True, check=True)
     steps, removed = [], []
     for line in out.stdout.splitlines():
         match = PREVIEW_LINE.match(line)
@@ -123,9 +124,11 @@ def median(values):
 
 
 def main():
-    if len(sys.argv) < 5:
+    if len(sys.argv) < 6:
         sys.exit(__doc__.strip().splitlines()[-1])
-    clean, work, rounds, scales = sys.argv[1], sys.argv[2], int(sys.argv[3]), [float(s) for s in sys.argv[4:]]
+    work, rounds, kept = sys.argv[2], int(sys.argv[3]), int(sys.argv[4])
+    scales = [float(s) for s in sys.argv[5:]]
+    clean = [sys.argv[1], *(a for i in range(kept) for a in ("--keep", f"site{i}.example"))]
     results = {}
     for browser, (kind, folders) in BROWSERS.items():
         for scale in scales:
@@ -141,7 +144,7 @@ def main():
                 for side in sides:
                     install(template, folders)
                     if side == "ours":
-                        t, m = timed([clean, browser, *CATEGORIES], stdout=subprocess.DEVNULL,
+                        t, m = timed([*clean, browser, *CATEGORIES], stdout=subprocess.DEVNULL,
                                      stderr=subprocess.DEVNULL)
                         ours.append(t)
                         peaks.append(m)
@@ -157,13 +160,13 @@ def main():
                       f"rm -rf + sqlite3 {tools[-1]:.2f} s", flush=True)
             results[(browser, scale)] = (median(ours), median(tools), max(peaks), len(steps))
             install(template, folders)  # leaves the home as the generator made it, for a look
-    print_table(results, scales, rounds)
+    print_table(results, scales, rounds, f", {kept} sites kept" if kept else "")
 
 
-def print_table(results, scales, rounds):
+def print_table(results, scales, rounds, kept):
     """Rows of the benchmark table: measure | Corvella | baseline | ratio | target."""
     for (browser, scale), (ours, tools, peak, steps) in results.items():
-        print(f"| full run, {browser} profile at {scale * 100:g} % ({steps} steps), median of {rounds} | "
+        print(f"| full run, {browser} profile at {scale * 100:g} %{kept} ({steps} steps), median of {rounds} | "
               f"{ours:.2f} s | rm -rf + sqlite3 {tools:.2f} s | {ours / tools:.2f} | at most 1.25 at 100 % |")
     for (browser, scale), (_, _, peak, _) in results.items():
         print(f"| full run, {browser} profile at {scale * 100:g} %, peak resident memory | {peak:.1f} MB | - | - | "

@@ -15,6 +15,7 @@ trap 'rm -f "$log"' EXIT
     bash "$here/cache-clean.sh" "$bin_dir" 3
     "$bin_dir/bench-secure-delete" 5
     bash "$here/heavy-profile.sh" "$bin_dir" 5 0.01 0.1 1
+    CORVELLA_BENCH_KEPT=1000 bash "$here/heavy-profile.sh" "$bin_dir" 3 1
 } 2>&1 | tee "$log"
 status=${PIPESTATUS[0]}
 echo

@@ -192,6 +192,18 @@ Siehe corvella(1); für die Befehlszeile corvella-clean(1).</translation>
         <source>Not cleaned yet</source>
         <translation>Noch nicht bereinigt</translation>
     </message>
+    <message>
+        <source>Kept sites</source>
+        <translation>Behaltene Websites</translation>
+    </message>
+    <message>
+        <source>The sites whose cookies and site data every clean keeps</source>
+        <translation>Die Websites, deren Cookies und Website-Daten jede Bereinigung behält</translation>
+    </message>
+    <message>
+        <source>Kept sites: %1…</source>
+        <translation>Behaltene Websites: %1…</translation>
+    </message>
 </context>
 <context>
     <name>CleanCommand</name>

@@ -5,11 +5,13 @@
 #include "core/RemovalRun.h"
 #include "core/SettingsController.h"
 #include "platform/SettingsKeys.h"
+#include "platform/UserDefaults.h"
 #include "ui/IconTransformer.h"
 #include "ui/ToggleSwitch.h"
 
 #include <QGridLayout>
 #include <QLocale>
+#include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -22,7 +24,8 @@ constexpr qreal kDefaultWidth = 300.0;
 } // namespace
 
 BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent)
-    : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons), m_iconView(new QLabel(this)),
+    : PopoverWindow(Qt::ToolTip, parent), m_delegate(delegate), m_icons(icons),
+      m_keptSitesButton(new QPushButton(this)), m_iconView(new QLabel(this)),
       m_browserInfoLabel(new QLabel(this)), m_browserLabel(new QLabel(this)),
       m_browserSetttingsView(new QWidget(this)), m_protectSwitch(new ToggleSwitch(this)),
       m_lastCleanedLabel(new QLabel(this))
@@ -68,6 +71,12 @@ BrowserPopover::BrowserPopover(AppDelegate& delegate, const IconTransformer& ico
         m_labels.insert(category, label);
         ++row;
     }
+    m_keptSitesButton->setParent(m_browserSetttingsView);
+    m_keptSitesButton->setFlat(true);
+    m_keptSitesButton->setAccessibleName(tr("Kept sites"));
+    m_keptSitesButton->setToolTip(tr("The sites whose cookies and site data every clean keeps"));
+    grid->addWidget(m_keptSitesButton, row, 0, 1, 2, Qt::AlignLeft);
+    connect(m_keptSitesButton, &QPushButton::clicked, this, &BrowserPopover::keptSitesRequested);
     layout->addWidget(m_browserSetttingsView, 1);
     layout->addStretch();
     m_browserSetttingsView->hide();
@@ -134,6 +143,8 @@ void BrowserPopover::showBrowserPopover(const std::optional<QVariantMap>& reques
     }
     m_delegate.setCurrentBrowser(browser);
     updateSettingsBindings();
+    m_keptSitesButton->setText(
+        tr("Kept sites: %1…").arg(m_delegate.defaults().arrayForKey(SettingsKeys::keptSites).size()));
     if (m_delegate.editingBrowserSettings()) {
         setHeight(settingsHeight);
         m_browserSetttingsView->show();

@@ -17,13 +17,15 @@ class ToggleSwitch;
 // of an activated one. Pointing at a tile shows it without taking the keyboard; the settings take
 // the keyboard (Tab moves through the toggles, Space switches one, Escape closes). Closing it in any
 // way ends settings mode.
+class QPushButton;
+
 class BrowserPopover : public PopoverWindow
 {
     Q_OBJECT
 public:
     static constexpr qreal noBrowserHeight = 72.0;
     static constexpr qreal shortHeight = 132.0;
-    static constexpr qreal settingsHeight = 403.0;
+    static constexpr qreal settingsHeight = 435.0;
 
     BrowserPopover(AppDelegate& delegate, const IconTransformer& icons, QWidget* parent = nullptr);
 
@@ -46,6 +48,11 @@ public:
     // "Protect <browser>": on while the shown browser is activated; switching it activates or
     // deactivates the browser.
     ToggleSwitch* protectSwitch() const { return m_protectSwitch; }
+    // "Kept sites: N…" under the switches: opens the Kept Sites preferences.
+    QPushButton* keptSitesButton() const { return m_keptSitesButton; }
+
+signals:
+    void keptSitesRequested();
 
 protected:
     void hideEvent(QHideEvent* event) override;
@@ -58,6 +65,7 @@ private:
 
     AppDelegate& m_delegate;
     const IconTransformer& m_icons;
+    QPushButton* m_keptSitesButton;
     QLabel* m_iconView;
     QLabel* m_browserInfoLabel;
     QLabel* m_browserLabel;

@@ -71,6 +71,11 @@ DesktopFace::DesktopFace(AppDelegate& delegate, Workspace& workspace, bool trayA
         m_generalPopover->close();
         showPreferences();
     });
+    connect(m_browserPopover.get(), &BrowserPopover::keptSitesRequested, this, [this] {
+        m_browserPopover->hideBrowserPopover();
+        showPreferences();
+        emit changePrefsTab({{QStringLiteral("tab"), KeptSitesPreferencesViewController::paneIdentifier()}});
+    });
     connect(&window, &MainWindow::preferencesRequested, this, &DesktopFace::showPreferences);
     connect(&delegate, &AppDelegate::iCloudAlertRequested, this, &DesktopFace::checkiCloudAlert);
 

@@ -111,7 +111,7 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules_data()
         << false << false << true << u"Click to activate protection for"_s << 132 << true << true;
     QTest::newRow("activated, hover")
         << true << false << false << u"Click to change settings for"_s << 132 << true << false;
-    QTest::newRow("activated, click") << true << false << true << QString() << 403 << true << true;
+    QTest::newRow("activated, click") << true << false << true << QString() << 435 << true << true;
     QTest::newRow("settings open, click")
         << true << true << true << u"Click to change settings for"_s << 132 << false << false;
 }
@@ -138,7 +138,7 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules()
     QFETCH(int, height);
     QCOMPARE(f.popover().browserText(), u"Chromium"_s);
     QCOMPARE(f.popover().height(), height);
-    QCOMPARE(f.popover().settingsViewShown(), height == 403);
+    QCOMPARE(f.popover().settingsViewShown(), height == 435);
     if (!info.isEmpty())
         QCOMPARE(f.popover().infoText(), info);
     QFETCH(bool, activatedAfter);

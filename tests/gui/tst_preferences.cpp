@@ -4,6 +4,7 @@
 #include "ui/DesktopFace.h"
 #include "ui/FlatButton.h"
 #include "sandbox/Sqlite.h"
+#include "ui/BrowserPopover.h"
 #include "ui/GeneralPopover.h"
 #include "ui/KeptSitesPane.h"
 #include "ui/PreferencesPanes.h"
@@ -16,6 +17,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QListWidget>
+#include <QPushButton>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -325,6 +327,15 @@ void TestPreferences::theMenuThePopoverAndTheSyncAlertLeadHere()
     QTest::keyClick(f.face.generalPopover().preferencesButton(), Qt::Key_Space);
     QTRY_VERIFY(f.face.preferencesWindowController().isVisible());
     QVERIFY(!f.face.generalPopover().isVisible());
+
+    // The browser popover says how many sites are kept and leads to them.
+    f.face.preferencesWindowController().close();
+    f.home.t.defaults.setObject(QVariantList{u"mail.example"_s}, SettingsKeys::keptSites);
+    f.face.browserPopover().showBrowserPopover(QVariantMap{{u"browser"_s, u"Firefox"_s}}, nullptr);
+    QCOMPARE(f.face.browserPopover().keptSitesButton()->text(), u"Kept sites: 1…"_s);
+    f.face.browserPopover().keptSitesButton()->click();
+    QTRY_VERIFY(f.face.preferencesWindowController().isVisible());
+    QCOMPARE(f.shown(), kKept);
 
     // Sync on with no synced folder: switched off, and the alert says what to do.
     f.agent.cloudStore.status = CloudKeyValueStore::AccountStatus::NoAccount;
