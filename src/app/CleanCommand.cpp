@@ -122,6 +122,17 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
     Options options;
     QStringList positional;
     bool optionsEnded = false;
+    // An option's value: after "=" in the same argument, or the next argument; none: the message.
+    const auto valueOf = [&](qsizetype& i, const QString& missing) -> std::optional<QString> {
+        const QString& argument = arguments.at(i);
+        if (argument.contains(QLatin1Char('=')))
+            return argument.section(QLatin1Char('='), 1);
+        if (i + 1 >= arguments.size()) {
+            usageError(missing);
+            return std::nullopt;
+        }
+        return arguments.at(++i);
+    };
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString& argument = arguments.at(i);
         if (optionsEnded) {
@@ -135,32 +146,27 @@ std::optional<CleanCommand::Options> CleanCommand::parse(const QStringList& argu
         } else if (argument == QLatin1String("--allow-home-access")) {
             options.allowHomeAccess = true;
         } else if (argument == QLatin1String("--keep") || argument.startsWith(QLatin1String("--keep="))) {
-            const bool inline_ = argument.contains(QLatin1Char('='));
-            if (!inline_ && i + 1 >= arguments.size()) {
-                usageError(tr("--keep needs a site: a host name such as example.com"));
+            const std::optional<QString> site =
+                valueOf(i, tr("--keep needs a site: a host name such as example.com"));
+            if (!site)
                 return std::nullopt;
-            }
-            const QString site = inline_ ? argument.section(QLatin1Char('='), 1) : arguments.at(++i);
-            const std::optional<QString> kept = KeptSites::normalised(site);
+            const std::optional<QString> kept = KeptSites::normalised(*site);
             if (!kept) {
                 usageError(tr("\"%1\" is no site to keep; give a host name such as example.com, an IP "
                               "address or localhost")
-                               .arg(site));
+                               .arg(*site));
                 return std::nullopt;
             }
             options.keep.append(*kept);
         } else if (argument == QLatin1String("--layout") || argument.startsWith(QLatin1String("--layout="))) {
-            const bool inline_ = argument.contains(QLatin1Char('='));
-            if (!inline_ && i + 1 >= arguments.size()) {
-                usageError(tr("--layout needs a value: macOS or Linux"));
+            const std::optional<QString> layout = valueOf(i, tr("--layout needs a value: macOS or Linux"));
+            if (!layout)
+                return std::nullopt;
+            if (*layout != PathLayout::macOS && *layout != PathLayout::linux_) {
+                usageError(tr("unknown layout \"%1\"; accepted: macOS, Linux").arg(*layout));
                 return std::nullopt;
             }
-            const QString layout = inline_ ? argument.section(QLatin1Char('='), 1) : arguments.at(++i);
-            if (layout != PathLayout::macOS && layout != PathLayout::linux_) {
-                usageError(tr("unknown layout \"%1\"; accepted: macOS, Linux").arg(layout));
-                return std::nullopt;
-            }
-            options.layout = layout;
+            options.layout = *layout;
         } else if (argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
             usageError(tr("unknown option \"%1\"; accepted: --list, --preview, --keep, --allow-home-access, "
                           "--help, --version")
@@ -308,7 +314,8 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     QStringList kept;
     for (const QVariant& site : m_services.defaults.arrayForKey(SettingsKeys::keptSites))
         kept.append(site.toString());
-    m_services.out << (kept.isEmpty() ? tr("Kept sites: none") : tr("Kept sites: %1").arg(kept.join(QStringLiteral(", "))))
+    m_services.out << (kept.isEmpty() ? tr("Kept sites: none")
+                                      : tr("Kept sites: %1").arg(kept.join(QStringLiteral(", "))))
                    << Qt::endl;
     if (!access)
         m_services.out << tr("Profiles are not shown: Corvella has no access to %1 (grant it with "

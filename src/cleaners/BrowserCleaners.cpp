@@ -4,7 +4,8 @@
 #include "platform/SystemLog.h"
 
 BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base)
-    : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log, base.keptForThisRun},
+    : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log,
+                                        base.keptForThisRun},
       scripts(sandbox, base.log), cookies(services, scripts), storage(services), plugins(services),
       cache(services, scripts, cookies), history(services, scripts)
 {}

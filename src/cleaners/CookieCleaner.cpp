@@ -21,11 +21,13 @@ void chromium(const CleanerServices& services, const QString& database, const Ke
         return;
     }
     // A partitioned cookie stays when its own host and the site it was set under are both kept.
-    SiteRows::keepOnly(services, database, QStringLiteral("cookies"), [&kept](const QVariantMap& row) {
-        const QString top = row.value(QStringLiteral("top_frame_site_key")).toString();
-        return kept.keepsHost(row.value(QStringLiteral("host_key")).toString()) &&
-               (top.isEmpty() || kept.keepsOrigin(top));
-    });
+    SiteRows::keepOnly(services, database, QStringLiteral("cookies"),
+                       {QStringLiteral("host_key"), QStringLiteral("top_frame_site_key")},
+                       [&kept](const QVariantMap& row) {
+                           const QString top = row.value(QStringLiteral("top_frame_site_key")).toString();
+                           return kept.keepsHost(row.value(QStringLiteral("host_key")).toString()) &&
+                                  (top.isEmpty() || kept.keepsOrigin(top));
+                       });
 }
 
 QStringList sitesWithCookies(const CleanerServices& services, const QString& browser)
@@ -45,7 +47,8 @@ QStringList sitesWithCookies(const CleanerServices& services, const QString& bro
     for (const QString& database : std::as_const(databases)) {
         if (!services.sandbox.fileExists(database))
             continue;
-        for (const QVariantMap& row : services.sandbox.returnArrayFromSql(sql, database).value_or(QList<QVariantMap>())) {
+        for (const QVariantMap& row :
+             services.sandbox.returnArrayFromSql(sql, database).value_or(QList<QVariantMap>())) {
             QString host = row.value(QStringLiteral("h")).toString();
             if (host.startsWith(QLatin1Char('.')))
                 host.remove(0, 1);
@@ -80,20 +83,28 @@ void CookieCleaner::removeCookies(const QString& browser)
                 sandbox.remove(permissions);
                 continue;
             }
-            SiteRows::keepOnly(m_services, cookies, QStringLiteral("moz_cookies"), [&kept](const QVariantMap& row) {
-                return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
-                       kept.keepsFirefoxAttributes(row.value(QStringLiteral("originAttributes")).toString());
-            });
+            SiteRows::keepOnly(m_services, cookies, QStringLiteral("moz_cookies"),
+                               {QStringLiteral("host"), QStringLiteral("originAttributes")},
+                               [&kept](const QVariantMap& row) {
+                                   return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
+                                          kept.keepsFirefoxAttributes(
+                                              row.value(QStringLiteral("originAttributes")).toString());
+                               });
             // Every table that names sites: the permissions by origin, the user's interactions with
             // sites, and the table older versions kept by host, which Firefox leaves beside the new one.
-            for (const QString& table : SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("origin")))
-                SiteRows::keepOnly(m_services, permissions, table, [&kept](const QVariantMap& row) {
-                    return kept.keepsFirefoxOrigin(row.value(QStringLiteral("origin")).toString());
-                });
-            for (const QString& table : SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("host")))
-                SiteRows::keepOnly(m_services, permissions, table, [&kept](const QVariantMap& row) {
-                    return kept.keepsHost(row.value(QStringLiteral("host")).toString());
-                });
+            for (const QString& table :
+                 SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("origin")))
+                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("origin")},
+                                   [&kept](const QVariantMap& row) {
+                                       return kept.keepsFirefoxOrigin(
+                                           row.value(QStringLiteral("origin")).toString());
+                                   });
+            for (const QString& table :
+                 SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("host")))
+                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("host")},
+                                   [&kept](const QVariantMap& row) {
+                                       return kept.keepsHost(row.value(QStringLiteral("host")).toString());
+                                   });
         }
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
         return;

@@ -2,11 +2,11 @@
 
 #include "cleaners/ChromiumSession.h"
 #include "cleaners/CookieCleaner.h"
-#include "cleaners/KeptSites.h"
-#include "cleaners/SiteRows.h"
 #include "cleaners/FirefoxSession.h"
+#include "cleaners/KeptSites.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
+#include "cleaners/SiteRows.h"
 #include "core/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
@@ -40,8 +40,8 @@ struct Step
     Family family;
     const char* category;
     const char* path;
-    QStringList sql = {};                               // each statement, then "VACUUM;"
-    QList<QStringList> jsonKeys = {};                   // each a path through nested objects
+    QStringList sql = {};                                               // each statement, then "VACUUM;"
+    QList<QStringList> jsonKeys = {};                                   // each a path through nested objects
     LevelDbStore::KeyFilter (*siteEntries)(const KeptSites&) = nullptr; // a fresh filter for each store
     void (*custom)(const CleanerServices&, const QString& path, const KeptSites& kept) = nullptr;
     Base base = Base::Profile;
@@ -124,8 +124,9 @@ void keepExtensionBuckets(const CleanerServices& services, const QString& folder
         return (key.startsWith(u"chrome-extension://"_s) && !key.contains(u'^')) || kept.keepsOrigin(key);
     };
     QStringList keptIds;
-    for (const QVariantMap& row : sandbox.returnArrayFromSql(u"SELECT id, storage_key FROM buckets"_s, quotaManager)
-                                      .value_or(QList<QVariantMap>())) {
+    for (const QVariantMap& row :
+         sandbox.returnArrayFromSql(u"SELECT id, storage_key FROM buckets"_s, quotaManager)
+             .value_or(QList<QVariantMap>())) {
         if (keptRow(row))
             keptIds.append(row.value(u"id"_s).toString());
     }
@@ -135,7 +136,7 @@ void keepExtensionBuckets(const CleanerServices& services, const QString& folder
         if (const std::optional<QString> path = sandbox.childPath(folder, name))
             sandbox.remove(*path);
     }
-    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, keptRow);
+    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, {u"storage_key"_s}, keptRow);
 }
 
 const QList<Step>& steps()

@@ -3,8 +3,8 @@
 #include "cleaners/FirefoxSearchEngines.h"
 #include "cleaners/HistoryCleaner.h"
 #include "cleaners/KeptSites.h"
-#include "cleaners/SiteRows.h"
 #include "cleaners/Profiles.h"
+#include "cleaners/SiteRows.h"
 #include "cleaners/SplicedSql.h"
 #include "sandbox/Sandbox.h"
 
@@ -64,14 +64,17 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
             sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL"),
                                       QStringLiteral("DELETE FROM groups")},
                                      prefs);
-        } else if (SiteRows::tablesWithColumn(m_services, prefs, QStringLiteral("name")).contains(QStringLiteral("groups"))) {
+        } else if (SiteRows::tablesWithColumn(m_services, prefs, QStringLiteral("name"))
+                       .contains(QStringLiteral("groups"))) {
             // The kept sites' groups (a group is named by its site) and their preferences stay.
-            SiteRows::keepOnly(m_services, prefs, QStringLiteral("groups"), [&kept](const QVariantMap& row) {
-                return kept.keepsHost(row.value(QStringLiteral("name")).toString());
-            });
-            sandbox.runSqlThenVacuum({QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL AND groupID NOT "
-                                                     "IN (SELECT id FROM groups)")},
-                                     prefs);
+            SiteRows::keepOnly(m_services, prefs, QStringLiteral("groups"), {QStringLiteral("name")},
+                               [&kept](const QVariantMap& row) {
+                                   return kept.keepsHost(row.value(QStringLiteral("name")).toString());
+                               });
+            sandbox.runSqlThenVacuum(
+                {QStringLiteral("DELETE FROM prefs WHERE groupID IS NOT NULL AND groupID NOT "
+                                "IN (SELECT id FROM groups)")},
+                prefs);
         }
     } else if (ofType == QLatin1String("searchEngines")) {
         // The engines added from sites go; the user's choice among Firefox's own stays.

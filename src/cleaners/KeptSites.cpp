@@ -113,12 +113,12 @@ KeptSites KeptSites::forChromiumProfile(const CleanerServices& services, const Q
     QStringList sites = userSites(services);
     if (services.defaults.boolForKey(SettingsKeys::keepBrowserExceptions)) {
         const QByteArray preferences =
-            services.sandbox.dataWithContentsOfFile(profile + QStringLiteral("/Preferences")).value_or(QByteArray());
-        const QJsonObject cookies = QJsonDocument::fromJson(preferences)[QLatin1String("profile")]
-                                                                        [QLatin1String("content_settings")]
-                                                                        [QLatin1String("exceptions")]
-                                                                        [QLatin1String("cookies")]
-                                                                            .toObject();
+            services.sandbox.dataWithContentsOfFile(profile + QStringLiteral("/Preferences"))
+                .value_or(QByteArray());
+        const QJsonObject cookies =
+            QJsonDocument::fromJson(preferences)[QLatin1String("profile")][QLatin1String("content_settings")]
+                                                [QLatin1String("exceptions")][QLatin1String("cookies")]
+                                                    .toObject();
         constexpr int allow = 1;
         for (auto it = cookies.constBegin(); it != cookies.constEnd(); ++it) {
             if (it.value()[QStringLiteral("setting")].toInt() == allow)
@@ -214,7 +214,8 @@ bool KeptSites::keepsChromiumPattern(QStringView pattern) const
 {
     const QString text = pattern.toString();
     const QString second = text.section(u',', 1).trimmed();
-    return keepsHost(patternHost(text)) && (second.isEmpty() || second == u"*" || keepsHost(patternHost(second)));
+    return keepsHost(patternHost(text)) &&
+           (second.isEmpty() || second == u"*" || keepsHost(patternHost(second)));
 }
 
 bool KeptSites::keepsChromiumOriginName(QStringView name) const

@@ -51,7 +51,8 @@ LevelDbStore::KeyFilter localStorage(const KeptSites& kept)
     };
 }
 
-LevelDbStore::KeyFilter serviceWorkers(const KeptSites& kept, const std::shared_ptr<QSet<QByteArray>>& resources)
+LevelDbStore::KeyFilter serviceWorkers(const KeptSites& kept,
+                                       const std::shared_ptr<QSet<QByteArray>>& resources)
 {
     const auto sites = std::make_shared<QSet<QByteArray>>(); // the sites' registration ids
     return [kept, sites, resources](const QByteArray& key, const QByteArray& value) {

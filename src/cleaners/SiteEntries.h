@@ -22,7 +22,8 @@ LevelDbStore::KeyFilter localStorage(const KeptSites& kept);
 // "REG_HAS_USER_DATA:...\0<id>") and their scripts ("RES:<version>\0<resource>" -> the script's URL).
 // A fresh filter for each store: it learns the sites' registration ids on the way, which the store's
 // key order lists before their user data; the ids of the sites' script resources go to `resources`.
-LevelDbStore::KeyFilter serviceWorkers(const KeptSites& kept, const std::shared_ptr<QSet<QByteArray>>& resources);
+LevelDbStore::KeyFilter serviceWorkers(const KeptSites& kept,
+                                       const std::shared_ptr<QSet<QByteArray>>& resources);
 
 // The file name (without its "_0", "_1", "_s" ending) of a script-cache entry: the disk cache names
 // an entry by the first 8 bytes of the SHA-1 of its key, read as a little-endian number, in hex.

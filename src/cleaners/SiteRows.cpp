@@ -7,7 +7,7 @@
 namespace SiteRows {
 
 void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
-              const std::function<bool(const QVariantMap& row)>& kept)
+              const QStringList& columns, const std::function<bool(const QVariantMap& row)>& kept)
 {
     Sandbox& sandbox = services.sandbox;
     if (!sandbox.fileExists(database))
@@ -18,9 +18,20 @@ void keepOnly(const CleanerServices& services, const QString& database, const QS
         sandbox.remove(database);
         return;
     }
+    // Only the columns that name sites are read (not the cookies' values), those the table has.
+    QStringList read{QStringLiteral("rowid AS corvella_row")};
+    for (const QVariantMap& info :
+         sandbox.returnArrayFromSql(QStringLiteral("PRAGMA table_info(%1)").arg(table), database)
+             .value_or(QList<QVariantMap>())) {
+        const QString column = info.value(QStringLiteral("name")).toString();
+        if (columns.contains(column))
+            read.append(column);
+    }
     QStringList removed;
     for (const QVariantMap& row :
-         sandbox.returnArrayFromSql(QStringLiteral("SELECT rowid AS corvella_row, * FROM ") + table, database)
+         sandbox
+             .returnArrayFromSql(QStringLiteral("SELECT %1 FROM %2").arg(read.join(QLatin1Char(',')), table),
+                                 database)
              .value_or(QList<QVariantMap>())) {
         if (!kept(row))
             removed.append(QString::number(row.value(QStringLiteral("corvella_row")).toLongLong()));
@@ -42,14 +53,15 @@ QStringList tablesWithColumn(const CleanerServices& services, const QString& dat
     QStringList tables;
     for (const QVariantMap& table :
          services.sandbox
-             .returnArrayFromSql(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"), database)
+             .returnArrayFromSql(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"),
+                                 database)
              .value_or(QList<QVariantMap>())) {
         const QString name = table.value(QStringLiteral("name")).toString();
         if (!plainName.match(name).hasMatch())
             continue;
-        for (const QVariantMap& info : services.sandbox
-                                           .returnArrayFromSql(QStringLiteral("PRAGMA table_info(%1)").arg(name), database)
-                                           .value_or(QList<QVariantMap>())) {
+        for (const QVariantMap& info :
+             services.sandbox.returnArrayFromSql(QStringLiteral("PRAGMA table_info(%1)").arg(name), database)
+                 .value_or(QList<QVariantMap>())) {
             if (info.value(QStringLiteral("name")).toString() == column)
                 tables.append(name);
         }

@@ -153,10 +153,10 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     const QString databasesFolder = folder + QStringLiteral("/databases");
     const QString databases = databasesFolder + QStringLiteral("/Databases.db");
     if (sandbox.fileExists(databases)) {
-        const QStringList origins = notKept(
-            databaseArray(
-                column(QStringLiteral("SELECT origin FROM Databases;"), QStringLiteral("origin"), databases)),
-            kept, &KeptSites::keepsChromiumOriginName);
+        const QStringList origins =
+            notKept(databaseArray(column(QStringLiteral("SELECT origin FROM Databases;"),
+                                         QStringLiteral("origin"), databases)),
+                    kept, &KeptSites::keepsChromiumOriginName);
         runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
         sandbox.runSql(QStringLiteral("VACUUM;"), databases);
         QStringList folders;
@@ -182,8 +182,8 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     // where extensions keep what they store, and stay.
     const QString indexedDB = folder + QStringLiteral("/IndexedDB");
     if (sandbox.fileExists(indexedDB))
-        removeEntries(indexedDB, notKept(databaseArray(sandbox.folderContentsOf(indexedDB)),
-                                         kept, &KeptSites::keepsChromiumOriginName));
+        removeEntries(indexedDB, notKept(databaseArray(sandbox.folderContentsOf(indexedDB)), kept,
+                                         &KeptSites::keepsChromiumOriginName));
 }
 
 void StorageCleaner::firefox()
@@ -206,8 +206,8 @@ void StorageCleaner::firefox()
         for (const char* kind : {"default", "temporary", "permanent"}) {
             const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
             if (sandbox.fileExists(folder))
-                removeEntries(folder, notKept(mozillaSiteFolders(sandbox.folderContentsOf(folder)),
-                                              kept, &KeptSites::keepsFirefoxOriginFolder));
+                removeEntries(folder, notKept(mozillaSiteFolders(sandbox.folderContentsOf(folder)), kept,
+                                              &KeptSites::keepsFirefoxOriginFolder));
         }
     }
 }

@@ -8,11 +8,16 @@
 
 #include <algorithm>
 
-const QStringList CloudSync::keys{SettingsKeys::showInMenu,           SettingsKeys::hideDock,
-                                  SettingsKeys::loginStart,           SettingsKeys::secureDeleteData,
-                                  SettingsKeys::hideOnLaunch,         SettingsKeys::settings,
-                                  SettingsKeys::displayNotifications, SettingsKeys::scheduledCheckInterval,
-                                  SettingsKeys::automaticallyUpdate,  SettingsKeys::enableAutomaticChecks,
+const QStringList CloudSync::keys{SettingsKeys::showInMenu,
+                                  SettingsKeys::hideDock,
+                                  SettingsKeys::loginStart,
+                                  SettingsKeys::secureDeleteData,
+                                  SettingsKeys::hideOnLaunch,
+                                  SettingsKeys::settings,
+                                  SettingsKeys::displayNotifications,
+                                  SettingsKeys::scheduledCheckInterval,
+                                  SettingsKeys::automaticallyUpdate,
+                                  SettingsKeys::enableAutomaticChecks,
                                   SettingsKeys::keptSites};
 
 CloudSync::CloudSync(UserDefaults& defaults, CloudKeyValueStore& store, SystemLog& log)

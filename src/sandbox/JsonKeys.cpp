@@ -69,18 +69,18 @@ std::optional<QByteArray> withoutMembers(const QByteArray& text, const QList<QSt
 std::optional<QByteArray> without(const QByteArray& text, const QList<QStringList>& keyPaths)
 {
     return rewritten(text, [&](Json& root) {
-    for (const QStringList& path : keyPaths) {
-        Json* object = &root;
-        for (qsizetype i = 0; object && i < path.size(); ++i) {
-            const std::string key = path.at(i).toStdString();
-            if (i == path.size() - 1) {
-                object->erase(key);
-                break;
+        for (const QStringList& path : keyPaths) {
+            Json* object = &root;
+            for (qsizetype i = 0; object && i < path.size(); ++i) {
+                const std::string key = path.at(i).toStdString();
+                if (i == path.size() - 1) {
+                    object->erase(key);
+                    break;
+                }
+                const auto child = object->find(key);
+                object = child != object->end() && child->is_object() ? &*child : nullptr;
             }
-            const auto child = object->find(key);
-            object = child != object->end() && child->is_object() ? &*child : nullptr;
         }
-    }
     });
 }
 

@@ -6,8 +6,8 @@
 #include "ui/BrowserPopover.h"
 #include "ui/GeneralPopover.h"
 #include "ui/HoverButton.h"
-#include "ui/MainWindow.h"
 #include "ui/KeptSitesPane.h"
+#include "ui/MainWindow.h"
 #include "ui/PreferencesPanes.h"
 #include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
@@ -151,14 +151,14 @@ PreferencesWindowController& DesktopFace::preferencesWindowController()
         UserDefaults& defaults = m_delegate.defaults();
         m_preferencesWindowController = std::make_unique<PreferencesWindowController>(
             defaults,
-            QList<PreferencesPane*>{nullptr,
-                                    new GeneralPreferencesViewController(
-                                        defaults, m_delegate.checkForUserDirectory(QStringLiteral("~"))),
-                                    new KeptSitesPreferencesViewController(
-                                        defaults, [this] { return m_delegate.sitesWithCookies(); }),
-                                    new DisplayPreferencesViewController(defaults),
-                                    new UpdatePreferencesViewController(defaults),
-                                    new AboutPreferencesViewController, nullptr});
+            QList<PreferencesPane*>{
+                nullptr,
+                new GeneralPreferencesViewController(defaults,
+                                                     m_delegate.checkForUserDirectory(QStringLiteral("~"))),
+                new KeptSitesPreferencesViewController(defaults,
+                                                       [this] { return m_delegate.sitesWithCookies(); }),
+                new DisplayPreferencesViewController(defaults), new UpdatePreferencesViewController(defaults),
+                new AboutPreferencesViewController, nullptr});
         connect(this, &DesktopFace::changePrefsTab, m_preferencesWindowController.get(),
                 &PreferencesWindowController::changeTabs);
     }

@@ -101,8 +101,10 @@ KeptSitesPreferencesViewController::KeptSitesPreferencesViewController(
     connect(m_addButton, &QPushButton::clicked, this, &KeptSitesPreferencesViewController::addTypedSite);
     connect(m_field, &QLineEdit::returnPressed, this, &KeptSitesPreferencesViewController::addTypedSite);
     connect(m_field, &QLineEdit::textEdited, m_problem, &QWidget::hide);
-    connect(m_removeButton, &QPushButton::clicked, this, &KeptSitesPreferencesViewController::removeSelectedSites);
-    connect(m_keepButton, &QPushButton::clicked, this, &KeptSitesPreferencesViewController::keepSelectedSuggestions);
+    connect(m_removeButton, &QPushButton::clicked, this,
+            &KeptSitesPreferencesViewController::removeSelectedSites);
+    connect(m_keepButton, &QPushButton::clicked, this,
+            &KeptSitesPreferencesViewController::keepSelectedSuggestions);
     connect(m_suggestions, &QListWidget::itemActivated, this,
             &KeptSitesPreferencesViewController::keepSelectedSuggestions);
     connect(m_kept, &QListWidget::itemSelectionChanged, this,
@@ -128,7 +130,8 @@ QString KeptSitesPreferencesViewController::paneIdentifier()
 
 QIcon KeptSitesPreferencesViewController::toolbarItemImage() const
 {
-    return QIcon::fromTheme(QStringLiteral("applications-internet"), QIcon(QStringLiteral(":/icons/kept.svg")));
+    return QIcon::fromTheme(QStringLiteral("applications-internet"),
+                            QIcon(QStringLiteral(":/icons/kept.svg")));
 }
 
 QString KeptSitesPreferencesViewController::toolbarItemLabel() const

@@ -68,6 +68,7 @@ chown -R "$user" "$home/.config/corvella"
 as_user "$work/corvella-clean" --allow-home-access --list > /dev/null
 
 browse() { as_user node "$work/browse.js" "$@" 2>&1; }
+profile_of() { if [ "$1" = firefox ]; then echo "$firefox_profile"; else echo "$chromium_data"; fi; }
 sql() { as_user sqlite3 "$1" "$2"; }
 # The files below the folders that name the site, in their path or their bytes.
 traces() {
@@ -90,9 +91,7 @@ done
 # The user signs in to the site they keep, in both browsers, on a port the whole test uses.
 kept_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
 for browser in chromium firefox; do
-    profile=$chromium_data
-    [ $browser = firefox ] && profile=$firefox_profile
-    signed=$(browse signin $browser "$profile" "$kept_port" | tail -n 1)
+    signed=$(browse signin $browser "$(profile_of $browser)" "$kept_port" | tail -n 1)
     check '[ "$signed" = "signed in" ]' "$browser could not sign in to the kept site: $signed"
 done
 as_user tee "$chromium_data/Default/Bookmarks" > /dev/null <<'JSON'
@@ -134,9 +133,7 @@ done
 # An extension keeps values in its storage and IndexedDB, which all twelve categories must leave, and pins
 # a tab beside a tab of the site: "history" keeps only the pinned one.
 for browser in chromium firefox; do
-    profile=$chromium_data
-    [ $browser = firefox ] && profile=$firefox_profile
-    kept=$(browse keep $browser "$profile" "$work/extension" | tail -n 1)
+    kept=$(browse keep $browser "$(profile_of $browser)" "$work/extension" | tail -n 1)
     check '[ "$kept" = kept ]' "the extension in $browser could not keep its values: $kept"
 done
 # A pinned tab beside a tab of the site in Firefox's last session: "history" keeps only the pinned one.
@@ -223,9 +220,7 @@ check 'grep -qx "about:robots" <<< "$restored"' "Firefox did not restore its pin
 read=$(browse read firefox "$firefox_profile" | tail -n 1)
 check '[ "$read" = yes/yes ]' "Firefox's add-on lost what it kept (storage/IndexedDB: $read)"
 for browser in chromium firefox; do
-    profile=$chromium_data
-    [ $browser = firefox ] && profile=$firefox_profile
-    known=$(browse whoami $browser "$profile" "$kept_port" | tail -n 1)
+    known=$(browse whoami $browser "$(profile_of $browser)" "$kept_port" | tail -n 1)
     echo "the kept site after the clean, $browser: $known"
     check '[ "$known" = cookie/t-alice/alice ]' "the kept site no longer knows the user in $browser: $known"
 done

@@ -25,9 +25,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (JsonKeys::without(*rewritten, keyPaths) != rewritten)
         std::abort();
     // The sites' entries of the per-site settings, as a clean that keeps some sites takes them out.
-    const QList<QStringList> perSite = {{QStringLiteral("partition"), QStringLiteral("per_host_zoom_levels"),
-                                         QStringLiteral("*")},
-                                        {QStringLiteral("*")}};
+    const QList<QStringList> perSite = {
+        {QStringLiteral("partition"), QStringLiteral("per_host_zoom_levels"), QStringLiteral("*")},
+        {QStringLiteral("*")}};
     const auto removes = [](const QString& key) { return key.contains(QLatin1Char('a')); };
     const std::optional<QByteArray> members = JsonKeys::withoutMembers(text, perSite, removes);
     if (!members || !QJsonDocument::fromJson(*members).isObject() ||

@@ -121,7 +121,8 @@ int main(int argc, char* argv[])
                                               {u"Chromium:cache"_s, true},
                                               {u"Chromium:history"_s, true}},
                                   SettingsKeys::settings);
-        home.t.defaults.setObject(QVariantList{u"bank.example"_s, u"mail.example.com"_s}, SettingsKeys::keptSites);
+        home.t.defaults.setObject(QVariantList{u"bank.example"_s, u"mail.example.com"_s},
+                                  SettingsKeys::keptSites);
         TestAgent agent(home.t);
         agent.workspace.setInstalled(
             {u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s});
@@ -192,7 +193,8 @@ int main(int argc, char* argv[])
             if (PreferencesPane* viewController = preferences.viewControllerForIdentifier(pane)) {
                 preferences.setSelectedViewController(viewController);
                 ok &= save(&preferences,
-                           file(u"preferences-"_s + viewController->toolbarItemLabel().toLower().replace(u' ', u'-')));
+                           file(u"preferences-"_s +
+                                viewController->toolbarItemLabel().toLower().replace(u' ', u'-')));
             }
         }
         preferences.close();

@@ -1,10 +1,10 @@
 #include "platform/SettingsKeys.h"
+#include "sandbox/Sqlite.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
+#include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
 #include "ui/FlatButton.h"
-#include "sandbox/Sqlite.h"
-#include "ui/BrowserPopover.h"
 #include "ui/GeneralPopover.h"
 #include "ui/KeptSitesPane.h"
 #include "ui/PreferencesPanes.h"
@@ -16,11 +16,11 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
-#include <QListWidget>
-#include <QPushButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolBar>
@@ -267,8 +267,7 @@ void TestPreferences::controlsAndSettingsFollowEachOther_data()
     QTest::newRow("sync") << kGeneral << u"Share these settings with your other computers"_s
                           << SettingsKeys::iCloudSync;
     QTest::newRow("browser exceptions")
-        << kKept << u"Also keep each browser's own exceptions"_s
-        << SettingsKeys::keepBrowserExceptions;
+        << kKept << u"Also keep each browser's own exceptions"_s << SettingsKeys::keepBrowserExceptions;
     QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
     QTest::newRow("automatic checks")
         << kUpdates << u"Check for updates automatically"_s << SettingsKeys::enableAutomaticChecks;
@@ -354,7 +353,8 @@ void TestPreferences::theMenuThePopoverAndTheSyncAlertLeadHere()
 void TestPreferences::keptSitesAreTypedRemovedAndPickedFromCookies()
 {
     Face f({{SettingsKeys::enabledBrowsers, QVariantList{u"org.mozilla.firefox"_s}}});
-    const QString cookies = f.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
+    const QString cookies =
+        f.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
     QDir().mkpath(QFileInfo(cookies).path());
     {
         Sqlite db(cookies);
@@ -386,7 +386,8 @@ void TestPreferences::keptSitesAreTypedRemovedAndPickedFromCookies()
     pane.keptList()->setCurrentRow(1); // sorted: bank.example, example.com
     QTest::keyClick(pane.keptList(), Qt::Key_Delete);
     QCOMPARE(stored(), QVariantList{u"bank.example"_s});
-    f.home.t.defaults.setObject(QVariantList{u"a.example"_s, u"b.example"_s}, SettingsKeys::keptSites); // synced
+    f.home.t.defaults.setObject(QVariantList{u"a.example"_s, u"b.example"_s},
+                                SettingsKeys::keptSites); // synced
     QCOMPARE(pane.keptList()->count(), 2);
 }
 

@@ -124,9 +124,10 @@ void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
         << QStringList{u"Firefox"_s, u"--layout"_s} << u"macOS or Linux"_s;
     QTest::newRow("list with a browser")
         << QStringList{u"--list"_s, u"Firefox"_s} << u"--list takes no browser"_s;
-    QTest::newRow("keep without a site") << QStringList{u"Firefox"_s, u"--keep"_s} << u"--keep needs a site"_s;
-    QTest::newRow("keep an address")
-        << QStringList{u"--keep=https://a.org/"_s, u"Firefox"_s} << u"no site to keep"_s;
+    QTest::newRow("keep without a site")
+        << QStringList{u"Firefox"_s, u"--keep"_s} << u"--keep needs a site"_s;
+    QTest::newRow("keep an address") << QStringList{u"--keep=https://a.org/"_s, u"Firefox"_s}
+                                     << u"no site to keep"_s;
 }
 
 void TestCleanCommand::badUsageNamesTheAcceptedValues()
@@ -158,7 +159,8 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
 
     // Sites kept for one run stay, beside those kept in the settings; the settings do not change.
     cli.home.t.defaults.setObject(QVariantList{u"mail.example"_s}, SettingsKeys::keptSites);
-    const QString cookies = cli.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
+    const QString cookies =
+        cli.home.path(u"Library/Application Support/Firefox/Profiles/a.default/cookies.sqlite"_s);
     QDir().mkpath(QFileInfo(cookies).path());
     {
         Sqlite db(cookies);
@@ -166,10 +168,12 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
         db.executeNonQuery(u"INSERT INTO moz_cookies VALUES ('.mail.example', ''), ('bank.example', ''), "
                            "('other.example', '')"_s);
     }
-    QCOMPARE(cli.run({u"--keep"_s, u"Bank.Example"_s, u"Firefox"_s, u"cookies"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.run({u"--keep"_s, u"Bank.Example"_s, u"Firefox"_s, u"cookies"_s}),
+             int(CleanCommand::Success));
     Sqlite db;
     QVERIFY(db.openExisting(cookies, true));
-    QCOMPARE(db.executeQuery(u"SELECT count(*) AS n FROM moz_cookies"_s).value().first().value(u"n"_s), QVariant(2));
+    QCOMPARE(db.executeQuery(u"SELECT count(*) AS n FROM moz_cookies"_s).value().first().value(u"n"_s),
+             QVariant(2));
     QCOMPARE(cli.home.t.defaults.arrayForKey(SettingsKeys::keptSites), QVariantList{u"mail.example"_s});
 }
 

@@ -67,7 +67,6 @@ QVariant plist(const QString& path)
                                           : QVariant();
 }
 
-
 // Chromium's session files, as the browser writes them: "SNSS", a version, then commands (a 16-bit
 // size, an id, a payload of 32-bit numbers or a "pickle": its size, then numbers and padded strings).
 QByteArray ints(std::initializer_list<qint32> values)
@@ -585,7 +584,8 @@ void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs()
         "SNSS" + ints({version}) + snssCommand(9, ints({1, 0})) + snssCommand(8, ints({1, 1})) +
         snssCommand(0, ints({1, 11})) + snssCommand(2, ints({11, 0})) + snssCommand(12, ints({11, 1})) +
         snssCommand(6, navigation(11, 0, "https://mail.example/login", "typed-secret")) +
-        snssCommand(6, navigation(11, 1, "https://mail.example/inbox", "typed-secret", "https://ref.example/")) +
+        snssCommand(6,
+                    navigation(11, 1, "https://mail.example/inbox", "typed-secret", "https://ref.example/")) +
         snssCommand(7, ints({11, 1})) + snssCommand(19, ints({40, 11}) + pickleString("storage-id")) +
         snssCommand(0, ints({1, 12})) + snssCommand(2, ints({12, 1})) +
         snssCommand(6, navigation(12, 0, "https://visited.example/")) + snssCommand(9, ints({2, 0})) +
@@ -601,12 +601,17 @@ void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs()
     if (!kept)
         return;
     const QByteArray file = home.read(sessions + u"Session_13400000000000000"_s);
-    for (const char* gone : {"login", "visited.example", "other.example", "typed-secret", "ref.example", "storage-id"})
+    for (const char* gone :
+         {"login", "visited.example", "other.example", "typed-secret", "ref.example", "storage-id"})
         QVERIFY2(!file.contains(gone), gone);
     const QList<std::pair<int, QByteArray>> commands = snssCommands(file);
     const QList<std::pair<int, QByteArray>> expected{
-        {9, ints({1, 0})},     {8, ints({1, 1})},  {0, ints({1, 11})},
-        {2, ints({11, 0})},    {12, ints({11, 1})}, {7, ints({11, 0})},
+        {9, ints({1, 0})},
+        {8, ints({1, 1})},
+        {0, ints({1, 11})},
+        {2, ints({11, 0})},
+        {12, ints({11, 1})},
+        {7, ints({11, 0})},
         {6, navigation(11, 0, "https://mail.example/inbox", "", "", false)}};
     QCOMPARE(commands.mid(0, expected.size()), expected);
     QCOMPARE(commands.size(), expected.size() + (version == 3 ? 1 : 0));

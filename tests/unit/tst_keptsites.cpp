@@ -29,8 +29,8 @@ QString column(const TestHome& home, const QString& database, const QString& sql
     return values.join(u',');
 }
 
-// A run of cookies, storage and website preferences with example.com kept, and with or without the sites the browser's own
-// settings always allow cookies for.
+// A run of cookies, storage and website preferences with example.com kept, and with or without the sites the
+// browser's own settings always allow cookies for.
 void clean(TestHome& home, const QString& browser)
 {
     QFETCH_GLOBAL(bool, exceptions);
@@ -160,9 +160,10 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
     QFETCH_GLOBAL(bool, exceptions);
     TestHome home;
     F::localState(home, QLatin1String(F::kChromeRoot), {u"Default"_s});
-    home.file(kChrome + u"/Preferences"_s,
-              R"({"profile":{"content_settings":{"exceptions":{"cookies":{"[*.]bank.example,*":{"setting":1},)"
-              R"("https://other.org:443,*":{"setting":2}}}}}})");
+    home.file(
+        kChrome + u"/Preferences"_s,
+        R"({"profile":{"content_settings":{"exceptions":{"cookies":{"[*.]bank.example,*":{"setting":1},)"
+        R"("https://other.org:443,*":{"setting":2}}}}}})");
     for (const char* cookies : {"/Cookies", "/Network/Cookies"}) {
         F::database(home, kChrome + QLatin1String(cookies),
                     {u"CREATE TABLE cookies (host_key TEXT, top_frame_site_key TEXT, name TEXT)"_s,
@@ -170,9 +171,11 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
                      "('.other.org', '', 'c'), ('.example.com', 'https://other.org', 'd'), "
                      "('notexample.com', '', 'e'), ('login.bank.example', '', 'f')"_s});
     }
-    for (const char* indexedDB : {"https_mail.example.com_0.indexeddb.leveldb", "https_other.org_0.indexeddb.leveldb"})
+    for (const char* indexedDB :
+         {"https_mail.example.com_0.indexeddb.leveldb", "https_other.org_0.indexeddb.leveldb"})
         home.file(kChrome + u"/IndexedDB/"_s + QLatin1String(indexedDB) + u"/LOG"_s);
-    const QList<QByteArray> kept{"META:https://example.com", "VERSION", QByteArray("_https://example.com\0k", 22)};
+    const QList<QByteArray> kept{"META:https://example.com", "VERSION",
+                                 QByteArray("_https://example.com\0k", 22)};
     F::levelDb(home, kChrome + u"/Local Storage/leveldb"_s,
                kept + QList<QByteArray>{"META:https://other.org", QByteArray("_https://other.org\0k", 20)});
     clean(home, u"Google Chrome"_s);
@@ -199,32 +202,37 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
                  u"INSERT INTO moz_cookies (originAttributes, host) VALUES ('', '.example.com'), "
                  "('^userContextId=1', 'mail.example.com'), ('', '.other.org'), "
                  "('^partitionKey=%28https%2Cother.org%29', '.example.com'), ('', 'bank.example')"_s});
-    F::database(home, kFirefox + u"/permissions.sqlite"_s,
-                {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT, permission INTEGER)"_s,
-                 u"INSERT INTO moz_perms (origin, type, permission) VALUES "
-                 "('https://example.com^userContextId=1', 'camera', 1), ('https://other.org', 'cookie', 2), "
-                 "('https://bank.example', 'cookie', 1)"_s,
-                 u"CREATE TABLE moz_origin_interactions (origin TEXT PRIMARY KEY, lastInteractionTime INTEGER)"_s,
-                 u"INSERT INTO moz_origin_interactions VALUES ('https://mail.example.com', 1), ('https://other.org', 1)"_s});
+    F::database(
+        home, kFirefox + u"/permissions.sqlite"_s,
+        {u"CREATE TABLE moz_perms (id INTEGER PRIMARY KEY, origin TEXT, type TEXT, permission INTEGER)"_s,
+         u"INSERT INTO moz_perms (origin, type, permission) VALUES "
+         "('https://example.com^userContextId=1', 'camera', 1), ('https://other.org', 'cookie', 2), "
+         "('https://bank.example', 'cookie', 1)"_s,
+         u"CREATE TABLE moz_origin_interactions (origin TEXT PRIMARY KEY, lastInteractionTime INTEGER)"_s,
+         u"INSERT INTO moz_origin_interactions VALUES ('https://mail.example.com', 1), ('https://other.org', 1)"_s});
     F::firefoxStorage(home, u"a.default"_s, {u"moc.elpmaxe.:https:443"_s, u"gro.rehto.:https:443"_s});
-    for (const char* origin : {"https+++example.com", "https+++example.com^userContextId=1", "https+++other.org",
-                               "https+++example.com^partitionKey=%28https%2Cother.org%29"})
+    for (const char* origin :
+         {"https+++example.com", "https+++example.com^userContextId=1", "https+++other.org",
+          "https+++example.com^partitionKey=%28https%2Cother.org%29"})
         home.file(kFirefox + u"/storage/default/"_s + QLatin1String(origin) + u"/ls/data.sqlite"_s);
     clean(home, u"Firefox"_s);
 
     QCOMPARE(column(home, kFirefox + u"/cookies.sqlite"_s, u"SELECT host FROM moz_cookies"_s),
-             exceptions ? u".example.com,mail.example.com,bank.example"_s : u".example.com,mail.example.com"_s);
+             exceptions ? u".example.com,mail.example.com,bank.example"_s
+                        : u".example.com,mail.example.com"_s);
     QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_perms"_s),
              exceptions ? u"https://example.com^userContextId=1,https://bank.example"_s
                         : u"https://example.com^userContextId=1"_s);
-    QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_origin_interactions"_s),
-             u"https://mail.example.com"_s);
+    QCOMPARE(
+        column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_origin_interactions"_s),
+        u"https://mail.example.com"_s);
     QCOMPARE(column(home, kFirefox + u"/webappsstore.sqlite"_s, u"SELECT scope FROM webappsstore2"_s),
              u"moc.elpmaxe.:https:443"_s);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com"_s), true);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^userContextId=1"_s), true);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++other.org"_s), false);
-    QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^partitionKey=%28https%2Cother.org%29"_s),
+    QCOMPARE(home.exists(kFirefox +
+                         u"/storage/default/https+++example.com^partitionKey=%28https%2Cother.org%29"_s),
              false);
 }
 
@@ -234,16 +242,18 @@ void TestKeptSites::keptSitesKeepTheirWebsitePreferences()
 {
     TestHome home;
     F::localState(home, QLatin1String(F::kChromeRoot), {u"Default"_s});
-    home.file(kChrome + u"/Preferences"_s,
-              R"({"partition":{"default_zoom_level":{"x":1.0},"per_host_zoom_levels":{"x":{"mail.example.com":)"
-              R"({"zoom_level":2.0},"other.org":{"zoom_level":3.0}}}},"profile":{"content_settings":{"exceptions":)"
-              R"({"geolocation":{"https://example.com:443,*":{"setting":1},"https://other.org:443,*":{"setting":1},)"
-              R"("https://example.com:443,https://other.org:443":{"setting":1}}}}}})");
-    F::database(home, kFirefox + u"/content-prefs.sqlite"_s,
-                {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
-                 u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER, settingID INTEGER, value BLOB)"_s,
-                 u"INSERT INTO groups VALUES (1, 'mail.example.com'), (2, 'other.org')"_s,
-                 u"INSERT INTO prefs VALUES (1, 1, 1, 1.5), (2, 2, 1, 2.0), (3, NULL, 1, 1.1)"_s});
+    home.file(
+        kChrome + u"/Preferences"_s,
+        R"({"partition":{"default_zoom_level":{"x":1.0},"per_host_zoom_levels":{"x":{"mail.example.com":)"
+        R"({"zoom_level":2.0},"other.org":{"zoom_level":3.0}}}},"profile":{"content_settings":{"exceptions":)"
+        R"({"geolocation":{"https://example.com:443,*":{"setting":1},"https://other.org:443,*":{"setting":1},)"
+        R"("https://example.com:443,https://other.org:443":{"setting":1}}}}}})");
+    F::database(
+        home, kFirefox + u"/content-prefs.sqlite"_s,
+        {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+         u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER, settingID INTEGER, value BLOB)"_s,
+         u"INSERT INTO groups VALUES (1, 'mail.example.com'), (2, 'other.org')"_s,
+         u"INSERT INTO prefs VALUES (1, 1, 1, 1.5), (2, 2, 1, 2.0), (3, NULL, 1, 1.1)"_s});
     clean(home, u"Google Chrome"_s);
     clean(home, u"Firefox"_s);
 
@@ -253,7 +263,8 @@ void TestKeptSites::keptSitesKeepTheirWebsitePreferences()
         R"({"geolocation":{"https://example.com:443,*":{"setting":1}}}}}})";
     QCOMPARE(home.read(kChrome + u"/Preferences"_s), kept);
     QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT id FROM prefs"_s), u"1,3"_s);
-    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT name FROM groups"_s), u"mail.example.com"_s);
+    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT name FROM groups"_s),
+             u"mail.example.com"_s);
 }
 
 QTEST_GUILESS_MAIN(TestKeptSites)
