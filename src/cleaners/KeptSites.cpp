@@ -15,8 +15,8 @@ namespace {
 
 bool isAddressOrLocalhost(QStringView site)
 {
-    return site == u"localhost" || site.contains(u':') ||
-           QRegularExpression(QStringLiteral("^[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+$")).match(site).hasMatch();
+    static const QRegularExpression ipv4(QStringLiteral("^[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+$"));
+    return site == u"localhost" || site.contains(u':') || ipv4.match(site).hasMatch();
 }
 
 bool isHostName(QStringView ace)
