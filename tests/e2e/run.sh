@@ -70,11 +70,12 @@ as_user "$work/corvella-clean" --allow-home-access --list > /dev/null
 browse() { as_user node "$work/browse.js" "$@" 2>&1; }
 profile_of() { if [ "$1" = firefox ]; then echo "$firefox_profile"; else echo "$chromium_data"; fi; }
 sql() { as_user sqlite3 "$1" "$2"; }
-# The files below the folders that name the site, in their path or their bytes.
+# The files below the folders that name the site, in their path or their bytes (also as UTF-16 text
+# and inside mozLz4 files and LevelDB's snappy blocks).
 traces() {
     for root in "$@"; do
         [ -d "$root" ] || continue
-        grep -rlaF corvella-trail "$root" 2>/dev/null
+        /usr/bin/python3 "$here/traces.py" corvella-trail "$root"
         find "$root" -path '*corvella-trail*' 2>/dev/null
     done | sort -u
 }
