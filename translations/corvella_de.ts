@@ -688,6 +688,10 @@ Rückgabewerte und Beispiele stehen in corvella-clean(1).</translation>
         <source>change</source>
         <translation>ändern</translation>
     </message>
+    <message>
+        <source>keep</source>
+        <translation>behalten</translation>
+    </message>
 </context>
 <context>
     <name>RemovalRun</name>

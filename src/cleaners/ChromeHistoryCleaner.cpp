@@ -70,6 +70,7 @@ void ChromeHistoryCleaner::clearProfile(const QString& profile, const QString& o
                 {{u"partition"_s, u"per_host_zoom_levels"_s, u"*"_s},
                  {u"profile"_s, u"content_settings"_s, u"exceptions"_s, u"*"_s}},
                 [&kept](const QString& key) { return !kept.keepsChromiumPattern(key); });
+            sandbox.reportKept(in("Preferences"), kept.takeMatched());
         }
     } else if (ofType == QLatin1String("searchEngines")) {
         // The engines that came with the browser have no creation date and stay.

@@ -22,7 +22,7 @@ void chromium(const CleanerServices& services, const QString& database, const Ke
     }
     // A partitioned cookie stays when its own host and the site it was set under are both kept.
     SiteRows::keepOnly(services, database, QStringLiteral("cookies"),
-                       {QStringLiteral("host_key"), QStringLiteral("top_frame_site_key")},
+                       {QStringLiteral("host_key"), QStringLiteral("top_frame_site_key")}, kept,
                        [&kept](const QVariantMap& row) {
                            const QString top = row.value(QStringLiteral("top_frame_site_key")).toString();
                            return kept.keepsHost(row.value(QStringLiteral("host_key")).toString()) &&
@@ -84,7 +84,7 @@ void CookieCleaner::removeCookies(const QString& browser)
                 continue;
             }
             SiteRows::keepOnly(m_services, cookies, QStringLiteral("moz_cookies"),
-                               {QStringLiteral("host"), QStringLiteral("originAttributes")},
+                               {QStringLiteral("host"), QStringLiteral("originAttributes")}, kept,
                                [&kept](const QVariantMap& row) {
                                    return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
                                           kept.keepsFirefoxAttributes(
@@ -94,14 +94,14 @@ void CookieCleaner::removeCookies(const QString& browser)
             // sites, and the table older versions kept by host, which Firefox leaves beside the new one.
             for (const QString& table :
                  SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("origin")))
-                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("origin")},
+                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("origin")}, kept,
                                    [&kept](const QVariantMap& row) {
                                        return kept.keepsFirefoxOrigin(
                                            row.value(QStringLiteral("origin")).toString());
                                    });
             for (const QString& table :
                  SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("host")))
-                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("host")},
+                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("host")}, kept,
                                    [&kept](const QVariantMap& row) {
                                        return kept.keepsHost(row.value(QStringLiteral("host")).toString());
                                    });

@@ -136,7 +136,7 @@ void keepExtensionBuckets(const CleanerServices& services, const QString& folder
         if (const std::optional<QString> path = sandbox.childPath(folder, name))
             sandbox.remove(*path);
     }
-    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, {u"storage_key"_s}, keptRow);
+    SiteRows::keepOnly(services, quotaManager, u"buckets"_s, {u"storage_key"_s}, kept, keptRow);
 }
 
 const QList<Step>& steps()
@@ -305,10 +305,13 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
                            : step.family == Family::Firefox ? KeptSites::forFirefoxProfile(services, folder)
                                                             : KeptSites::forChromiumProfile(services, folder);
     for (const QString& path : paths) {
+        kept.takeMatched();
         if (step.siteEntries) {
             sandbox.removeLevelDbKeys(path, step.siteEntries(kept));
+            sandbox.reportKept(path, kept.takeMatched());
         } else if (step.custom) {
             step.custom(services, path, kept);
+            sandbox.reportKept(path, kept.takeMatched());
         } else if (!step.jsonKeys.isEmpty()) {
             sandbox.removeJsonKeys(path, step.jsonKeys);
         } else if (!step.sql.isEmpty()) {

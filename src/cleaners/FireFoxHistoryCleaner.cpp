@@ -67,7 +67,7 @@ void FireFoxHistoryCleaner::clearProfile(const QString& profile, const QString& 
         } else if (SiteRows::tablesWithColumn(m_services, prefs, QStringLiteral("name"))
                        .contains(QStringLiteral("groups"))) {
             // The kept sites' groups (a group is named by its site) and their preferences stay.
-            SiteRows::keepOnly(m_services, prefs, QStringLiteral("groups"), {QStringLiteral("name")},
+            SiteRows::keepOnly(m_services, prefs, QStringLiteral("groups"), {QStringLiteral("name")}, kept,
                                [&kept](const QVariantMap& row) {
                                    return kept.keepsHost(row.value(QStringLiteral("name")).toString());
                                });

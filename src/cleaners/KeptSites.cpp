@@ -186,14 +186,26 @@ bool KeptSites::keepsHost(QStringView host) const
     if (m_sites.isEmpty())
         return false;
     const QString plain = plainHost(host);
-    if (m_exact.contains(plain) || m_domains.contains(plain))
+    if (m_exact.contains(plain) || m_domains.contains(plain)) {
+        m_matched.insert(plain);
         return true;
+    }
     // A subdomain: each shorter name after a ".".
     for (qsizetype dot = plain.indexOf(u'.'); dot >= 0; dot = plain.indexOf(u'.', dot + 1)) {
-        if (m_domains.contains(plain.mid(dot + 1)))
+        if (m_domains.contains(plain.mid(dot + 1))) {
+            m_matched.insert(plain.mid(dot + 1));
             return true;
+        }
     }
     return false;
+}
+
+QStringList KeptSites::takeMatched() const
+{
+    QStringList matched(m_matched.cbegin(), m_matched.cend());
+    matched.sort();
+    m_matched.clear();
+    return matched;
 }
 
 bool KeptSites::keepsOrigin(QStringView origin) const

@@ -34,6 +34,8 @@ public:
     static QStringList normalisedList(const QStringList& entries, QStringList* refused = nullptr);
 
     bool isEmpty() const { return m_sites.isEmpty(); }
+    // The kept sites that matched since the last call, sorted (what a preview says a store keeps).
+    QStringList takeMatched() const;
     const QStringList& sites() const { return m_sites; }
 
     // A host as a store writes it: any case, a leading "." (a domain cookie), brackets round IPv6.
@@ -60,4 +62,5 @@ private:
     QStringList m_sites;
     QSet<QString> m_exact;   // IP addresses and "localhost": that host only
     QSet<QString> m_domains; // with their subdomains
+    mutable QSet<QString> m_matched;
 };

@@ -1,5 +1,6 @@
 #include "cleaners/SiteRows.h"
 
+#include "cleaners/KeptSites.h"
 #include "sandbox/Sandbox.h"
 
 #include <QRegularExpression>
@@ -7,7 +8,8 @@
 namespace SiteRows {
 
 void keepOnly(const CleanerServices& services, const QString& database, const QString& table,
-              const QStringList& columns, const std::function<bool(const QVariantMap& row)>& kept)
+              const QStringList& columns, const KeptSites& sites,
+              const std::function<bool(const QVariantMap& row)>& kept)
 {
     Sandbox& sandbox = services.sandbox;
     if (!sandbox.fileExists(database))
@@ -28,6 +30,7 @@ void keepOnly(const CleanerServices& services, const QString& database, const QS
             read.append(column);
     }
     QStringList removed;
+    sites.takeMatched();
     for (const QVariantMap& row :
          sandbox
              .returnArrayFromSql(QStringLiteral("SELECT %1 FROM %2").arg(read.join(QLatin1Char(',')), table),
@@ -36,6 +39,7 @@ void keepOnly(const CleanerServices& services, const QString& database, const QS
         if (!kept(row))
             removed.append(QString::number(row.value(QStringLiteral("corvella_row")).toLongLong()));
     }
+    sandbox.reportKept(database, sites.takeMatched());
     if (removed.isEmpty())
         return;
     QStringList statements;

@@ -17,15 +17,17 @@ const QString kLocalStorageSuffix = QStringLiteral(".localstorage");
 StorageCleaner::StorageCleaner(const CleanerServices& services) : m_services(services) {}
 
 QStringList StorageCleaner::notKept(const QStringList& names, const KeptSites& kept,
-                                    bool (KeptSites::*keeps)(QStringView) const)
+                                    bool (KeptSites::*keeps)(QStringView) const, const QString& where)
 {
     if (kept.isEmpty())
         return names;
     QStringList removed;
+    kept.takeMatched();
     for (const QString& name : names) {
         if (!(kept.*keeps)(name))
             removed.append(name);
     }
+    m_services.sandbox.reportKept(where, kept.takeMatched());
     return removed;
 }
 
@@ -156,7 +158,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
         const QStringList origins =
             notKept(databaseArray(column(QStringLiteral("SELECT origin FROM Databases;"),
                                          QStringLiteral("origin"), databases)),
-                    kept, &KeptSites::keepsChromiumOriginName);
+                    kept, &KeptSites::keepsChromiumOriginName, databasesFolder);
         runWithList(QStringLiteral("DELETE FROM Databases WHERE origin IN ('%@');"), origins, databases);
         sandbox.runSql(QStringLiteral("VACUUM;"), databases);
         QStringList folders;
@@ -171,7 +173,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     if (sandbox.fileExists(localStorage)) {
         QStringList files;
         for (const QString& name : notKept(localStorageArray(sandbox.folderContentsOf(localStorage), browser),
-                                           kept, &KeptSites::keepsChromiumOriginName)) {
+                                           kept, &KeptSites::keepsChromiumOriginName, localStorage)) {
             if (const auto file = sandbox.childPath(localStorage, name))
                 files << *file << *file + QStringLiteral("-journal");
         }
@@ -183,7 +185,7 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
     const QString indexedDB = folder + QStringLiteral("/IndexedDB");
     if (sandbox.fileExists(indexedDB))
         removeEntries(indexedDB, notKept(databaseArray(sandbox.folderContentsOf(indexedDB)), kept,
-                                         &KeptSites::keepsChromiumOriginName));
+                                         &KeptSites::keepsChromiumOriginName, indexedDB));
 }
 
 void StorageCleaner::firefox()
@@ -198,7 +200,8 @@ void StorageCleaner::firefox()
         if (sandbox.fileExists(store)) {
             scopes += column(QStringLiteral("SELECT * FROM webappsstore2;"), QStringLiteral("scope"), store);
             runWithList(QStringLiteral("DELETE FROM webappsstore2 WHERE scope IN ('%@');"),
-                        notKept(mozillaLocalStorage(scopes), kept, &KeptSites::keepsFirefoxScope), store);
+                        notKept(mozillaLocalStorage(scopes), kept, &KeptSites::keepsFirefoxScope, store),
+                        store);
             sandbox.runSql(QStringLiteral("VACUUM;"), store);
         }
         // A folder per origin: the sites' go; the add-ons' ("moz-extension+++<uuid>", where
@@ -207,7 +210,7 @@ void StorageCleaner::firefox()
             const QString folder = profile + QStringLiteral("/storage/") + QLatin1String(kind);
             if (sandbox.fileExists(folder))
                 removeEntries(folder, notKept(mozillaSiteFolders(sandbox.folderContentsOf(folder)), kept,
-                                              &KeptSites::keepsFirefoxOriginFolder));
+                                              &KeptSites::keepsFirefoxOriginFolder, folder));
         }
     }
 }

@@ -34,9 +34,9 @@ private:
     // Runs the statement with "%@" replaced by the values (see SplicedSql).
     void runWithList(const QString& format, const QStringList& values, const QString& database);
     QStringList column(const QString& sql, const QString& name, const QString& database);
-    // The names whose site is not kept.
-    static QStringList notKept(const QStringList& names, const KeptSites& kept,
-                               bool (KeptSites::*keeps)(QStringView) const);
+    // The names whose site is not kept (a preview says which kept sites the store in `where` keeps).
+    QStringList notKept(const QStringList& names, const KeptSites& kept,
+                        bool (KeptSites::*keeps)(QStringView) const, const QString& where);
 
     CleanerServices m_services;
 };

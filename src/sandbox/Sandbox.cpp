@@ -660,6 +660,20 @@ bool Sandbox::runSqlThenVacuum(const QStringList& statements, const QString& onf
     return runSql(QStringLiteral("VACUUM;"), onfile);
 }
 
+void Sandbox::reportKept(const QString& path, const QStringList& sites)
+{
+    if (!m_services.preview || sites.isEmpty())
+        return;
+    envelope(
+        path, Effect::Reads,
+        [&](const QString& native) {
+            if (existsFollowingLinks(native))
+                m_services.preview->record(QStringLiteral(QT_TRANSLATE_NOOP("RemovalPreview", "keep")),
+                                           native, sizeBelow(native), sites.join(QStringLiteral(", ")));
+        },
+        kSandboxDenial);
+}
+
 std::optional<QList<QVariantMap>> Sandbox::returnArrayFromSql(const QString& sql, const QString& onfile)
 {
     if (onfile.isEmpty())

@@ -109,6 +109,9 @@ public:
     // When the database exists: each statement, then "VACUUM;", so no deleted row lingers in free
     // pages; stops at the first that fails as runSql says (the later ones may count on it).
     bool runSqlThenVacuum(const QStringList& statements, const QString& onfile);
+    // In a preview, says that the file or folder keeps these sites' data (the kept sites found there);
+    // nothing in a run.
+    void reportKept(const QString& path, const QStringList& sites);
     // The rows; empty when the database is missing, the statement fails or access is refused;
     // no value for an empty path.
     std::optional<QList<QVariantMap>> returnArrayFromSql(const QString& sql, const QString& onfile);

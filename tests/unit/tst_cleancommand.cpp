@@ -10,6 +10,7 @@
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -168,6 +169,13 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
         db.executeNonQuery(u"INSERT INTO moz_cookies VALUES ('.mail.example', ''), ('bank.example', ''), "
                            "('other.example', '')"_s);
     }
+    // The preview says which kept sites each store keeps.
+    QCOMPARE(cli.run({u"--preview"_s, u"--keep"_s, u"Bank.Example"_s, u"Firefox"_s, u"cookies"_s}),
+             int(CleanCommand::Success));
+    QVERIFY2(cli.out.contains(
+                 QRegularExpression(u"^keep .+/cookies.sqlite \\(.*\\): bank.example, mail.example$"_s,
+                                    QRegularExpression::MultilineOption)),
+             qPrintable(cli.out));
     QCOMPARE(cli.run({u"--keep"_s, u"Bank.Example"_s, u"Firefox"_s, u"cookies"_s}),
              int(CleanCommand::Success));
     Sqlite db;
