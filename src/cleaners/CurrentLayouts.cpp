@@ -112,6 +112,39 @@ void removeSiteWorkers(const CleanerServices& services, const QString& folder, c
     }
 }
 
+// The file systems sites keep (the origin private file system among them): a folder per origin
+// ("File System/000"), named in the "Origins" store ("ORIGIN:https_a.org_0" -> "000"). The sites'
+// go, folders and entries; the extensions' and the kept sites' stay. A store that cannot be read
+// takes the whole folder with it, as without kept sites.
+void keepExtensionFileSystems(const CleanerServices& services, const QString& folder, const KeptSites& kept)
+{
+    Sandbox& sandbox = services.sandbox;
+    const auto read = std::make_shared<bool>(false);
+    const auto keptFolders = std::make_shared<QSet<QString>>();
+    sandbox.removeLevelDbKeys(folder + u"/Origins"_s, [&kept, read, keptFolders](const QByteArray& key,
+                                                                                 const QByteArray& value) {
+        *read = true;
+        if (!key.startsWith("ORIGIN:"))
+            return false; // "LAST_PATH", the store's own
+        const QString origin = QString::fromUtf8(key.mid(7));
+        if (origin.startsWith(u"chrome-extension_"_s) || kept.keepsChromiumOriginName(origin)) {
+            keptFolders->insert(QString::fromUtf8(value));
+            return false;
+        }
+        return true;
+    });
+    if (!*read) {
+        sandbox.remove(folder);
+        return;
+    }
+    for (const QString& name : sandbox.folderContentsOf(folder)) {
+        if (name == u"Origins"_s || keptFolders->contains(name))
+            continue;
+        if (const std::optional<QString> path = sandbox.childPath(folder, name))
+            sandbox.remove(*path);
+    }
+}
+
 // The storage buckets ("WebStorage/<id>/", named in its "QuotaManager" database by their origin): the
 // sites' go, folders and rows, the extensions' own stay. Partitioned keys ("…^0<top-level site>") are a
 // site's; the kept sites' stay too. Without a database to name them, every bucket goes.
@@ -154,7 +187,7 @@ const QList<Step>& steps()
         {Family::Chromium, "databases", "Local Storage/leveldb", {}, {}, SiteEntries::localStorage},
         {Family::Chromium, "databases", "Service Worker", {}, {}, nullptr, removeSiteWorkers},
         {Family::Chromium, "databases", "Session Storage", {}},
-        {Family::Chromium, "databases", "File System", {}},
+        {Family::Chromium, "databases", "File System", {}, {}, nullptr, keepExtensionFileSystems},
         {Family::Chromium, "databases", "blob_storage", {}},
         {Family::Chromium, "databases", "WebStorage", {}, {}, nullptr, keepExtensionBuckets},
         {Family::Chromium, "databases", "SharedStorage", {}},

@@ -178,8 +178,23 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
                                  QByteArray("_https://example.com\0k", 22)};
     F::levelDb(home, kChrome + u"/Local Storage/leveldb"_s,
                kept + QList<QByteArray>{"META:https://other.org", QByteArray("_https://other.org\0k", 20)});
+    // File systems: a folder per origin, named in the "Origins" store; an extension's stays too.
+    const QString fileSystem = kChrome + u"/File System"_s;
+    const QMap<QByteArray, QByteArray> keptFolders{{"LAST_PATH", "002"},
+                                                   {"ORIGIN:https_mail.example.com_0", "000"},
+                                                   {"ORIGIN:chrome-extension_abc_0", "002"}};
+    QMap<QByteArray, QByteArray> origins = keptFolders;
+    origins.insert("ORIGIN:https_other.org_0", "001");
+    F::levelDb(home, fileSystem + u"/Origins"_s, origins);
+    for (const char* file : {"000/t/00/00000001", "001/t/00/00000001", "002/p/00/00000001", "003/t/x"})
+        home.file(fileSystem + u'/' + QLatin1String(file));
     clean(home, u"Google Chrome"_s);
 
+    QCOMPARE(F::levelDbKeys(home.path(fileSystem + u"/Origins"_s)), keptFolders.keys());
+    for (const char* folder : {"000", "002"})
+        QVERIFY2(home.exists(fileSystem + u'/' + QLatin1String(folder)), folder);
+    for (const char* folder : {"001", "003"})
+        QVERIFY2(!home.exists(fileSystem + u'/' + QLatin1String(folder)), folder);
     for (const char* cookies : {"/Cookies", "/Network/Cookies"})
         QCOMPARE(column(home, kChrome + QLatin1String(cookies), u"SELECT name FROM cookies"_s),
                  exceptions ? u"a,b,f"_s : u"a,b"_s);
