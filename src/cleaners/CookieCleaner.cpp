@@ -30,6 +30,35 @@ void chromium(const CleanerServices& services, const QString& database, const Ke
                        });
 }
 
+void firefox(const CleanerServices& services, const QString& profile, const KeptSites& kept)
+{
+    const QString cookies = profile + QStringLiteral("/cookies.sqlite");
+    const QString permissions = profile + QStringLiteral("/permissions.sqlite");
+    if (kept.isEmpty()) {
+        services.sandbox.remove(cookies);
+        services.sandbox.remove(permissions);
+        return;
+    }
+    SiteRows::keepOnly(
+        services, cookies, QStringLiteral("moz_cookies"),
+        {QStringLiteral("host"), QStringLiteral("originAttributes")}, kept, [&kept](const QVariantMap& row) {
+            return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
+                   kept.keepsFirefoxAttributes(row.value(QStringLiteral("originAttributes")).toString());
+        });
+    // Every table that names sites: the permissions by origin, the user's interactions with
+    // sites, and the table older versions kept by host, which Firefox leaves beside the new one.
+    for (const QString& table : SiteRows::tablesWithColumn(services, permissions, QStringLiteral("origin")))
+        SiteRows::keepOnly(services, permissions, table, {QStringLiteral("origin")}, kept,
+                           [&kept](const QVariantMap& row) {
+                               return kept.keepsFirefoxOrigin(row.value(QStringLiteral("origin")).toString());
+                           });
+    for (const QString& table : SiteRows::tablesWithColumn(services, permissions, QStringLiteral("host")))
+        SiteRows::keepOnly(services, permissions, table, {QStringLiteral("host")}, kept,
+                           [&kept](const QVariantMap& row) {
+                               return kept.keepsHost(row.value(QStringLiteral("host")).toString());
+                           });
+}
+
 QStringList sitesWithCookies(const CleanerServices& services, const QString& browser)
 {
     QStringList databases;
@@ -74,38 +103,8 @@ void CookieCleaner::removeCookies(const QString& browser)
     }
     if (browser == BrowserCatalogue::firefox) {
         // Every entry counts as a profile; removing what is not there does nothing.
-        for (const QString& profile : Profiles::firefox(m_services)) {
-            const KeptSites kept = KeptSites::forFirefoxProfile(m_services, profile);
-            const QString cookies = profile + QStringLiteral("/cookies.sqlite");
-            const QString permissions = profile + QStringLiteral("/permissions.sqlite");
-            if (kept.isEmpty()) {
-                sandbox.remove(cookies);
-                sandbox.remove(permissions);
-                continue;
-            }
-            SiteRows::keepOnly(m_services, cookies, QStringLiteral("moz_cookies"),
-                               {QStringLiteral("host"), QStringLiteral("originAttributes")}, kept,
-                               [&kept](const QVariantMap& row) {
-                                   return kept.keepsHost(row.value(QStringLiteral("host")).toString()) &&
-                                          kept.keepsFirefoxAttributes(
-                                              row.value(QStringLiteral("originAttributes")).toString());
-                               });
-            // Every table that names sites: the permissions by origin, the user's interactions with
-            // sites, and the table older versions kept by host, which Firefox leaves beside the new one.
-            for (const QString& table :
-                 SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("origin")))
-                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("origin")}, kept,
-                                   [&kept](const QVariantMap& row) {
-                                       return kept.keepsFirefoxOrigin(
-                                           row.value(QStringLiteral("origin")).toString());
-                                   });
-            for (const QString& table :
-                 SiteRows::tablesWithColumn(m_services, permissions, QStringLiteral("host")))
-                SiteRows::keepOnly(m_services, permissions, table, {QStringLiteral("host")}, kept,
-                                   [&kept](const QVariantMap& row) {
-                                       return kept.keepsHost(row.value(QStringLiteral("host")).toString());
-                                   });
-        }
+        for (const QString& profile : Profiles::firefox(m_services))
+            KeptCookies::firefox(m_services, profile, KeptSites::forFirefoxProfile(m_services, profile));
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
         return;
     }

@@ -11,6 +11,9 @@ class KeptSites;
 namespace KeptCookies {
 // A Chromium-family cookie database ("Cookies", "Network/Cookies") with only the kept sites' rows.
 void chromium(const CleanerServices& services, const QString& database, const KeptSites& kept);
+// A Firefox profile's "cookies.sqlite" and "permissions.sqlite" (every table that names sites) with
+// only the kept sites' rows.
+void firefox(const CleanerServices& services, const QString& profile, const KeptSites& kept);
 // The sites that hold cookies in the browser's profiles now, normalised, for the user to pick from.
 QStringList sitesWithCookies(const CleanerServices& services, const QString& browser);
 } // namespace KeptCookies
