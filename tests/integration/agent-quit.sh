@@ -43,7 +43,9 @@ sleep 0.5
 "$work/corvella-clean" --allow-home-access --list > "$work/list.log" 2>&1
 "$work/corvella" 2>&1 | stamp > "$work/agent.log" &
 sleep 2
-"$HOME/fake/firefox-esr" 3          # found by the watcher, then exits
+# Found by the watcher (every two seconds at the latest; five seconds leave room on a loaded
+# machine), then exits.
+"$HOME/fake/firefox-esr" 5
 date +%s%3N > "$work/exit.time"
 sleep 11
 agent=$(pgrep -u "$(id -u)" -x corvella)
@@ -58,8 +60,8 @@ for n in 1 2 3 4 5; do wait "${starts[$((n - 1))]}"; echo $? > "$work/second.$n.
 mkdir -p "$HOME/.config/corvella"
 echo "$settings" > "$HOME/.config/corvella/com.tovanex.Corvella6.plist"
 "$work/corvella-clean" --allow-home-access --list > /dev/null 2>&1
-sleep 1
-"$HOME/fake/firefox-esr" 3
+sleep 2 # the agent reads the settings made again
+"$HOME/fake/firefox-esr" 5
 sleep 10
 kill -TERM $agent
 for _ in $(seq 50); do kill -0 $agent 2>/dev/null || break; sleep 0.1; done
