@@ -90,7 +90,7 @@ async function searchEngine(browser, chosen) {
         if (chosen && select.value !== chosen) {
             select.value = chosen;
             select.dispatchEvent(new Event('change', {bubbles: true}));
-            await new Promise(resolve => setTimeout(resolve, 1000)); // the choice is saved meanwhile
+            await new Promise(resolve => setTimeout(resolve, 3000)); // Firefox saves the choice a moment later
         }
         return select.value;
     }, chosen || '');

@@ -121,7 +121,12 @@ prefs.setdefault("partition", {})["default_zoom_level"] = {"x": 2.22390108574154
 prefs.setdefault("session", {})["restore_on_startup"] = 1  # "Continue where you left off"
 json.dump(prefs, open(path, "w"))
 PY
-chosen=$(browse search firefox "$firefox_profile" ddg | tail -n 1)
+# Firefox saves the choice a moment later; a start after it must read it back before the clean counts.
+for attempt in 1 2 3; do
+    browse search firefox "$firefox_profile" ddg > /dev/null
+    chosen=$(browse search firefox "$firefox_profile" | tail -n 1)
+    [ "$chosen" = ddg ] && break
+done
 check '[ "$chosen" = ddg ]' "Firefox's default search engine could not be chosen: $chosen"
 for profile in "$firefox_profile" "$firefox_absolute"; do
     sql "$profile/content-prefs.sqlite" "CREATE TABLE IF NOT EXISTS groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
