@@ -103,11 +103,6 @@ QString patternHost(const QString& pattern)
 
 } // namespace
 
-KeptSites KeptSites::of(const CleanerServices& services)
-{
-    return KeptSites(normalisedList(userSites(services)));
-}
-
 KeptSites KeptSites::forChromiumProfile(const CleanerServices& services, const QString& profile)
 {
     QStringList sites = userSites(services);

@@ -18,10 +18,9 @@ public:
     KeptSites() = default;
     // Entries already normalised; others are dropped.
     explicit KeptSites(const QStringList& sites);
-    // The user's kept sites and those kept for this run only.
-    static KeptSites of(const CleanerServices& services);
-    // And, while "keepBrowserExceptions" is on, the sites the profile's own settings always allow
-    // cookies for: a Chromium-family profile's cookie exceptions set to "allow" in "Preferences",
+    // The user's kept sites, those kept for this run only and, while "keepBrowserExceptions" is on,
+    // the sites the profile's own settings always allow cookies for: a Chromium-family profile's
+    // cookie exceptions set to "allow" in "Preferences",
     // Firefox's "cookie" permissions set to allow in "permissions.sqlite". Read anew each time.
     static KeptSites forChromiumProfile(const CleanerServices& services, const QString& profile);
     static KeptSites forFirefoxProfile(const CleanerServices& services, const QString& profile);
