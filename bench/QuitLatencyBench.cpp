@@ -2,6 +2,7 @@
 // baseline in the same run: a pidfd on the same process, watched by the same event loop.
 // Usage: bench-quit-latency [rounds]
 
+#include "catalogue/BrowserTable.h"
 #include "platform/linux/ProcessWatcher.h"
 
 #include <QCoreApplication>
@@ -36,7 +37,7 @@ int main(int argc, char* argv[])
     const QString browser = dir.filePath(QStringLiteral("chromium"));
     QFile::copy(QStringLiteral("/bin/sleep"), browser);
 
-    ProcessWatcher watcher({});
+    ProcessWatcher watcher(BrowserTable::knownApplications(), {});
     QList<double> watched, baseline;
     for (int round = 0; round < rounds; ++round) {
         QProcess process;

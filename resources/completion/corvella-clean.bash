@@ -7,7 +7,8 @@ _corvella_clean()
     local options="--list --preview --keep --allow-home-access --help --version"
     local categories="cookies databases flash silverlight cache history favicons webpage forms
         downloads websitePrefs searchEngines"
-    local browsers=("Google Chrome" Chromium Firefox Opera)
+    local browsers=(Firefox "Google Chrome" Chromium Opera Brave Vivaldi "Microsoft Edge" "Google Chrome Beta"
+        "Google Chrome Dev" "Microsoft Edge Beta" "Microsoft Edge Dev" LibreWolf Waterfox Floorp)
 
     if [[ $prev == --layout ]]; then
         COMPREPLY=($(compgen -W "Linux macOS" -- "$cur"))
@@ -34,11 +35,13 @@ _corvella_clean()
             COMPREPLY=($(compgen -W "$options" -- "$cur"))
             return
         fi
-        # Browser names as one word each, quoted for the shell.
-        local name
+        # Browser names as one word each, quoted for the shell; what is typed may be quoted or
+        # have its spaces escaped ("Microsoft\ Edge\ B").
+        local name typed=${cur#[\"\']}
+        typed=${typed//\\ / }
         COMPREPLY=()
         for name in "${browsers[@]}"; do
-            [[ $name == "${cur#[\"\']}"* ]] && COMPREPLY+=("$(printf '%q' "$name")")
+            [[ $name == "$typed"* ]] && COMPREPLY+=("$(printf '%q' "$name")")
         done
         return
     fi

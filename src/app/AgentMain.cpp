@@ -4,7 +4,7 @@
 #include "app/SingleInstance.h"
 #include "cleaners/BrowserCleaners.h"
 #include "core/AppDelegate.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "core/RunLock.h"
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
@@ -16,6 +16,7 @@
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/InodeBookmarks.h"
 #include "platform/linux/InotifyFolderWatch.h"
+#include "catalogue/BrowserTable.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 #include "platform/linux/SyncFolderKeyValueStore.h"
@@ -159,7 +160,7 @@ int main(int argc, char* argv[])
     FileDialogOpenPanel dialogPanel;
     OpenPanel& panel = headless ? static_cast<OpenPanel&>(headlessPanel) : dialogPanel;
     Sandbox sandbox({defaults, bookmarks, panel, log});
-    const WorkspaceLocations locations = WorkspaceLocations::forHome(home);
+    const WorkspaceLocations locations = BrowserTable::workspaceLocations(home);
     LinuxWorkspace workspace(locations);
     InotifyFolderWatch folderWatch(locations.applicationFolders);
     FreedesktopNotificationCenter notifications(log);

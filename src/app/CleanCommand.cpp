@@ -2,7 +2,7 @@
 
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/KeptSites.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "core/RemovalRun.h"
 #include "core/SettingsController.h"
 #include "platform/OpenPanel.h"
@@ -287,25 +287,29 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     const QString activatedWords[] = {tr("activated"), tr("not activated")};
     const auto width = [](const QString(&words)[2]) { return std::max(words[0].size(), words[1].size()); };
     const QStringList offered = browsersOffered(sandbox.layout());
+    qsizetype nameWidth = 0;
+    for (const QString& browser : offered)
+        nameWidth = std::max(nameWidth, browser.size() + 2);
     for (const QString& id : BrowserCatalogue::detectionOrder()) {
         const QString browser = BrowserCatalogue::browserForID(id);
         if (!offered.contains(browser))
             continue;
-        QString line = browser.leftJustified(15) +
+        QString line = browser.leftJustified(nameWidth) +
                        installedWords[installed.contains(id) ? 0 : 1].leftJustified(width(installedWords)) +
                        QStringLiteral("  ") +
                        activatedWords[catalogue.checkIfBrowserEnabled(browser) ? 0 : 1].leftJustified(
                            width(activatedWords));
         QStringList profiles;
-        if (access && (browser == BrowserCatalogue::googleChrome || browser == BrowserCatalogue::chromium)) {
+        if (!access) {
+        } else if (BrowserCatalogue::hasSingleProfile(browser)) {
+            if (!BrowserCatalogue::installsOf(sandbox, browser).isEmpty())
+                profiles.append(browser);
+        } else if (BrowserCatalogue::isChromiumFamily(browser)) {
             const QVariantMap map = catalogue.userProfiles(browser);
             for (auto it = map.cbegin(); it != map.cend(); ++it)
                 profiles.append(QStringLiteral("%1 (%2)").arg(it.key(), it.value().toString()));
-        } else if (access && browser == BrowserCatalogue::firefox) {
-            profiles = catalogue.firefoxProfiles();
-        } else if (access && browser == BrowserCatalogue::opera &&
-                   sandbox.fileIsDirectory(BrowserCatalogue::operaDataRoot)) {
-            profiles.append(QStringLiteral("Opera"));
+        } else if (BrowserCatalogue::isFirefoxFamily(browser)) {
+            profiles = catalogue.firefoxProfiles(browser);
         }
         if (!profiles.isEmpty())
             line += QStringLiteral("  ") + tr("profiles: %1").arg(profiles.join(QStringLiteral(", ")));

@@ -8,6 +8,7 @@
 #include "platform/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/InodeBookmarks.h"
+#include "catalogue/BrowserTable.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 
@@ -44,7 +45,7 @@ int main(int argc, char* argv[])
                           log);
     AppDelegate::initialize(defaults);
     InodeBookmarks bookmarks;
-    LinuxWorkspace workspace(WorkspaceLocations::forHome(home));
+    LinuxWorkspace workspace(BrowserTable::workspaceLocations(home));
 
     CleanCommand command({defaults, log, bookmarks, workspace, out, err,
                           [&err](const QString& question) { return askOnTerminal(err, question); },

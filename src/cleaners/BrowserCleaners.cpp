@@ -1,11 +1,12 @@
 #include "cleaners/BrowserCleaners.h"
 
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/SystemLog.h"
 
-BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base)
+BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base,
+                              const std::optional<BrowserInstall>& install)
     : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log,
-                                        base.keptForThisRun},
+                                        base.keptForThisRun, install},
       scripts(sandbox, base.log), cookies(services, scripts), storage(services), plugins(services),
       cache(services, scripts, cookies), history(services, scripts)
 {}
@@ -14,27 +15,28 @@ BrowserCleaners::BrowserCleaners(const CleanerServices& services) : m_services(s
 
 void BrowserCleaners::forEachInstall(const QString& browser, const std::function<void(Units&)>& run)
 {
-    const QString root = browser == BrowserCatalogue::firefox ? BrowserCatalogue::firefoxProfilesRoot
-                                                              : BrowserCatalogue::chromiumDataRoot(browser);
-    const QList<PathLayout::Install> installs = root.isEmpty()
-                                                    ? QList<PathLayout::Install>{PathLayout::Install::Native}
-                                                    : m_services.sandbox.installsOf(root);
-    for (const PathLayout::Install install : installs) {
-        Units units(m_services.sandbox.forInstall(install), m_services);
-        if (browser == BrowserCatalogue::firefox)
-            reportProfilesOutsideHome(units.sandbox);
+    // Safari, and the shared plug-in folders, have no installs: one pass over the reference paths.
+    if (!BrowserCatalogue::isChromiumFamily(browser) && !BrowserCatalogue::isFirefoxFamily(browser)) {
+        Units units(m_services.sandbox, m_services, std::nullopt);
+        run(units);
+        return;
+    }
+    for (const BrowserInstall& install : BrowserCatalogue::installsOf(m_services.sandbox, browser)) {
+        Units units(m_services.sandbox.forRoots({install.dataRoot, install.cacheRoot}), m_services, install);
+        if (BrowserCatalogue::isFirefoxFamily(browser))
+            reportProfilesOutsideHome(units.sandbox, install);
         run(units);
     }
 }
 
-void BrowserCleaners::reportProfilesOutsideHome(Sandbox& sandbox)
+void BrowserCleaners::reportProfilesOutsideHome(Sandbox& sandbox, const BrowserInstall& install)
 {
-    for (const auto& profile : BrowserCatalogue::firefoxProfilesElsewhere(sandbox)) {
+    for (const auto& profile : BrowserCatalogue::firefoxProfilesElsewhere(sandbox, install.dataRoot)) {
         if (!profile.inside && !m_reportedOutsideHome.contains(profile.path)) {
             m_reportedOutsideHome.insert(profile.path);
-            m_services.log.log(QStringLiteral("Corvella left the Firefox profile %1 alone: it lies outside "
+            m_services.log.log(QStringLiteral("Corvella left the %1 profile %2 alone: it lies outside "
                                               "the home folder, where Corvella changes nothing")
-                                   .arg(profile.path));
+                                   .arg(install.browser, profile.path));
         }
     }
 }

@@ -31,7 +31,8 @@ private:
     // Every cleaner, over one install's folders.
     struct Units
     {
-        Units(const Sandbox& installSandbox, const CleanerServices& services);
+        Units(const Sandbox& installSandbox, const CleanerServices& services,
+              const std::optional<BrowserInstall>& install);
 
         Sandbox sandbox;
         CleanerServices services;
@@ -44,7 +45,7 @@ private:
     };
     void forEachInstall(const QString& browser, const std::function<void(Units&)>& run);
     // A Firefox profile listed outside the home folder is left alone: said once.
-    void reportProfilesOutsideHome(Sandbox& sandbox);
+    void reportProfilesOutsideHome(Sandbox& sandbox, const BrowserInstall& install);
 
     CleanerServices m_services;
     QSet<QString> m_reportedOutsideHome;

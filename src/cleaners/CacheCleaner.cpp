@@ -3,7 +3,7 @@
 #include "cleaners/CookieCleaner.h"
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/Profiles.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 
@@ -35,11 +35,11 @@ void CacheCleaner::removeBrowserCache(const QString& browser)
         for (const char* name : {"cache_set.dmp", "Cache.db-shm", "Cache.db-wal", "Cache.db-journal"})
             sandbox.remove(kSafariCaches + QLatin1Char('/') + QLatin1String(name));
         m_scripts.executeScript(HelperScripts::clearSafariCache);
-    } else if (!BrowserCatalogue::chromiumCacheRoot(browser).isEmpty()) {
+    } else if (BrowserCatalogue::isChromiumFamily(browser)) {
         clearChromeCache(browser);
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cache"));
-    } else if (browser == BrowserCatalogue::firefox) {
-        clearFireFoxCache();
+    } else if (BrowserCatalogue::isFirefoxFamily(browser)) {
+        clearFireFoxCache(browser);
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cache"));
     }
     // Shared by every browser, an unknown one included.
@@ -68,18 +68,18 @@ void CacheCleaner::clearMojaveCache()
     }
 }
 
-void CacheCleaner::clearFireFoxCache()
+void CacheCleaner::clearFireFoxCache(const QString& browser)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const QString cacheRoot = QStringLiteral("~/Library/Caches/Firefox/Profiles/");
+    const QString cacheRoot = Profiles::cacheRoot(m_services, browser);
     for (const QString& name : sandbox.folderContentsOf(cacheRoot)) {
         if (const auto profileCache = sandbox.childPath(cacheRoot, name))
             sandbox.remove(*profileCache);
     }
-    for (const QString& profile : Profiles::firefox(m_services))
+    for (const QString& profile : Profiles::firefox(m_services, browser))
         sandbox.remove(profile + QStringLiteral("/SiteSecurityServiceState.txt"));
     // What a profile in the profiles folder keeps in its cache folder, one elsewhere keeps in its own.
-    for (const QString& profile : Profiles::firefoxElsewhere(m_services)) {
+    for (const QString& profile : Profiles::firefoxElsewhere(m_services, browser)) {
         for (const char* name : {"cache2", "startupCache", "thumbnails", "safebrowsing", "jumpListCache"})
             sandbox.remove(profile + QLatin1Char('/') + QLatin1String(name));
     }
@@ -88,11 +88,11 @@ void CacheCleaner::clearFireFoxCache()
 void CacheCleaner::clearChromeCache(const QString& browser)
 {
     Sandbox& sandbox = m_services.sandbox;
-    const QString cacheRoot = BrowserCatalogue::chromiumCacheRoot(browser);
-    const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
-    if (cacheRoot.isEmpty())
+    const QString cacheRoot = Profiles::cacheRoot(m_services, browser);
+    const QString dataRoot = Profiles::dataRoot(m_services, browser);
+    if (!BrowserCatalogue::isChromiumFamily(browser) || cacheRoot.isEmpty())
         return;
-    if (browser == BrowserCatalogue::opera)
+    if (BrowserCatalogue::hasSingleProfile(browser))
         sandbox.remove(dataRoot + QStringLiteral("/GPUCache"));
     for (const QString& key : Profiles::chromiumFamilyKeys(m_services, browser)) {
         const QString profile = Profiles::profileFolder(dataRoot, key);

@@ -19,7 +19,7 @@ public:
     void clearCloudKitCache();
     // Safari's caches in its container, its extensions kept.
     void clearMojaveCache();
-    void clearFireFoxCache();
+    void clearFireFoxCache(const QString& browser);
     void clearChromeCache(const QString& browser);
 
 private:

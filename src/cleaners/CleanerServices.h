@@ -1,8 +1,11 @@
 #pragma once
 
+#include "catalogue/BrowserCatalogue.h"
+
 #include <QStringList>
 
-class BrowserCatalogue;
+#include <optional>
+
 class Sandbox;
 class SystemLog;
 class UserDefaults;
@@ -16,4 +19,6 @@ struct CleanerServices
     SystemLog& log;
     // Sites kept for this run beside the user's ("corvella-clean --keep").
     QStringList keptForThisRun = {};
+    // The browser install these cleaners work on; without one, the browser's reference roots.
+    std::optional<BrowserInstall> install = {};
 };

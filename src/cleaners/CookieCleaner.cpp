@@ -4,7 +4,7 @@
 #include "cleaners/KeptSites.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteRows.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 
@@ -63,11 +63,11 @@ QStringList sitesWithCookies(const CleanerServices& services, const QString& bro
 {
     QStringList databases;
     QString sql;
-    if (browser == BrowserCatalogue::firefox) {
-        for (const QString& profile : Profiles::firefox(services))
+    if (BrowserCatalogue::isFirefoxFamily(browser)) {
+        for (const QString& profile : Profiles::firefox(services, browser))
             databases.append(profile + QStringLiteral("/cookies.sqlite"));
         sql = QStringLiteral("SELECT DISTINCT host AS h FROM moz_cookies");
-    } else if (!BrowserCatalogue::chromiumDataRoot(browser).isEmpty()) {
+    } else if (BrowserCatalogue::isChromiumFamily(browser)) {
         for (const QString& profile : Profiles::chromiumFamily(services, browser))
             databases << profile + QStringLiteral("/Cookies") << profile + QStringLiteral("/Network/Cookies");
         sql = QStringLiteral("SELECT DISTINCT host_key AS h FROM cookies");
@@ -101,14 +101,14 @@ void CookieCleaner::removeCookies(const QString& browser)
         m_scripts.executeScript(HelperScripts::clearCookies);
         return;
     }
-    if (browser == BrowserCatalogue::firefox) {
+    if (BrowserCatalogue::isFirefoxFamily(browser)) {
         // Every entry counts as a profile; removing what is not there does nothing.
-        for (const QString& profile : Profiles::firefox(m_services))
+        for (const QString& profile : Profiles::firefox(m_services, browser))
             KeptCookies::firefox(m_services, profile, KeptSites::forFirefoxProfile(m_services, profile));
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("cookies"));
         return;
     }
-    if (BrowserCatalogue::chromiumDataRoot(browser).isEmpty())
+    if (!BrowserCatalogue::isChromiumFamily(browser))
         return;
     // The channel identifiers' rows go before any cookie file.
     deleteChromeChannelID(browser);
@@ -127,11 +127,11 @@ void CookieCleaner::deleteChromeChannelID(const QString& browser)
 
 void CookieCleaner::deleteChromeChannelIDforProfilePath(const QString& profile, const QString& whichBrowser)
 {
-    const QString root = BrowserCatalogue::chromiumDataRoot(whichBrowser);
-    if (root.isEmpty())
+    const QString root = Profiles::dataRoot(m_services, whichBrowser);
+    if (!BrowserCatalogue::isChromiumFamily(whichBrowser) || root.isEmpty())
         return;
     QString folder = root;
-    if (whichBrowser != BrowserCatalogue::opera) {
+    if (!BrowserCatalogue::hasSingleProfile(whichBrowser)) {
         const std::optional<QString> child = m_services.sandbox.childPath(root, profile);
         if (!child)
             return;

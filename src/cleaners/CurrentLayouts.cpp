@@ -7,7 +7,7 @@
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
 #include "cleaners/SiteRows.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 #include "sandbox/Sandbox.h"
@@ -54,7 +54,7 @@ void keepPinnedTabs(const CleanerServices& services, const QString& path, const 
     const std::optional<QByteArray> session = services.sandbox.dataWithContentsOfFile(path);
     const bool keepCookies =
         !services.defaults.dictionaryForKey(SettingsKeys::settings)
-             .value(SettingsKeys::settingsKey(BrowserCatalogue::firefox, QStringLiteral("cookies")))
+             .value(SettingsKeys::settingsKey(services.install->browser, QStringLiteral("cookies")))
              .toBool();
     const std::optional<QByteArray> pinned =
         session ? FirefoxSession::withOnlyPinnedTabs(*session, keepCookies) : std::nullopt;
@@ -292,18 +292,17 @@ struct Folders
 QList<Folders> profileFolders(const CleanerServices& services, const QString& browser)
 {
     QList<Folders> folders;
-    if (browser == BrowserCatalogue::firefox) {
-        const QStringList elsewhere = Profiles::firefoxElsewhere(services);
-        for (const QString& profile : Profiles::firefox(services)) {
-            folders.append(
-                {profile, elsewhere.contains(profile)
-                              ? profile // it keeps its cache in its own folder
-                              : u"~/Library/Caches/Firefox/Profiles/"_s + profile.section(u'/', -1)});
+    const QString dataRoot = Profiles::dataRoot(services, browser);
+    const QString cacheRoot = Profiles::cacheRoot(services, browser);
+    if (BrowserCatalogue::isFirefoxFamily(browser)) {
+        const QStringList elsewhere = Profiles::firefoxElsewhere(services, browser);
+        for (const QString& profile : Profiles::firefox(services, browser)) {
+            folders.append({profile, elsewhere.contains(profile)
+                                         ? profile // it keeps its cache in its own folder
+                                         : cacheRoot + u'/' + profile.section(u'/', -1)});
         }
         return folders;
     }
-    const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
-    const QString cacheRoot = BrowserCatalogue::chromiumCacheRoot(browser);
     for (const QString& key : Profiles::chromiumFamilyKeys(services, browser))
         folders.append({Profiles::profileFolder(dataRoot, key), Profiles::profileFolder(cacheRoot, key)});
     return folders;
@@ -359,14 +358,17 @@ void apply(const CleanerServices& services, const Step& step, const QString& fol
 
 namespace CurrentLayouts {
 
-void supplement(const CleanerServices& services, const QString& browser, const QString& category)
+void supplement(const CleanerServices& base, const QString& browser, const QString& category)
 {
-    if (!services.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts))
+    if (!base.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts))
         return;
-    const bool firefox = browser == BrowserCatalogue::firefox;
-    const QString dataRoot = BrowserCatalogue::chromiumDataRoot(browser);
-    if (!firefox && dataRoot.isEmpty())
+    const bool firefox = BrowserCatalogue::isFirefoxFamily(browser);
+    if (!firefox && !BrowserCatalogue::isChromiumFamily(browser))
         return;
+    // The steps read which browser (and which of its settings) they work for from the services.
+    CleanerServices services = base;
+    services.install = Profiles::install(base, browser);
+    const QString dataRoot = services.install->dataRoot;
     const Family family = firefox ? Family::Firefox : Family::Chromium;
     const QList<Folders> profiles = profileFolders(services, browser);
     for (const Step& step : steps()) {

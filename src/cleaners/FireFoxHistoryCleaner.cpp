@@ -10,12 +10,12 @@
 
 FireFoxHistoryCleaner::FireFoxHistoryCleaner(const CleanerServices& services) : m_services(services) {}
 
-void FireFoxHistoryCleaner::clearFireFoxHistoryOfType(const QString& ofType)
+void FireFoxHistoryCleaner::clearFireFoxHistoryOfType(const QString& ofType, const QString& browser)
 {
     // Firefox keeps no page previews of its own: the profiles are not even listed.
     if (ofType == QLatin1String("webpage"))
         return;
-    for (const QString& profile : Profiles::firefoxFolders(m_services))
+    for (const QString& profile : Profiles::firefoxFolders(m_services, browser))
         clearProfile(profile, ofType);
 }
 

@@ -11,7 +11,7 @@ class FireFoxHistoryCleaner
 public:
     explicit FireFoxHistoryCleaner(const CleanerServices& services);
 
-    void clearFireFoxHistoryOfType(const QString& ofType);
+    void clearFireFoxHistoryOfType(const QString& ofType, const QString& browser);
 
 private:
     void clearProfile(const QString& profile, const QString& ofType);

@@ -1,7 +1,7 @@
 #include "cleaners/HistoryCleaner.h"
 
 #include "cleaners/CurrentLayouts.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
 
 HistoryCleaner::HistoryCleaner(const CleanerServices& services, HelperScripts& scripts)
@@ -14,10 +14,10 @@ void HistoryCleaner::removeBrowserHistory(const QString& browser, const QString&
         m_safari.clearSafariHistoryOfType(ofType);
         return;
     }
-    if (!BrowserCatalogue::chromiumDataRoot(browser).isEmpty())
+    if (BrowserCatalogue::isChromiumFamily(browser))
         m_chrome.clearChromeHistory(browser, ofType);
-    else if (browser == BrowserCatalogue::firefox)
-        m_firefox.clearFireFoxHistoryOfType(ofType);
+    else if (BrowserCatalogue::isFirefoxFamily(browser))
+        m_firefox.clearFireFoxHistoryOfType(ofType, browser);
     else
         return;
     CurrentLayouts::supplement(m_services, browser, ofType);

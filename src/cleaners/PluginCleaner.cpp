@@ -1,14 +1,24 @@
 #include "cleaners/PluginCleaner.h"
 
 #include "cleaners/Profiles.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
+
+namespace {
+
+// The Chromium-family browsers with profiles keep plug-in data in each; Opera keeps none of its own.
+bool hasPepperData(const QString& browser)
+{
+    return BrowserCatalogue::isChromiumFamily(browser) && !BrowserCatalogue::hasSingleProfile(browser);
+}
+
+} // namespace
 
 PluginCleaner::PluginCleaner(const CleanerServices& services) : m_services(services) {}
 
 void PluginCleaner::removeFlash(const QString& browser)
 {
-    if (browser == BrowserCatalogue::googleChrome || browser == BrowserCatalogue::chromium) {
+    if (hasPepperData(browser)) {
         clearChromeFlash(browser);
         return;
     }
@@ -17,7 +27,7 @@ void PluginCleaner::removeFlash(const QString& browser)
 
 void PluginCleaner::clearChromeFlash(const QString& browser)
 {
-    if (browser != BrowserCatalogue::googleChrome && browser != BrowserCatalogue::chromium)
+    if (!hasPepperData(browser))
         return;
     for (const QString& profile : Profiles::chromiumFamily(m_services, browser))
         m_services.sandbox.remove(profile + QStringLiteral("/Pepper Data"));

@@ -1,19 +1,36 @@
 #include "cleaners/Profiles.h"
 
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
 
 namespace Profiles {
 
+BrowserInstall install(const CleanerServices& services, const QString& browser)
+{
+    if (services.install && services.install->browser == browser)
+        return *services.install;
+    return BrowserCatalogue::referenceInstall(browser);
+}
+
+QString dataRoot(const CleanerServices& services, const QString& browser)
+{
+    return install(services, browser).dataRoot;
+}
+
+QString cacheRoot(const CleanerServices& services, const QString& browser)
+{
+    return install(services, browser).cacheRoot;
+}
+
 QStringList chromiumFamilyKeys(const CleanerServices& services, const QString& browser)
 {
-    const QString root = BrowserCatalogue::chromiumDataRoot(browser);
-    if (root.isEmpty())
+    const QString root = dataRoot(services, browser);
+    if (!BrowserCatalogue::isChromiumFamily(browser) || root.isEmpty())
         return {};
-    if (browser == BrowserCatalogue::opera)
+    if (BrowserCatalogue::hasSingleProfile(browser))
         return {QString()};
     QStringList keys;
-    const QVariantMap profiles = BrowserCatalogue::profilesIn(services.sandbox, browser);
+    const QVariantMap profiles = BrowserCatalogue::profilesIn(services.sandbox, root);
     for (auto it = profiles.keyBegin(); it != profiles.keyEnd(); ++it) {
         if (services.sandbox.childPath(root, *it))
             keys.append(*it);
@@ -29,37 +46,42 @@ QString profileFolder(const QString& root, const QString& key)
 QStringList chromiumFamily(const CleanerServices& services, const QString& browser)
 {
     QStringList folders;
-    const QString root = BrowserCatalogue::chromiumDataRoot(browser);
+    const QString root = dataRoot(services, browser);
     for (const QString& key : chromiumFamilyKeys(services, browser))
         folders.append(profileFolder(root, key));
     return folders;
 }
 
-QStringList firefox(const CleanerServices& services)
+QStringList firefox(const CleanerServices& services, const QString& browser)
 {
+    if (!BrowserCatalogue::isFirefoxFamily(browser))
+        return {};
     QStringList folders;
-    const QString root = BrowserCatalogue::firefoxProfilesRoot;
+    const QString root = dataRoot(services, browser);
     for (const QString& name : services.sandbox.folderContentsOf(root)) {
         if (const std::optional<QString> folder = services.sandbox.childPath(root, name))
             folders.append(*folder);
     }
-    return folders + firefoxElsewhere(services);
+    return folders + firefoxElsewhere(services, browser);
 }
 
-QStringList firefoxElsewhere(const CleanerServices& services)
+QStringList firefoxElsewhere(const CleanerServices& services, const QString& browser)
 {
+    if (!BrowserCatalogue::isFirefoxFamily(browser))
+        return {};
     QStringList folders;
-    for (const auto& profile : BrowserCatalogue::firefoxProfilesElsewhere(services.sandbox)) {
+    for (const auto& profile :
+         BrowserCatalogue::firefoxProfilesElsewhere(services.sandbox, dataRoot(services, browser))) {
         if (profile.inside)
             folders.append(profile.path);
     }
     return folders;
 }
 
-QStringList firefoxFolders(const CleanerServices& services)
+QStringList firefoxFolders(const CleanerServices& services, const QString& browser)
 {
     QStringList folders;
-    for (const QString& folder : firefox(services)) {
+    for (const QString& folder : firefox(services, browser)) {
         // Read without following links.
         if (services.sandbox.fileAttributes(folder).value(QStringLiteral("NSFileType")) ==
             QLatin1String("NSFileTypeDirectory"))

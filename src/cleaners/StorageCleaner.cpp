@@ -3,7 +3,7 @@
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SplicedSql.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
 
 namespace {
@@ -45,7 +45,7 @@ QStringList StorageCleaner::databaseArray(const QStringList& origins)
 QStringList StorageCleaner::localStorageArray(const QStringList& names, const QString& browser)
 {
     const QString spared = browser == BrowserCatalogue::safari ? QStringLiteral("safari-extension_")
-                           : BrowserCatalogue::chromiumDataRoot(browser).isEmpty()
+                           : !BrowserCatalogue::isChromiumFamily(browser)
                                ? QString()
                                : QStringLiteral("chrome-extension_");
     QStringList kept;
@@ -93,12 +93,12 @@ void StorageCleaner::removeNonFavLocalStorage(const QString& browser)
         safari();
         return;
     }
-    if (browser == BrowserCatalogue::firefox) {
-        firefox();
+    if (BrowserCatalogue::isFirefoxFamily(browser)) {
+        firefox(browser);
         CurrentLayouts::supplement(m_services, browser, QStringLiteral("databases"));
         return;
     }
-    if (BrowserCatalogue::chromiumDataRoot(browser).isEmpty())
+    if (!BrowserCatalogue::isChromiumFamily(browser))
         return;
     for (const QString& profile : Profiles::chromiumFamily(m_services, browser))
         chromiumProfile(profile, browser);
@@ -188,13 +188,13 @@ void StorageCleaner::chromiumProfile(const QString& folder, const QString& brows
                                          &KeptSites::keepsChromiumOriginName, indexedDB));
 }
 
-void StorageCleaner::firefox()
+void StorageCleaner::firefox(const QString& browser)
 {
     Sandbox& sandbox = m_services.sandbox;
     // Gathered across profiles, never emptied between them: a later profile's statement also names
     // the earlier profiles' scopes, which only lengthens it.
     QStringList scopes;
-    for (const QString& profile : Profiles::firefoxFolders(m_services)) {
+    for (const QString& profile : Profiles::firefoxFolders(m_services, browser)) {
         const KeptSites kept = KeptSites::forFirefoxProfile(m_services, profile);
         const QString store = profile + QStringLiteral("/webappsstore.sqlite");
         if (sandbox.fileExists(store)) {

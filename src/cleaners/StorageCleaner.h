@@ -28,7 +28,7 @@ public:
 private:
     void safari();
     void chromiumProfile(const QString& folder, const QString& browser);
-    void firefox();
+    void firefox(const QString& browser);
     // Removes the named entries of the folder (names that are no single component are skipped).
     void removeEntries(const QString& folder, const QStringList& names);
     // Runs the statement with "%@" replaced by the values (see SplicedSql).

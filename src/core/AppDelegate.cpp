@@ -2,7 +2,7 @@
 
 #include "cleaners/CookieCleaner.h"
 #include "cleaners/PluginCleaner.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "core/CloudSync.h"
 #include "core/RemovalQueue.h"
 #include "core/RemovalRun.h"
@@ -34,6 +34,25 @@ namespace {
 const QString kApplicationsFolder = QStringLiteral("/Applications");
 constexpr int kApplicationsFolderLatencyMs = 3000;
 
+// The shipped defaults name the five browsers the settings always had; every other row of the browser
+// table starts with the choices of the browser whose family it belongs to.
+QVariantMap withEveryBrowsersSettings(QVariantMap registration)
+{
+    QVariantMap settings = registration.value(SettingsKeys::settings).toMap();
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        const QString from = BrowserTable::settingsTemplate(browser);
+        if (from == browser.name)
+            continue;
+        for (const QString& category : SettingsKeys::categories) {
+            const QString key = SettingsKeys::settingsKey(from, category);
+            if (settings.contains(key))
+                settings.insert(SettingsKeys::settingsKey(browser.name, category), settings.value(key));
+        }
+    }
+    registration.insert(SettingsKeys::settings, settings);
+    return registration;
+}
+
 } // namespace
 
 const QString AppDelegate::loginHelperID = QStringLiteral("com.tovanex.Corvella6Helper");
@@ -45,7 +64,7 @@ void AppDelegate::initialize(UserDefaults& defaults, const QString& defaultsReso
     if (resource.open(QIODevice::ReadOnly)) {
         const auto registration = PropertyList::parse(resource.readAll());
         if (registration && registration->typeId() == QMetaType::QVariantMap)
-            defaults.registerDefaults(registration->toMap());
+            defaults.registerDefaults(withEveryBrowsersSettings(registration->toMap()));
     }
     // Registered as well as stored, so the home folder is known even when the settings cannot be saved.
     defaults.registerDefaults({{SettingsKeys::userFolder, RealHomeDirectory()}});
@@ -435,12 +454,14 @@ QStringList AppDelegate::sitesWithCookies()
 {
     if (!hasHomeAccess())
         return {};
-    const CleanerServices services{m_services.sandbox, m_services.catalogue, m_defaults, m_log};
     QStringList sites;
     for (const QString& browser : activatedBrowsers()) {
-        for (const QString& site : KeptCookies::sitesWithCookies(services, browser)) {
-            if (!sites.contains(site))
-                sites.append(site);
+        for (const BrowserInstall& install : BrowserCatalogue::installsOf(m_services.sandbox, browser)) {
+            const CleanerServices services{m_services.sandbox, m_services.catalogue, m_defaults, m_log, {}, install};
+            for (const QString& site : KeptCookies::sitesWithCookies(services, browser)) {
+                if (!sites.contains(site))
+                    sites.append(site);
+            }
         }
     }
     return sites;

@@ -1,7 +1,7 @@
 #include "core/RemovalRun.h"
 
 #include "cleaners/Cleaners.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "core/RunLock.h"
 #include "core/SettingsController.h"
 #include "platform/SettingsKeys.h"

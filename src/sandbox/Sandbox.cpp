@@ -161,7 +161,7 @@ bool Sandbox::insideALinkedRoot(const QString& nativePath) const
     const QString resolvedParent = QFileInfo(parent).canonicalFilePath();
     if (home.isEmpty() || resolvedParent.isEmpty())
         return false;
-    for (const QString& root : PathLayout::roots(layout(), home)) {
+    for (const QString& root : m_services.browserRoots + PathLayout::roots(layout(), home)) {
         if (parent != root && !parent.startsWith(root + QLatin1Char('/')))
             continue;
         const QString target = QFileInfo(root).canonicalFilePath();
@@ -618,17 +618,15 @@ void Sandbox::removeLevelDbKeys(const QString& folder, const LevelDbStore::KeyFi
         kSandboxDenial);
 }
 
-Sandbox Sandbox::forInstall(PathLayout::Install install) const
+Sandbox Sandbox::forRoots(const QStringList& roots) const
 {
     SandboxServices services = m_services;
-    services.install = install;
+    services.browserRoots.clear();
+    for (const QString& root : roots) {
+        if (const std::optional<QString> native = nativePath(root))
+            services.browserRoots.append(*native);
+    }
     return Sandbox(services);
-}
-
-QList<PathLayout::Install> Sandbox::installsOf(const QString& referenceRoot) const
-{
-    return PathLayout::installs(layout(), checkForUserDirectory(QStringLiteral("~")),
-                                checkForUserDirectory(referenceRoot));
 }
 
 QString Sandbox::layout() const
@@ -640,7 +638,7 @@ QString Sandbox::layout() const
 std::optional<QString> Sandbox::nativePath(const QString& path) const
 {
     return PathLayout::nativePath(layout(), checkForUserDirectory(QStringLiteral("~")),
-                                  checkForUserDirectory(path), m_services.install);
+                                  checkForUserDirectory(path));
 }
 
 bool Sandbox::runSql(const QString& sql, const QString& onfile)

@@ -27,8 +27,9 @@ struct SandboxServices
     RemovalPreview* preview = nullptr;
     // When set, collects what was refused, kept or could not be written (besides the log).
     ProblemReport* problems = nullptr;
-    // Whose folders the browsers' reference roots name: a Flatpak or Snap install keeps its own.
-    PathLayout::Install install = PathLayout::Install::Native;
+    // The data and cache roots of the browser install this file layer cleans, "~" expanded: a root the
+    // user linked elsewhere still counts as the browser's.
+    QStringList browserRoots = {};
     // Shared by every copy of the file layer: once a run's browser starts again, nothing is changed.
     std::shared_ptr<RunStop> stop = std::make_shared<RunStop>();
 };
@@ -76,10 +77,8 @@ public:
     // Where the reference path is on this system ("~" expanded, the layout applied); no value when
     // the layout has no counterpart.
     std::optional<QString> nativePath(const QString& path) const;
-    // The same file layer over another install's folders.
-    Sandbox forInstall(PathLayout::Install install) const;
-    // The installs that have the reference root (a browser's data root), the native one first.
-    QList<PathLayout::Install> installsOf(const QString& referenceRoot) const;
+    // The same file layer for one install of a browser, whose roots these are ("~/..." paths).
+    Sandbox forRoots(const QStringList& roots) const;
     // What a run arms so that it changes nothing more once its browser starts again.
     RunStop& runStop() const { return *m_services.stop; }
     // The preview this file layer reports to instead of acting; null for a real run.

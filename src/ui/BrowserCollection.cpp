@@ -1,6 +1,6 @@
 #include "ui/BrowserCollection.h"
 
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "ui/IconTransformer.h"
 
 BrowserCollection::BrowserCollection(const IconTransformer& icons, QWidget* parent)

@@ -1,6 +1,6 @@
 #include "ui/IconTransformer.h"
 
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/Workspace.h"
 #include "platform/linux/DesktopEntry.h"
 

@@ -2,6 +2,7 @@
 // command name the program chooses (any bytes but NUL, ")" and spaces included), and executable
 // paths. Whatever they hold, the watcher reads them without failing; a "stat" line gives back the
 // parent it names whatever the command name; an argument "--type=..." always marks a helper.
+#include "catalogue/BrowserTable.h"
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/ProcessWatcher.h"
 
@@ -13,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const auto input = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
     ProcessWatcher::parentInStat(input);
-    KnownApplications::forExecutable(QString::fromUtf8(input));
+    static const QList<KnownApplication> applications = BrowserTable::knownApplications();
+    KnownApplications::forExecutable(applications, QString::fromUtf8(input));
 
     // The input as the command name of a real "stat" line, and as a command line.
     uint32_t parent = 0;

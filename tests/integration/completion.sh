@@ -27,7 +27,7 @@ browsers=$("$clean" --help | sed -n 's/^BROWSER: //p')
 [[ -n $categories && -n $browsers ]] || { echo "FAIL: --help names no browsers or categories"; exit 1; }
 expect "corvella-clean --p" "--preview"
 expect "corvella-clean --layout " "Linux macOS"
-expect "corvella-clean G" 'Google\ Chrome'
+expect "corvella-clean G" 'Google\ Chrome Google\ Chrome\ Beta Google\ Chrome\ Dev'
 expect "corvella-clean " "$(sed 's/, /\n/g; s/ /\\ /g' <<< "$browsers" | sort | tr '\n' ' ' | sed 's/ $//')"
 expect "corvella-clean --preview Firefox " "$categories"
 expect "corvella-clean --layout macOS Safari coo" "cookies"
@@ -35,7 +35,7 @@ expect "corvella-clean --layout macOS S" "Safari"
 expect "corvella-clean S" ""
 expect "corvella-clean --list " ""
 expect "corvella-clean --keep " ""
-expect "corvella-clean --keep mail.example F" "Firefox"
+expect "corvella-clean --keep mail.example Fi" "Firefox"
 for word in $(complete_line "corvella-clean --"); do
     "$clean" --help | grep -q -- "$word\b" || { echo "FAIL: the completion offers $word, which --help does not name"; fail=1; }
 done

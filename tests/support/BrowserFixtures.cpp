@@ -60,9 +60,9 @@ void chromiumProfile(const TestHome& home, const QString& folder)
               QStringLiteral("INSERT INTO logins VALUES ('https://example.org/')")});
 }
 
-void firefoxProfile(const TestHome& home, const QString& name)
+void firefoxProfile(const TestHome& home, const QString& name, const QString& profilesRoot)
 {
-    const QString folder = QLatin1String(kFirefoxProfiles) + QLatin1Char('/') + name;
+    const QString folder = profilesRoot + QLatin1Char('/') + name;
     database(home, folder + QStringLiteral("/cookies.sqlite"),
              {QStringLiteral("CREATE TABLE moz_cookies (host TEXT)"),
               QStringLiteral("INSERT INTO moz_cookies VALUES ('.example.org')")});

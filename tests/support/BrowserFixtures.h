@@ -25,7 +25,8 @@ void localState(const TestHome& home, const QString& root, const QStringList& pr
 // today's network folder, and what must survive a cookie removal (bookmarks, saved passwords).
 void chromiumProfile(const TestHome& home, const QString& folder);
 // A Firefox profile with its cookies, permissions, saved logins and bookmarks database.
-void firefoxProfile(const TestHome& home, const QString& name);
+void firefoxProfile(const TestHome& home, const QString& name,
+                    const QString& profilesRoot = QLatin1String(kFirefoxProfiles));
 
 // A Chromium-family profile's "History" (two visited pages with their visits, a search term, a download
 // with its segment) and "Web Data" (a search engine that came with the browser and one the user added,

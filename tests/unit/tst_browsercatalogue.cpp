@@ -1,4 +1,4 @@
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/TestHome.h"

@@ -1,5 +1,5 @@
 #include "cleaners/BrowserCleaners.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"
@@ -147,7 +147,7 @@ void TestCacheCleaner::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
                   .toUtf8());
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    QCOMPARE(catalogue.firefoxProfiles(), (QStringList{u"a.default"_s, elsewhere}));
+    QCOMPARE(catalogue.firefoxProfiles(u"Firefox"_s), (QStringList{u"a.default"_s, elsewhere}));
     BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
     cleaners.removeCookies(u"Firefox"_s);
     cleaners.removeBrowserCache(u"Firefox"_s);

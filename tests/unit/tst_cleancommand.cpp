@@ -1,4 +1,5 @@
 #include "app/CleanCommand.h"
+#include "catalogue/BrowserTable.h"
 #include "core/RunLock.h"
 #include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
@@ -7,6 +8,7 @@
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
 #include "sandbox/Sqlite.h"
+#include "support/CleanCli.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
@@ -17,43 +19,6 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-// corvella-clean over a temporary home; the terminal answers from a script (none: no terminal).
-struct Cli
-{
-    explicit Cli(bool granted = true) : home(granted) {}
-
-    int run(const QStringList& arguments, QIODevice* output = nullptr)
-    {
-        out.clear();
-        err.clear();
-        QTextStream outStream(&out);
-        if (output)
-            outStream.setDevice(output);
-        QTextStream errStream(&err);
-        CleanCommand command({home.t.defaults, home.t.log, home.bookmarks, workspace, outStream, errStream,
-                              [this](const QString& question) -> std::optional<bool> {
-                                  questions.append(question);
-                                  return answer;
-                              },
-                              lockPath, 300});
-        return command.run(arguments);
-    }
-    bool homeGrantRecorded()
-    {
-        return AppSandboxFileAccessPersist(home.t.defaults)
-            .bookmarkDataForURL(FileUrl::forPath(home.path()))
-            .has_value();
-    }
-
-    TestHome home;
-    FakeWorkspace workspace;
-    std::optional<bool> answer;
-    QString lockPath;
-    QStringList questions;
-    QString out;
-    QString err;
-};
 
 class TestCleanCommand : public QObject
 {
@@ -87,7 +52,7 @@ void TestCleanCommand::helpAndVersionAnswerAtOnce_data()
     QTest::addColumn<QString>("output");
     QTest::newRow("help") << QStringList{u"--help"_s} << u"CATEGORY: cookies, databases, flash"_s;
     QTest::newRow("help after a bad browser")
-        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Firefox, Google Chrome, Chromium, Opera\n"_s;
+        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Firefox, Google Chrome, Chromium, Opera, Brave, Vivaldi, Microsoft Edge, "_s;
     QTest::newRow("version") << QStringList{u"--version"_s, u"Firefox"_s}
                              << u"corvella-clean " CORVELLA_VERSION "\n"_s;
 }
@@ -109,7 +74,7 @@ void TestCleanCommand::badUsageNamesTheAcceptedValues_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
     QTest::newRow("no browser") << QStringList{}
-                                << u"name a browser: Firefox, Google Chrome, Chromium, Opera\n"_s;
+                                << u"name a browser: Firefox, Google Chrome, Chromium, Opera, Brave"_s;
     QTest::newRow("unknown browser") << QStringList{u"Netscape"_s}
                                      << u"unknown browser \"Netscape\"; accepted: Firefox"_s;
     QTest::newRow("Safari with its layout")
@@ -286,20 +251,29 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
     cli.home.file(u"Library/Application Support/Firefox/Profiles/x1.default-esr/prefs.js"_s);
     cli.home.folder(u"Library/Application Support/Firefox/Profiles/Crash Reports"_s);
     QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
-    const QStringList lines = cli.out.split(u'\n', Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 6);
-    QCOMPARE(lines.at(5), u"Kept sites: none"_s);
-    QCOMPARE(lines.at(0), u"Safari         not installed  not activated"_s);
-    QCOMPARE(
-        lines.at(2),
-        u"Chromium       installed      not activated  profiles: Default (Person 1), Profile 2 (Work)"_s);
-    QCOMPARE(lines.at(3), u"Firefox        installed      activated      profiles: x1.default-esr"_s);
-    // Safari only where its files can be.
+    QStringList lines = cli.out.split(u'\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), BrowserTable::all().size() + 1);
+    QCOMPARE(lines.last(), u"Kept sites: none"_s);
+    // Columns as wide as the longest name.
+    QCOMPARE(lines.at(0), u"Safari"_s.leftJustified(21) + u"not installed  not activated"_s);
+    for (QString& line : lines)
+        line = line.simplified();
+    QCOMPARE(lines.at(2), u"Chromium installed not activated profiles: Default (Person 1), Profile 2 (Work)"_s);
+    QCOMPARE(lines.at(3), u"Firefox installed activated profiles: x1.default-esr"_s);
+    // Safari only where its files can be; every other row, each install's profiles.
     cli.home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    cli.home.file(u".config/BraveSoftware/Brave-Browser/Local State"_s,
+                  R"({"profile":{"info_cache":{"Default":{"name":"Ann"}}}})");
+    cli.home.file(u".var/app/com.brave.Browser/config/BraveSoftware/Brave-Browser/Local State"_s,
+                  R"({"profile":{"info_cache":{"Profile 3":{"name":"Bo"}}}})");
+    cli.home.file(u".librewolf/q.default/prefs.js"_s);
     cli.out.clear();
     QCOMPARE(cli.run({u"--list"_s}), int(CleanCommand::Success));
-    QVERIFY(cli.out.startsWith(u"Google Chrome  not installed"_s));
+    QVERIFY(cli.out.startsWith(u"Google Chrome "_s));
     QVERIFY(!cli.out.contains(u"Safari"_s));
+    QVERIFY(cli.out.simplified().contains(
+        u"Brave not installed not activated profiles: Default (Ann), Profile 3 (Bo)"_s));
+    QVERIFY(cli.out.simplified().contains(u"LibreWolf not installed not activated profiles: q.default"_s));
 
     Cli noAccess(false);
     noAccess.answer = true; // --list never asks

@@ -1,3 +1,4 @@
+#include "catalogue/BrowserTable.h"
 #include "platform/linux/DesktopEntry.h"
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/LinuxWorkspace.h"
@@ -24,6 +25,7 @@ private slots:
     void installedMeansADesktopEntryOrACommand();
     void iconOfADesktopEntry_data();
     void iconOfADesktopEntry();
+    void seesEveryBrowsersExecutablesRun();
     void reportsTheExitOfABrowsersMainProcess();
     void helpersAndForksAreNotApplicationsButInstancesAre();
     void aBrowserStartedBeforeTheWatcherIsWatched();
@@ -45,6 +47,8 @@ private:
 // The tests share the machine with other processes (other tests' browsers, leftovers being reaped),
 // so they look only at the processes they started.
 namespace {
+
+const QList<KnownApplication> kApplications = BrowserTable::knownApplications();
 
 QList<qint64> pidsOf(const QList<RunningApplication>& applications)
 {
@@ -91,6 +95,9 @@ void TestProcessWatcher::knownExecutables_data()
     QTest::newRow("the Chromium snap's chrome")
         << u"/snap/chromium/2890/usr/lib/chromium-browser/chrome"_s << u"Chromium"_s;
     QTest::newRow("Flatpak Firefox") << u"/app/lib/firefox/firefox"_s << u"Firefox"_s;
+    QTest::newRow("Chrome Beta") << u"/opt/google/chrome-beta/chrome"_s << u"Google Chrome Beta"_s;
+    QTest::newRow("Edge Dev") << u"/opt/microsoft/msedge-dev/msedge"_s << u"Microsoft Edge Dev"_s;
+    QTest::newRow("the Brave snap") << u"/snap/brave/512/opt/brave.com/brave/brave"_s << u"Brave"_s;
     QTest::newRow("crash handler") << u"/usr/lib/chromium/chrome_crashpad_handler"_s << u""_s;
     QTest::newRow("a name that only starts alike") << u"/usr/bin/firefoxy"_s << u""_s;
     QTest::newRow("an unknown snap") << u"/snap/vlc/1/bin/vlc"_s << u""_s;
@@ -100,7 +107,7 @@ void TestProcessWatcher::knownExecutables()
 {
     QFETCH(QString, executable);
     QFETCH(QString, application);
-    const KnownApplication* known = KnownApplications::forExecutable(executable);
+    const KnownApplication* known = KnownApplications::forExecutable(kApplications, executable);
     QCOMPARE(known ? known->name : QString(), application);
 }
 
@@ -118,7 +125,7 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
     notExecutable.close();
     QFile::setPermissions(root.filePath(u"bin/opera"_s), QFile::ReadOwner);
 
-    LinuxWorkspace workspace({{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}});
+    LinuxWorkspace workspace({{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}, kApplications});
     QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.mozilla.firefox"_s),
              std::optional(entry.fileName()));
     QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.chromium.Chromium"_s),
@@ -153,9 +160,43 @@ void TestProcessWatcher::iconOfADesktopEntry()
     QTEST(DesktopEntry::iconName(entry), "icon");
 }
 
+void TestProcessWatcher::seesEveryBrowsersExecutablesRun()
+{
+    // Each executable of every row, run from a folder of the same shape as the package's.
+    QList<QProcess*> processes;
+    QHash<qint64, QString> expected;
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        for (const BrowserTable::Install& install : browser.installs) {
+            for (const QString& executable : install.executables) {
+                const QString path = u"opt/"_s + browser.identifier + u'/' + executable;
+                QDir(m_dir.path()).mkpath(path.section(u'/', 0, -2));
+                auto* process = new QProcess(this);
+                process->start(fakeBrowser(path, u"/bin/sleep"_s), {u"30"_s});
+                QVERIFY(process->waitForStarted());
+                processes.append(process);
+                expected.insert(process->processId(), browser.name);
+            }
+        }
+    }
+    QCOMPARE(QSet<QString>(expected.cbegin(), expected.cend()).size(), BrowserTable::all().size() - 1); // not Safari
+    const auto seen = [&] {
+        QHash<qint64, QString> found;
+        for (const RunningApplication& application : ProcessWatcher::lookNow(kApplications)) {
+            if (expected.contains(application.pid))
+                found.insert(application.pid, application.name);
+        }
+        return found;
+    };
+    QTRY_COMPARE(seen(), expected);
+    for (QProcess* process : std::as_const(processes)) {
+        process->kill();
+        process->waitForFinished();
+    }
+}
+
 void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
 {
-    ProcessWatcher watcher({});
+    ProcessWatcher watcher(kApplications, {});
     QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
     QProcess firefox;
     firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
@@ -183,7 +224,7 @@ void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
 
 void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
 {
-    ProcessWatcher watcher({});
+    ProcessWatcher watcher(kApplications, {});
     QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
     const QString chromium = fakeBrowser(u"chromium"_s);
     // A renderer: the browser's executable, but a helper by its arguments.
@@ -223,7 +264,7 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     QCOMPARE(children.size(), 1); // the instance, not the fork
     const qint64 instance = children.first();
     QCOMPARE(parentOf(instance), launching.processId());
-    QVERIFY(pidsOf(ProcessWatcher::lookNow()).contains(instance));
+    QVERIFY(pidsOf(ProcessWatcher::lookNow(kApplications)).contains(instance));
 
     const qint64 rendererPid = renderer.processId();
     renderer.kill();
@@ -256,20 +297,20 @@ void TestProcessWatcher::aBrowserStartedBeforeTheWatcherIsWatched()
     QVERIFY(firefox.waitForStarted());
     QTest::qWait(100);
     // Looking now finds it before any watcher exists, as corvella-clean and every run look.
-    QVERIFY(pidsOf(ProcessWatcher::lookNow()).contains(firefox.processId()));
-    ProcessWatcher watcher({});
+    QVERIFY(pidsOf(ProcessWatcher::lookNow(kApplications)).contains(firefox.processId()));
+    ProcessWatcher watcher(kApplications, {});
     QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
     QVERIFY(pidsOf(watcher.running()).contains(firefox.processId()));
     const qint64 pid = firefox.processId();
     firefox.kill();
     firefox.waitForFinished();
     QTRY_VERIFY(!pidsOf(watcher.running()).contains(pid));
-    QVERIFY(!pidsOf(ProcessWatcher::lookNow()).contains(pid));
+    QVERIFY(!pidsOf(ProcessWatcher::lookNow(kApplications)).contains(pid));
 }
 
 void TestProcessWatcher::findsABrowserALauncherBecameByExec()
 {
-    ProcessWatcher watcher({});
+    ProcessWatcher watcher(kApplications, {});
     const QString firefox = fakeBrowser(u"firefox"_s, u"/bin/sleep"_s);
     QProcess launcher;
     launcher.start(u"/bin/sh"_s, {u"-c"_s, u"sleep 0.5; exec "_s + firefox + u" 30"_s});

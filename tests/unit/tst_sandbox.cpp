@@ -84,9 +84,9 @@ void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
 
     // On this system's layout the line names the real file, not its reference path.
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    s.fileExists(QStringLiteral("~/Library/Application Support/Chromium/Local State"));
+    s.fileExists(QStringLiteral("~/Library/Preferences/Macromedia/Flash Player/settings.sol"));
     QCOMPARE(home.t.log.lines().last(), QStringLiteral("Corvella Sandbox has denied access to ") +
-                                            home.path(QStringLiteral(".config/chromium/Local State")));
+                                            home.path(QStringLiteral(".macromedia/Flash_Player/settings.sol")));
 }
 
 void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
@@ -294,20 +294,14 @@ void TestSandbox::linuxLayoutMapsReferencePaths_data()
 {
     QTest::addColumn<QString>("reference");
     QTest::addColumn<QString>("native"); // empty: no counterpart
-    QTest::newRow("Chrome") << "Library/Application Support/Google/Chrome/Default/Cookies"
-                            << ".config/google-chrome/Default/Cookies";
-    QTest::newRow("Chromium cache") << "Library/Caches/Chromium/Default/Cache"
-                                    << ".cache/chromium/Default/Cache";
-    QTest::newRow("Opera root") << "Library/Application Support/com.operasoftware.Opera"
-                                << ".config/opera";
-    QTest::newRow("Firefox, second candidate exists")
-        << "Library/Application Support/Firefox/Profiles/x.default/places.sqlite"
-        << ".config/mozilla/firefox/x.default/places.sqlite";
+    // The browser table names each install's own folders; their reference paths map to nothing.
+    QTest::newRow("a browser's reference root") << "Library/Application Support/Chromium/Default/Cookies"
+                                                << "";
     QTest::newRow("Flash") << "Library/Preferences/Macromedia/Flash Player/#SharedObjects"
                            << ".macromedia/Flash_Player/#SharedObjects";
     QTest::newRow("scripts") << "Library/Application Scripts/com.tovanex.Corvella6/clearCookies.sh"
                              << ".local/share/corvella/scripts/clearCookies.sh";
-    QTest::newRow("whole components only") << "Library/Application Support/Chromium2/x"
+    QTest::newRow("whole components only") << "Library/Preferences/Macromedia/Flash Player2/x"
                                            << "";
     QTest::newRow("Safari") << "Library/Safari/History.db"
                             << "";
@@ -320,7 +314,6 @@ void TestSandbox::linuxLayoutMapsReferencePaths()
     QFETCH(QString, reference);
     QFETCH(QString, native);
     TestHome home;
-    home.folder(QStringLiteral(".config/mozilla/firefox"));
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     const auto mapped = PathLayout::nativePath(PathLayout::linux_, home.path(), home.path(reference));
     QCOMPARE(mapped.value_or(QString()), native.isEmpty() ? QString() : home.path(native));
@@ -543,13 +536,11 @@ void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
         QCOMPARE(::chown(QFile::encodeName(real).constData(), 65534, 65534), 0);
     QVERIFY(QDir().mkpath(QFileInfo(home.path(linked)).path()));
     QVERIFY(QFile::link(real, home.path(linked)));
-    // The same file by its reference path: the layout maps it below the linked folder.
-    const QString reference = target.startsWith(QLatin1String(".cache"))
-                                  ? QStringLiteral("~/Library/Caches/Chromium") + target.mid(15)
-                                  : QStringLiteral("~/Library/Application Support/Chromium") + target.mid(16);
+    // The file layer of the install whose roots these are.
     ProblemReport problems;
-    Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems});
-    sandbox.remove(reference);
+    Sandbox sandbox = Sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems})
+                          .forRoots({QStringLiteral("~/.config/chromium"), QStringLiteral("~/.cache/chromium")});
+    sandbox.remove(QStringLiteral("~/") + target);
     QCOMPARE(!QFile::exists(real + target.mid(linked.size())), removed);
     QCOMPARE(home.t.log.lines().filter(QStringLiteral("outside the home folder")).isEmpty(), removed);
     QCOMPARE(problems.lines().isEmpty(), removed); // what corvella-clean warns about

@@ -1,5 +1,5 @@
 #include "cleaners/StorageCleaner.h"
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/RemovalPreview.h"

@@ -39,26 +39,12 @@ WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
     locations.commandFolders += {QStringLiteral("/snap/bin"), QStringLiteral("/var/lib/flatpak/exports/bin")};
     locations.commandFolders.removeDuplicates();
 
-    // The profile roots of each install: from the distribution, Flatpak, Snap.
-    for (const char* root : {"/.config/chromium", "/.config/google-chrome", "/.config/opera",
-                             "/.var/app/org.chromium.Chromium/config/chromium",
-                             "/.var/app/com.google.Chrome/config/google-chrome",
-                             "/.var/app/com.opera.Opera/config/opera", "/snap/chromium/common/chromium"})
-        locations.lockFolders.append(home + QLatin1String(root));
-    // Firefox locks each profile folder it opens.
-    for (const char* root :
-         {"/.mozilla/firefox", "/.config/mozilla/firefox", "/.var/app/org.mozilla.firefox/.mozilla/firefox",
-          "/snap/firefox/common/.mozilla/firefox"}) {
-        const QString profiles = home + QLatin1String(root);
-        locations.lockFolders.append(profiles);
-        for (const QString& profile : QDir(profiles).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-            locations.lockFolders.append(profiles + QLatin1Char('/') + profile);
-    }
+    locations.applications.append(KnownApplications::loginHelper());
     return locations;
 }
 
 LinuxWorkspace::LinuxWorkspace(const WorkspaceLocations& locations, QObject* parent)
-    : Workspace(parent), m_locations(locations), m_watcher(new ProcessWatcher(locations.lockFolders, this))
+    : Workspace(parent), m_locations(locations), m_watcher(new ProcessWatcher(locations.applications, locations.lockFolders, this))
 {
     connect(m_watcher, &ProcessWatcher::applicationTerminated, this, [this](const RunningApplication& app) {
         emit didTerminateApplication(
@@ -70,7 +56,7 @@ LinuxWorkspace::~LinuxWorkspace() = default;
 
 std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier)
 {
-    const KnownApplication* application = KnownApplications::forBundleIdentifier(bundleIdentifier);
+    const KnownApplication* application = KnownApplications::forBundleIdentifier(m_locations.applications, bundleIdentifier);
     if (!application)
         return std::nullopt;
     for (const QString& folder : std::as_const(m_locations.applicationFolders)) {
@@ -94,7 +80,7 @@ std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(co
 // not come to yet (it started a moment ago, or runs without a lock file) still counts.
 QList<RunningApplication> LinuxWorkspace::runningApplications()
 {
-    return ProcessWatcher::lookNow();
+    return ProcessWatcher::lookNow(m_locations.applications);
 }
 
 void LinuxWorkspace::activateFileViewerSelectingURLs(const QList<QUrl>& urls)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/linux/KnownApplications.h"
 
 #include <QStringList>
 
@@ -12,7 +13,10 @@ struct WorkspaceLocations
     QStringList applicationFolders; // desktop entries: XDG, Flatpak and Snap exports
     QStringList commandFolders;     // the PATH, plus where Snap and Flatpak put their commands
     QStringList lockFolders;        // where browsers create their lock files as they start
+    QList<KnownApplication> applications; // what is looked for: the browsers and the login helper
 
+    // The system's folders for this home folder, and the login helper; the browsers' lock folders
+    // and applications come from the browser table.
     static WorkspaceLocations forHome(const QString& home);
 };
 

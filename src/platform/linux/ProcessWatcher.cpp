@@ -58,9 +58,10 @@ bool ownedByThisUser(int pid)
 // was forked from, even when a content process in between has since exec'd into a helper; or a second
 // instance it launched ("open profile in a new browser"), which was started with its own arguments and
 // is an application like any other.
-const KnownApplication* applicationOf(int pid, const QString& executable)
+const KnownApplication* applicationOf(const QList<KnownApplication>& applications, int pid,
+                                      const QString& executable)
 {
-    const KnownApplication* application = KnownApplications::forExecutable(executable);
+    const KnownApplication* application = KnownApplications::forExecutable(applications, executable);
     if (!application)
         return nullptr;
     // Empty for a moment while the process execs; it is young, so it is looked at again.
@@ -69,7 +70,7 @@ const KnownApplication* applicationOf(int pid, const QString& executable)
         return nullptr;
     int ancestor = parentOf(pid);
     for (int depth = 0; depth < 16 && ancestor > 1; ++depth, ancestor = parentOf(ancestor)) {
-        if (KnownApplications::forExecutable(executableOf(ancestor)) != application)
+        if (KnownApplications::forExecutable(applications, executableOf(ancestor)) != application)
             break;
         if (readProcFile(ancestor, "cmdline") == commandLine)
             return nullptr;
@@ -121,8 +122,9 @@ int ProcessWatcher::parentInStat(const QByteArray& stat)
     return fields.size() > 1 ? fields.at(1).toInt() : 0;
 }
 
-ProcessWatcher::ProcessWatcher(const QStringList& lockFolders, QObject* parent)
-    : QObject(parent), m_lockFolders(lockFolders)
+ProcessWatcher::ProcessWatcher(const QList<KnownApplication>& applications, const QStringList& lockFolders,
+                               QObject* parent)
+    : QObject(parent), m_applications(applications), m_lockFolders(lockFolders)
 {
     m_clock.start();
     m_fallback.setInterval(kFallbackIntervalMs);
@@ -176,7 +178,7 @@ void ProcessWatcher::examine(int pid)
     if (!ownedByThisUser(pid))
         return;
     const QString executable = executableOf(pid);
-    const KnownApplication* application = applicationOf(pid, executable);
+    const KnownApplication* application = applicationOf(m_applications, pid, executable);
     if (!application)
         return;
     const int pidfd = pidfdOpen(pid);
@@ -196,13 +198,13 @@ void ProcessWatcher::examine(int pid)
     m_running.append(watched.application);
 }
 
-QList<RunningApplication> ProcessWatcher::lookNow()
+QList<RunningApplication> ProcessWatcher::lookNow(const QList<KnownApplication>& applications)
 {
     QList<RunningApplication> running;
-    forEachProcess([&running](int pid) {
+    forEachProcess([&](int pid) {
         if (!ownedByThisUser(pid))
             return;
-        if (const KnownApplication* application = applicationOf(pid, executableOf(pid)))
+        if (const KnownApplication* application = applicationOf(applications, pid, executableOf(pid)))
             running.append({application->name, application->bundleIdentifier, pid});
     });
     return running;

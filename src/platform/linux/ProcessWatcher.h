@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/linux/KnownApplications.h"
 
 #include <QElapsedTimer>
 #include <QFileSystemWatcher>
@@ -12,7 +13,6 @@
 #include <memory>
 
 class QSocketNotifier;
-struct KnownApplication;
 
 // Finds the main process of each known application running for this user and reports its exit
 // the moment it happens (a pidfd per process, woken by the kernel). New processes are looked for
@@ -22,8 +22,9 @@ class ProcessWatcher : public QObject
 {
     Q_OBJECT
 public:
-    // Folders where browsers create their lock files as they start.
-    explicit ProcessWatcher(const QStringList& lockFolders, QObject* parent = nullptr);
+    // The applications to watch for, and folders where browsers create their lock files as they start.
+    ProcessWatcher(const QList<KnownApplication>& applications, const QStringList& lockFolders,
+                   QObject* parent = nullptr);
     ~ProcessWatcher() override;
 
     // The processes watched now. Safe from any thread.
@@ -31,7 +32,7 @@ public:
     void scan();
     // The main processes of known applications running for this user at this moment, found by
     // looking at every process now (whatever the watcher has settled on). Safe from any thread.
-    static QList<RunningApplication> lookNow();
+    static QList<RunningApplication> lookNow(const QList<KnownApplication>& applications);
 
     static constexpr int kFallbackIntervalMs = 2000;
 
@@ -56,6 +57,7 @@ private:
     void exited(int pid);
     void watchLockFolders();
 
+    QList<KnownApplication> m_applications;
     QStringList m_lockFolders;
     QHash<int, qint64> m_seen; // pid -> when it was first examined
     std::map<int, Watched> m_watched;

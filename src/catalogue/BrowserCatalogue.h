@@ -1,5 +1,7 @@
 #pragma once
 
+#include "catalogue/BrowserTable.h"
+
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -10,8 +12,18 @@ class Sandbox;
 class UserDefaults;
 class Workspace;
 
-// The five browsers the agent knows: their keys and bundle identifiers, which are installed and
-// activated, how a quitting application is recognised as one of them, and their profiles.
+// One install of a browser found in the home folder: its data and cache roots as "~/..." paths
+// (on the macOS layout, the reference roots), and what it is called in messages.
+struct BrowserInstall
+{
+    QString browser;
+    QString label; // "", "Flatpak", "Snap 2890", ...
+    QString dataRoot;
+    QString cacheRoot;
+};
+
+// The browsers the agent knows (the browser table): which are installed and activated, how a
+// quitting application is recognised as one of them, their installs and their profiles.
 class BrowserCatalogue : public QObject
 {
     Q_OBJECT
@@ -28,19 +40,21 @@ public:
     static inline const QString operaID = QStringLiteral("com.operasoftware.Opera");
     static inline const QString firefoxID = QStringLiteral("org.mozilla.firefox");
 
-    static inline const QString operaDataRoot =
-        QStringLiteral("~/Library/Application Support/com.operasoftware.Opera");
-    static inline const QString firefoxProfilesRoot =
-        QStringLiteral("~/Library/Application Support/Firefox/Profiles/");
-
     // A tile of an installed browser that is not activated carries this suffix.
     static inline const QString disabledSuffix = QStringLiteral("-disabled");
 
-    // The data root of a Chromium-family browser (the folder holding "Local State", or Opera's only
-    // profile); "" for the other browsers.
-    static QString chromiumDataRoot(const QString& browser);
-    // Its cache root ("~/Library/Caches/..."); "" for the other browsers.
-    static QString chromiumCacheRoot(const QString& browser);
+    // Whether the browser is of the Chromium family (a data root holding "Local State", or Opera's
+    // only profile) or of the Firefox family (a profiles root holding profiles.ini).
+    static bool isChromiumFamily(const QString& browser);
+    static bool isFirefoxFamily(const QString& browser);
+    // Opera keeps its only profile in its data root itself.
+    static bool hasSingleProfile(const QString& browser);
+    // The browser's installs in this home folder, each with roots that exist and have the family's
+    // shape ("Local State"; profiles.ini or a profile folder); every Snap revision holding data is
+    // one. On the macOS layout, the one install at the reference roots. None for an unknown browser.
+    static QList<BrowserInstall> installsOf(Sandbox& sandbox, const QString& browser);
+    // The install at the reference roots, whatever exists there.
+    static BrowserInstall referenceInstall(const QString& browser);
 
     // Detection order, which is also the order of "enabledBrowsers" after browsersChanged().
     static const QStringList& detectionOrder();
@@ -69,13 +83,15 @@ public:
     // The reaction to a change among the installed applications: a second later, drops every
     // browser that is no longer installed from "enabledBrowsers" and announces the new tiles.
     void browsersChanged();
-    // Folder name -> display name of the profiles in a Chromium-family "Local State"; empty on any failure.
+    // Folder name -> display name of the profiles in a Chromium-family "Local State" of each install;
+    // empty on any failure.
     QVariantMap userProfiles(const QString& browser);
-    // The same, read through the given file layer (another install's folders, say).
-    static QVariantMap profilesIn(Sandbox& sandbox, const QString& browser);
-    // The Firefox profile folders (those holding a profile's files), by name, then the full paths of
-    // those profiles.ini lists elsewhere in the home folder.
-    QStringList firefoxProfiles();
+    // The same, for the data root of one install.
+    static QVariantMap profilesIn(Sandbox& sandbox, const QString& dataRoot);
+    // The Firefox-family profile folders of every install (those holding a profile's files), by name
+    // below their profiles root, then the full paths of those profiles.ini lists elsewhere in the home.
+    QStringList firefoxProfiles(const QString& browser);
+    static QStringList firefoxProfiles(Sandbox& sandbox, const QString& profilesRoot);
     // The profiles that Firefox's profiles.ini and installs.ini list by a full path ("IsRelative=0"), in
     // their order, without repeats; `inside` says whether each lies inside the home folder (only those
     // may be cleaned: one outside is reported and left alone).
@@ -84,7 +100,7 @@ public:
         QString path;
         bool inside = false;
     };
-    static QList<ProfileElsewhere> firefoxProfilesElsewhere(Sandbox& sandbox);
+    static QList<ProfileElsewhere> firefoxProfilesElsewhere(Sandbox& sandbox, const QString& profilesRoot);
     // Whether the browser runs now, by its process or by a live lock file in the profile folders of
     // any of its installs.
     bool browserIsRunning(const QString& browser);
@@ -94,7 +110,7 @@ signals:
 
 private:
     void applyInstalledBrowsers();
-    static QStringList firefoxProfiles(Sandbox& sandbox);
+    static bool hasFamilyShape(Sandbox& sandbox, const BrowserTable::Browser& browser, const QString& root);
     static bool lockIsLive(Sandbox& sandbox, const QString& lockPath);
 
     Workspace& m_workspace;

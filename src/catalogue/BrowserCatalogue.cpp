@@ -1,5 +1,6 @@
-#include "core/BrowserCatalogue.h"
+#include "catalogue/BrowserCatalogue.h"
 
+#include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
@@ -16,42 +17,124 @@
 
 namespace {
 
-const QString kChromeLocalState = QStringLiteral("~/Library/Application Support/Google/Chrome/Local State");
-const QString kChromiumLocalState = QStringLiteral("~/Library/Application Support/Chromium/Local State");
+using BrowserTable::Family;
+
+Family familyOf(const QString& browser)
+{
+    const BrowserTable::Browser* row = BrowserTable::find(browser);
+    return row ? row->family : Family::Safari;
+}
+
+// The revision folders of a Snap ("~/snap/brave/2890"): real folders, not the "current" link nor
+// "common", which every revision shares.
+QStringList snapRevisions(Sandbox& sandbox, const QString& snapFolder)
+{
+    QStringList revisions;
+    for (const QString& name : sandbox.folderContentsOf(snapFolder)) {
+        const std::optional<QString> folder = sandbox.childPath(snapFolder, name);
+        if (name == QLatin1String("common") || !folder ||
+            sandbox.fileAttributes(*folder).value(QStringLiteral("NSFileType")) !=
+                QLatin1String("NSFileTypeDirectory"))
+            continue;
+        revisions.append(name);
+    }
+    revisions.sort();
+    return revisions;
+}
 
 } // namespace
 
-QString BrowserCatalogue::chromiumDataRoot(const QString& browser)
+bool BrowserCatalogue::isChromiumFamily(const QString& browser)
 {
-    if (browser == googleChrome)
-        return QStringLiteral("~/Library/Application Support/Google/Chrome");
-    if (browser == chromium)
-        return QStringLiteral("~/Library/Application Support/Chromium");
-    if (browser == opera)
-        return operaDataRoot;
-    return QString();
+    return familyOf(browser) == Family::Chromium;
 }
 
-QString BrowserCatalogue::chromiumCacheRoot(const QString& browser)
+bool BrowserCatalogue::isFirefoxFamily(const QString& browser)
 {
-    if (browser == googleChrome)
-        return QStringLiteral("~/Library/Caches/Google/Chrome");
-    if (browser == chromium)
-        return QStringLiteral("~/Library/Caches/Chromium");
-    if (browser == opera)
-        return QStringLiteral("~/Library/Caches/com.operasoftware.Opera");
-    return QString();
+    return familyOf(browser) == Family::Firefox;
+}
+
+bool BrowserCatalogue::hasSingleProfile(const QString& browser)
+{
+    const BrowserTable::Browser* row = BrowserTable::find(browser);
+    return row && row->singleProfile;
+}
+
+BrowserInstall BrowserCatalogue::referenceInstall(const QString& browser)
+{
+    const BrowserTable::Browser* row = BrowserTable::find(browser);
+    if (!row)
+        return {browser, {}, {}, {}};
+    return {browser, {}, row->referenceDataRoot, row->referenceCacheRoot};
+}
+
+QList<BrowserInstall> BrowserCatalogue::installsOf(Sandbox& sandbox, const QString& browser)
+{
+    const BrowserTable::Browser* row = BrowserTable::find(browser);
+    if (!row || row->referenceDataRoot.isEmpty())
+        return {};
+    if (PathLayout::isReferenceLayout(sandbox.layout()))
+        return {referenceInstall(browser)};
+    QList<BrowserInstall> found;
+    for (const BrowserTable::Install& install : row->installs) {
+        const QString kind = install.kind == BrowserTable::Kind::Flatpak ? QStringLiteral("Flatpak")
+                             : install.kind == BrowserTable::Kind::Snap  ? QStringLiteral("Snap")
+                                                                         : QString();
+        for (const QString& root : install.dataRoots) {
+            const qsizetype star = root.indexOf(QStringLiteral("/*/"));
+            QList<std::pair<QString, QString>> candidates; // (revision, data root)
+            if (star < 0) {
+                candidates.append({QString(), root});
+            } else {
+                for (const QString& revision : snapRevisions(sandbox, QStringLiteral("~/") + root.left(star)))
+                    candidates.append({revision, root.left(star + 1) + revision + root.mid(star + 2)});
+            }
+            for (const auto& [revision, dataRoot] : candidates) {
+                const QString data = QStringLiteral("~/") + dataRoot;
+                if (!hasFamilyShape(sandbox, *row, data))
+                    continue;
+                const QString label = revision.isEmpty() ? kind : kind + QLatin1Char(' ') + revision;
+                found.append({browser, label, data, QStringLiteral("~/") + install.cacheRoot});
+            }
+        }
+    }
+    return found;
+}
+
+bool BrowserCatalogue::hasFamilyShape(Sandbox& sandbox, const BrowserTable::Browser& browser,
+                                      const QString& root)
+{
+    if (browser.family == Family::Chromium)
+        return sandbox.fileExists(root + QStringLiteral("/Local State")) ||
+               (browser.singleProfile && sandbox.fileExists(root + QStringLiteral("/Preferences")));
+    if (browser.family == Family::Firefox)
+        return sandbox.fileExists(root + QStringLiteral("/profiles.ini")) ||
+               !firefoxProfiles(sandbox, root).isEmpty();
+    return false;
 }
 
 const QStringList& BrowserCatalogue::detectionOrder()
 {
-    static const QStringList order{safariID, googleChromeID, chromiumID, firefoxID, operaID};
+    // The five the settings have always named, in their order, then the rest of the table.
+    static const QStringList order = [] {
+        QStringList ids{safariID, googleChromeID, chromiumID, firefoxID, operaID};
+        for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+            if (!ids.contains(browser.identifier))
+                ids.append(browser.identifier);
+        }
+        return ids;
+    }();
     return order;
 }
 
 const QStringList& BrowserCatalogue::tileOrder()
 {
-    static const QStringList order{safari, firefox, googleChrome, chromium, opera};
+    static const QStringList order = [] {
+        QStringList names;
+        for (const BrowserTable::Browser& browser : BrowserTable::all())
+            names.append(browser.name);
+        return names;
+    }();
     return order;
 }
 
@@ -62,17 +145,15 @@ BrowserCatalogue::BrowserCatalogue(Workspace& workspace, UserDefaults& defaults,
 
 QString BrowserCatalogue::browserIDFor(const QString& name)
 {
-    // Tile order; a prefix test, so a disabled tile's name maps to its browser too.
-    static const QList<std::pair<QString, QString>> prefixes{{safari, safariID},
-                                                             {firefox, firefoxID},
-                                                             {googleChrome, googleChromeID},
-                                                             {chromium, chromiumID},
-                                                             {opera, operaID}};
-    for (const auto& [prefix, id] : prefixes) {
-        if (name.startsWith(prefix))
-            return id;
+    // A disabled tile's name maps to its browser too; of names that start alike ("Google Chrome",
+    // "Google Chrome Beta"), the longest that the name starts with.
+    const QString key = name.endsWith(disabledSuffix) ? name.chopped(disabledSuffix.size()) : name;
+    const BrowserTable::Browser* best = nullptr;
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        if (key.startsWith(browser.name) && (!best || browser.name.size() > best->name.size()))
+            best = &browser;
     }
-    return QString();
+    return best ? best->identifier : QString();
 }
 
 QString BrowserCatalogue::browserForID(const QString& bundleIdentifier)
@@ -94,9 +175,16 @@ std::optional<QString> BrowserCatalogue::browserForTerminatedApplication(const Q
         if (name == key)
             return key;
     }
-    // Opera ships under several application names; only its identifier is stable.
+    // Opera ships under several application names; only its identifier is stable. The browsers
+    // added since are known by either.
     if (bundleIdentifier == operaID)
         return opera;
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        if (detectionOrder().indexOf(browser.identifier) < 5)
+            continue;
+        if (name == browser.name || bundleIdentifier == browser.identifier)
+            return browser.name;
+    }
     return std::nullopt;
 }
 
@@ -157,13 +245,15 @@ void BrowserCatalogue::applyInstalledBrowsers()
 
 QVariantMap BrowserCatalogue::userProfiles(const QString& browser)
 {
-    return profilesIn(m_sandbox, browser);
+    QVariantMap profiles;
+    for (const BrowserInstall& install : installsOf(m_sandbox, browser))
+        profiles.insert(profilesIn(m_sandbox, install.dataRoot));
+    return profiles;
 }
 
-QVariantMap BrowserCatalogue::profilesIn(Sandbox& sandbox, const QString& browser)
+QVariantMap BrowserCatalogue::profilesIn(Sandbox& sandbox, const QString& dataRoot)
 {
-    const QString localState = browser == googleChrome ? kChromeLocalState : kChromiumLocalState;
-    const std::optional<QString> text = sandbox.contentsOf(localState);
+    const std::optional<QString> text = sandbox.contentsOf(dataRoot + QStringLiteral("/Local State"));
     if (!text || text->isEmpty())
         return {};
     const QJsonDocument document = QJsonDocument::fromJson(text->toUtf8());
@@ -186,50 +276,50 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
         if (application.bundleIdentifier == id)
             return true;
     }
-    const QString root = browser == firefox ? firefoxProfilesRoot : chromiumDataRoot(browser);
-    if (root.isEmpty())
-        return false;
-    for (const PathLayout::Install install : m_sandbox.installsOf(root)) {
-        Sandbox sandbox = m_sandbox.forInstall(install);
-        if (browser != firefox) {
-            if (lockIsLive(sandbox, root + QStringLiteral("/SingletonLock")))
+    for (const BrowserInstall& install : installsOf(m_sandbox, browser)) {
+        if (!isFirefoxFamily(browser)) {
+            if (lockIsLive(m_sandbox, install.dataRoot + QStringLiteral("/SingletonLock")))
                 return true;
             continue;
         }
-        for (const QString& profile : firefoxProfiles(sandbox)) {
+        for (const QString& profile : firefoxProfiles(m_sandbox, install.dataRoot)) {
             const QString folder =
-                profile.startsWith(QLatin1Char('/')) ? profile : firefoxProfilesRoot + profile;
-            if (lockIsLive(sandbox, folder + QStringLiteral("/lock")))
+                profile.startsWith(QLatin1Char('/')) ? profile : install.dataRoot + QLatin1Char('/') + profile;
+            if (lockIsLive(m_sandbox, folder + QStringLiteral("/lock")))
                 return true;
         }
     }
     return false;
 }
 
-QStringList BrowserCatalogue::firefoxProfiles()
-{
-    return firefoxProfiles(m_sandbox);
-}
-
-QStringList BrowserCatalogue::firefoxProfiles(Sandbox& sandbox)
+QStringList BrowserCatalogue::firefoxProfiles(const QString& browser)
 {
     QStringList profiles;
-    for (const QString& name : sandbox.folderContentsOf(firefoxProfilesRoot)) {
-        const std::optional<QString> folder = sandbox.childPath(firefoxProfilesRoot, name);
+    for (const BrowserInstall& install : installsOf(m_sandbox, browser))
+        profiles += firefoxProfiles(m_sandbox, install.dataRoot);
+    return profiles;
+}
+
+QStringList BrowserCatalogue::firefoxProfiles(Sandbox& sandbox, const QString& profilesRoot)
+{
+    QStringList profiles;
+    for (const QString& name : sandbox.folderContentsOf(profilesRoot)) {
+        const std::optional<QString> folder = sandbox.childPath(profilesRoot, name);
         // The profiles root also holds profiles.ini, crash reports and pending pings.
         if (folder && (sandbox.fileExists(*folder + QStringLiteral("/prefs.js")) ||
                        sandbox.fileExists(*folder + QStringLiteral("/times.json"))))
             profiles.append(name);
     }
     profiles.sort();
-    for (const ProfileElsewhere& elsewhere : firefoxProfilesElsewhere(sandbox)) {
+    for (const ProfileElsewhere& elsewhere : firefoxProfilesElsewhere(sandbox, profilesRoot)) {
         if (elsewhere.inside)
             profiles.append(elsewhere.path);
     }
     return profiles;
 }
 
-QList<BrowserCatalogue::ProfileElsewhere> BrowserCatalogue::firefoxProfilesElsewhere(Sandbox& sandbox)
+QList<BrowserCatalogue::ProfileElsewhere> BrowserCatalogue::firefoxProfilesElsewhere(Sandbox& sandbox,
+                                                                                 const QString& profilesRoot)
 {
     QList<ProfileElsewhere> found;
     const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));
@@ -248,7 +338,7 @@ QList<BrowserCatalogue::ProfileElsewhere> BrowserCatalogue::firefoxProfilesElsew
     // [INSTALLHASH] sections whose Default= is a full path when the profile lies elsewhere.
     for (const char* file : {"profiles.ini", "installs.ini"}) {
         const QString text =
-            sandbox.contentsOf(firefoxProfilesRoot + QLatin1String(file)).value_or(QString());
+            sandbox.contentsOf(profilesRoot + QLatin1Char('/') + QLatin1String(file)).value_or(QString());
         bool relative = true;
         QString path;
         const auto endSection = [&] {
