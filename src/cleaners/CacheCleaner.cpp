@@ -78,8 +78,9 @@ void CacheCleaner::clearFireFoxCache(const QString& browser)
     }
     for (const QString& profile : Profiles::firefox(m_services, browser))
         sandbox.remove(profile + QStringLiteral("/SiteSecurityServiceState.txt"));
-    // What a profile in the profiles folder keeps in its cache folder, one elsewhere keeps in its own.
-    for (const QString& profile : Profiles::firefoxElsewhere(m_services, browser)) {
+    // What a profile in the profiles folder keeps in its cache folder, one elsewhere keeps in its own,
+    // and so does one Firefox was started on by its path ("--profile") without listing it.
+    for (const QString& profile : Profiles::firefox(m_services, browser)) {
         for (const char* name : {"cache2", "startupCache", "thumbnails", "safebrowsing", "jumpListCache"})
             sandbox.remove(profile + QLatin1Char('/') + QLatin1String(name));
     }

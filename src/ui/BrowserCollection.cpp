@@ -68,14 +68,16 @@ void BrowserCollection::reloadData(const QStringList& tileNames)
         if (!focusedBrowser.isEmpty() && BrowserCatalogue::browserIDFor(name) == focusedBrowser)
             button->setFocus(Qt::OtherFocusReason);
     }
-    setMinimumWidth(int(m_array.size()) * tileWidth);
+    const int rows = columns() == 0 ? 1 : int((m_array.size() + columns() - 1) / columns());
+    setMinimumWidth(columns() * tileWidth);
+    setMinimumHeight(rows * tileHeight() + 8);
     layoutTiles();
     emit reloaded();
 }
 
 QMarginsF BrowserCollection::sectionInsets() const
 {
-    const qreal side = (width() - qreal(tileWidth) * m_array.size()) / 2;
+    const qreal side = (width() - qreal(tileWidth) * columns()) / 2;
     return {side, 0, side, 0};
 }
 
@@ -105,6 +107,11 @@ int BrowserCollection::tileHeight() const
     return iconSize + 2 * fontMetrics().height() + 8;
 }
 
+int BrowserCollection::columns() const
+{
+    return int(std::min<qsizetype>(m_array.size(), maxColumns));
+}
+
 void BrowserCollection::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
@@ -114,9 +121,13 @@ void BrowserCollection::resizeEvent(QResizeEvent* event)
 void BrowserCollection::layoutTiles()
 {
     const qreal left = sectionInsets().left();
+    const int perRow = std::max(1, columns());
+    const int rows = int((m_items.size() + perRow - 1) / perRow);
+    const int top = (height() - rows * tileHeight()) / 2;
     for (size_t i = 0; i < m_items.size(); ++i) {
         if (m_items[i].browserButton)
-            m_items[i].browserButton->setGeometry(int(left + qreal(tileWidth) * qreal(i)),
-                                                  (height() - tileHeight()) / 2, tileWidth, tileHeight());
+            m_items[i].browserButton->setGeometry(int(left + qreal(tileWidth) * qreal(int(i) % perRow)),
+                                                  top + int(i) / perRow * tileHeight(), tileWidth,
+                                                  tileHeight());
     }
 }

@@ -20,15 +20,17 @@ class BrowserCollection : public QWidget
     Q_OBJECT
 public:
     // Wide enough for a browser's name under its icon.
-    static constexpr int tileWidth = 80;
+    static constexpr int tileWidth = 88;
     static constexpr int iconSize = 36;
+    // More browsers than this go on further rows.
+    static constexpr int maxColumns = 6;
 
     BrowserCollection(const IconTransformer& icons, QWidget* parent = nullptr);
 
     // Replaces the tiles with these tile names.
     void reloadData(const QStringList& tileNames);
     QStringList array() const { return m_array; }
-    // Left and right: (width - tileWidth x tiles) / 2, which centres the row; top and bottom 0.
+    // Left and right: (width - tileWidth x tiles in a row) / 2, which centres the rows; top and bottom 0.
     QMarginsF sectionInsets() const;
     // The tile's button; nullptr for a name not shown.
     HoverButton* buttonFor(const QString& tileName) const;
@@ -38,7 +40,7 @@ public:
 signals:
     void popoverRequested(const QVariantMap& request);
     void tileClicked(const QString& tileName);
-    // The row was filled anew; its minimum width is the width of its tiles.
+    // The tiles were made anew; the minimum size is that of their rows.
     void reloaded();
 
 protected:
@@ -47,6 +49,7 @@ protected:
 private:
     void layoutTiles();
     int tileHeight() const;
+    int columns() const;
     static QString tileText(const QString& browser, const QFontMetrics& metrics);
 
     const IconTransformer& m_icons;

@@ -36,6 +36,10 @@ QIcon IconTransformer::iconForBrowser(const QString& browser) const
         if (!name.isEmpty() && QIcon::hasThemeIcon(name))
             return QIcon::fromTheme(name);
     }
+    // The browser's own icon by the name its packages give it, else a browser's generic one.
+    const BrowserTable::Browser* row = BrowserTable::forIdentifier(identifier);
+    if (row && QIcon::hasThemeIcon(row->icon))
+        return QIcon::fromTheme(row->icon);
     return QIcon::fromTheme(QStringLiteral("web-browser"), QIcon(QStringLiteral(":/icons/browser.svg")));
 }
 

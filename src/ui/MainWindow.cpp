@@ -87,9 +87,12 @@ MainWindow::MainWindow(const IconTransformer& icons, QWidget* parent)
     setTabOrder(m_enabledButton, m_grantButton);
     setTabOrder(m_grantButton, m_collectionView);
     m_infoButton->setFocus(Qt::OtherFocusReason);
-    // Wider than usual only when a row of many browsers needs it.
-    connect(m_collectionView, &BrowserCollection::reloaded, this,
-            [this] { setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40), kHeight); });
+    // Wider than usual only when a row of many browsers needs it, taller when they need a second row.
+    const int oneRow = m_collectionView->minimumHeight();
+    connect(m_collectionView, &BrowserCollection::reloaded, this, [this, oneRow] {
+        setFixedSize(std::max(kWidth, m_collectionView->minimumWidth() + 40),
+                     kHeight + std::max(0, m_collectionView->minimumHeight() - oneRow));
+    });
     auto* preferences = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), this);
     connect(preferences, &QShortcut::activated, this, &MainWindow::preferencesRequested);
 }

@@ -81,7 +81,7 @@ private slots:
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
-    void threeTilesAreCentredInARow();
+    void tilesAreCentredInRows();
     void popoversStayWholeOnScreenBesideAWindowInACorner();
     void theKeyboardAloneActivatesAndConfigures();
     void disabledTilesAreGreyedInsideTheirOutline();
@@ -366,17 +366,31 @@ void TestDesktopFace::popoversStayWholeOnScreenBesideAWindowInACorner()
     }
 }
 
-void TestDesktopFace::threeTilesAreCentredInARow()
+void TestDesktopFace::tilesAreCentredInRows()
 {
     Face f({kChromiumID, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s}, {});
     BrowserCollection* row = f.window().collectionView();
     row->resize(400, row->height());
     QCOMPARE(row->array().size(), 3);
-    QCOMPARE(row->sectionInsets(), QMarginsF(80, 0, 80, 0)); // (400 - 3 x 80) / 2
-    QCOMPARE(f.tile(row->array().at(1))->x(), 80 + 80);
+    QCOMPARE(row->sectionInsets(), QMarginsF(68, 0, 68, 0)); // (400 - 3 x 88) / 2
+    QCOMPARE(f.tile(row->array().at(1))->x(), 68 + 88);
     // Each tile says whose it is, without pointing at it.
     QCOMPARE(row->buttonFor(u"Firefox-disabled"_s)->text(), u"Firefox"_s);
     QCOMPARE(row->buttonFor(u"Google Chrome-disabled"_s)->text(), u"Google\nChrome"_s);
+
+    // More than six go on a second row, and the window grows to hold it.
+    Face many({kChromiumID, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s, u"com.brave.Browser"_s,
+               u"com.vivaldi.Vivaldi"_s, u"com.microsoft.Edge"_s, u"com.google.Chrome.beta"_s},
+              {});
+    BrowserCollection* rows = many.window().collectionView();
+    QCOMPARE(rows->array().size(), 7);
+    QCOMPARE(rows->minimumWidth(), 6 * 88);
+    const QRect first = many.tile(rows->array().at(0))->geometry();
+    const QRect seventh = many.tile(rows->array().at(6))->geometry();
+    QCOMPARE(seventh.x(), first.x());
+    QCOMPARE(seventh.y(), first.bottom() + 1);
+    QVERIFY(many.window().height() > f.window().height());
+    QCOMPARE(rows->buttonFor(u"Google Chrome Beta-disabled"_s)->text(), u"Google\nChrome Beta"_s);
 }
 
 void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
