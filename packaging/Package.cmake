@@ -13,8 +13,9 @@ set(CPACK_PACKAGE_VENDOR Tovanex)
 set(CPACK_PACKAGE_CONTACT "Corvella developers <corvella@tovanex.com>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "removes browser data when a browser quits")
 # The extended description; the summary above is its first line. CPack indents it for the control file.
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Corvella lives in the tray. When a browser it protects quits (Chromium,
-Google Chrome, Opera or Firefox), it removes the data chosen for that
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Corvella lives in the tray. When a browser it protects quits (Firefox,
+Chromium, Google Chrome, Opera, Brave, Vivaldi, Microsoft Edge, LibreWolf,
+Waterfox or Floorp), it removes the data chosen for that
 browser: cookies, site storage, cache, history, favicons, page previews,
 form values, downloads, site preferences, search engines and plug-in
 data. Bookmarks, pinned sites, extensions and passwords are kept, and the

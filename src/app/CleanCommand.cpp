@@ -1,8 +1,8 @@
 #include "app/CleanCommand.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/KeptSites.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "core/RemovalRun.h"
 #include "core/SettingsController.h"
 #include "platform/OpenPanel.h"

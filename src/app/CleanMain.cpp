@@ -1,6 +1,7 @@
 // corvella-clean: one removal run from the command line (see CleanCommand).
 
 #include "app/CleanCommand.h"
+#include "catalogue/BrowserTable.h"
 #include "core/AppDelegate.h"
 #include "core/RunLock.h"
 #include "platform/RealHomeDirectory.h"
@@ -8,7 +9,6 @@
 #include "platform/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/InodeBookmarks.h"
-#include "catalogue/BrowserTable.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PlistFileDefaultsBackend.h"
 

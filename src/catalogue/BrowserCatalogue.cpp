@@ -283,8 +283,9 @@ bool BrowserCatalogue::browserIsRunning(const QString& browser)
             continue;
         }
         for (const QString& profile : firefoxProfiles(m_sandbox, install.dataRoot)) {
-            const QString folder =
-                profile.startsWith(QLatin1Char('/')) ? profile : install.dataRoot + QLatin1Char('/') + profile;
+            const QString folder = profile.startsWith(QLatin1Char('/'))
+                                       ? profile
+                                       : install.dataRoot + QLatin1Char('/') + profile;
             if (lockIsLive(m_sandbox, folder + QStringLiteral("/lock")))
                 return true;
         }
@@ -318,8 +319,8 @@ QStringList BrowserCatalogue::firefoxProfiles(Sandbox& sandbox, const QString& p
     return profiles;
 }
 
-QList<BrowserCatalogue::ProfileElsewhere> BrowserCatalogue::firefoxProfilesElsewhere(Sandbox& sandbox,
-                                                                                 const QString& profilesRoot)
+QList<BrowserCatalogue::ProfileElsewhere>
+BrowserCatalogue::firefoxProfilesElsewhere(Sandbox& sandbox, const QString& profilesRoot)
 {
     QList<ProfileElsewhere> found;
     const QString home = sandbox.checkForUserDirectory(QStringLiteral("~"));

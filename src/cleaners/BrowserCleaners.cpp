@@ -5,8 +5,8 @@
 
 BrowserCleaners::Units::Units(const Sandbox& installSandbox, const CleanerServices& base,
                               const std::optional<BrowserInstall>& install)
-    : sandbox(installSandbox), services{sandbox, base.catalogue, base.defaults, base.log,
-                                        base.keptForThisRun, install},
+    : sandbox(installSandbox), services{sandbox,  base.catalogue,      base.defaults,
+                                        base.log, base.keptForThisRun, install},
       scripts(sandbox, base.log), cookies(services, scripts), storage(services), plugins(services),
       cache(services, scripts, cookies), history(services, scripts)
 {}

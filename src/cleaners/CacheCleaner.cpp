@@ -1,9 +1,9 @@
 #include "cleaners/CacheCleaner.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/CookieCleaner.h"
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/Profiles.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 

@@ -1,10 +1,10 @@
 #include "cleaners/CookieCleaner.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/KeptSites.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteRows.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/HelperScripts.h"
 #include "sandbox/Sandbox.h"
 

@@ -1,5 +1,6 @@
 #include "cleaners/CurrentLayouts.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/ChromiumSession.h"
 #include "cleaners/CookieCleaner.h"
 #include "cleaners/FirefoxSession.h"
@@ -7,7 +8,6 @@
 #include "cleaners/Profiles.h"
 #include "cleaners/SiteEntries.h"
 #include "cleaners/SiteRows.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/UserDefaults.h"
 #include "sandbox/Sandbox.h"
@@ -121,18 +121,18 @@ void keepExtensionFileSystems(const CleanerServices& services, const QString& fo
     Sandbox& sandbox = services.sandbox;
     const auto read = std::make_shared<bool>(false);
     const auto keptFolders = std::make_shared<QSet<QString>>();
-    sandbox.removeLevelDbKeys(folder + u"/Origins"_s, [&kept, read, keptFolders](const QByteArray& key,
-                                                                                 const QByteArray& value) {
-        *read = true;
-        if (!key.startsWith("ORIGIN:"))
-            return false; // "LAST_PATH", the store's own
-        const QString origin = QString::fromUtf8(key.mid(7));
-        if (origin.startsWith(u"chrome-extension_"_s) || kept.keepsChromiumOriginName(origin)) {
-            keptFolders->insert(QString::fromUtf8(value));
-            return false;
-        }
-        return true;
-    });
+    sandbox.removeLevelDbKeys(
+        folder + u"/Origins"_s, [&kept, read, keptFolders](const QByteArray& key, const QByteArray& value) {
+            *read = true;
+            if (!key.startsWith("ORIGIN:"))
+                return false; // "LAST_PATH", the store's own
+            const QString origin = QString::fromUtf8(key.mid(7));
+            if (origin.startsWith(u"chrome-extension_"_s) || kept.keepsChromiumOriginName(origin)) {
+                keptFolders->insert(QString::fromUtf8(value));
+                return false;
+            }
+            return true;
+        });
     if (!*read) {
         sandbox.remove(folder);
         return;

@@ -1,7 +1,7 @@
 #include "cleaners/HistoryCleaner.h"
 
-#include "cleaners/CurrentLayouts.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/CurrentLayouts.h"
 #include "sandbox/Sandbox.h"
 
 HistoryCleaner::HistoryCleaner(const CleanerServices& services, HelperScripts& scripts)

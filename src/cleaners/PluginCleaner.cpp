@@ -1,7 +1,7 @@
 #include "cleaners/PluginCleaner.h"
 
-#include "cleaners/Profiles.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/Profiles.h"
 #include "sandbox/Sandbox.h"
 
 namespace {

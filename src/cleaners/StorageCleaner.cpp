@@ -1,9 +1,9 @@
 #include "cleaners/StorageCleaner.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/CurrentLayouts.h"
 #include "cleaners/Profiles.h"
 #include "cleaners/SplicedSql.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "sandbox/Sandbox.h"
 
 namespace {

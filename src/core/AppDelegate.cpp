@@ -1,8 +1,8 @@
 #include "core/AppDelegate.h"
 
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/CookieCleaner.h"
 #include "cleaners/PluginCleaner.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "core/CloudSync.h"
 #include "core/RemovalQueue.h"
 #include "core/RemovalRun.h"
@@ -457,7 +457,8 @@ QStringList AppDelegate::sitesWithCookies()
     QStringList sites;
     for (const QString& browser : activatedBrowsers()) {
         for (const BrowserInstall& install : BrowserCatalogue::installsOf(m_services.sandbox, browser)) {
-            const CleanerServices services{m_services.sandbox, m_services.catalogue, m_defaults, m_log, {}, install};
+            const CleanerServices services{
+                m_services.sandbox, m_services.catalogue, m_defaults, m_log, {}, install};
             for (const QString& site : KeptCookies::sitesWithCookies(services, browser)) {
                 if (!sites.contains(site))
                     sites.append(site);

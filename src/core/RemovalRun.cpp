@@ -1,7 +1,7 @@
 #include "core/RemovalRun.h"
 
-#include "cleaners/Cleaners.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/Cleaners.h"
 #include "core/RunLock.h"
 #include "core/SettingsController.h"
 #include "platform/SettingsKeys.h"

@@ -1,7 +1,7 @@
 #include "ui/BrowserPopover.h"
 
-#include "core/AppDelegate.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "core/AppDelegate.h"
 #include "core/RemovalRun.h"
 #include "core/SettingsController.h"
 #include "platform/SettingsKeys.h"

@@ -148,10 +148,10 @@ int main(int argc, char* argv[])
         popover.close();
 
         // Many browsers: the tiles go on a second row, each with its own name.
-        agent.workspace.setInstalled({u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s,
-                                      u"com.brave.Browser"_s, u"com.vivaldi.Vivaldi"_s, u"com.microsoft.Edge"_s,
-                                      u"com.google.Chrome.beta"_s, u"io.gitlab.librewolf-community"_s,
-                                      u"one.ablaze.floorp"_s});
+        agent.workspace.setInstalled(
+            {u"org.chromium.Chromium"_s, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s,
+             u"com.brave.Browser"_s, u"com.vivaldi.Vivaldi"_s, u"com.microsoft.Edge"_s,
+             u"com.google.Chrome.beta"_s, u"io.gitlab.librewolf-community"_s, u"one.ablaze.floorp"_s});
         tiles->reloadData(agent.catalogue.browserContentArray());
         ok &= save(&window, file(u"main-window-many-browsers"_s));
         agent.workspace.setInstalled(

@@ -44,4 +44,3 @@ struct Cli
     QString out;
     QString err;
 };
-

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/AppDelegate.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "core/AppDelegate.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "platform/fake/FixedSystemVersion.h"
 #include "platform/fake/LocalDistributedNotificationCenter.h"

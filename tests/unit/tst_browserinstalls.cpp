@@ -34,7 +34,8 @@ QMap<QString, QByteArray> filesIn(const QString& home)
         const QString path = it.next();
         QFile file(path);
         file.open(QIODevice::ReadOnly);
-        files.insert(path.mid(home.size() + 1), QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1));
+        files.insert(path.mid(home.size() + 1),
+                     QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1));
     }
     return files;
 }
@@ -48,24 +49,26 @@ void familyFixture(const TestHome& home, const BrowserTable::Browser& browser, c
         home.file(data + u"/profiles.ini"_s, "[Profile0]\nName=a\nIsRelative=1\nPath=a.default\n");
         for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
             F::firefoxProfile(home, profile, data);
-            for (const char* name : {"/sessionstore.jsonlz4", "/formhistory.sqlite", "/favicons.sqlite",
-                                     "/extensions/kept@example.xpi", "/storage/default/https+++a.example/ls/data.sqlite"})
+            for (const char* name :
+                 {"/sessionstore.jsonlz4", "/formhistory.sqlite", "/favicons.sqlite",
+                  "/extensions/kept@example.xpi", "/storage/default/https+++a.example/ls/data.sqlite"})
                 home.file(data + u'/' + profile + QLatin1String(name));
             home.file(cache + u'/' + profile + u"/cache2/entries/A1"_s);
         }
         return;
     }
-    const QStringList profiles = browser.singleProfile ? QStringList{QString()}
-                                                       : QStringList{u"Default"_s, u"Profile 1"_s};
+    const QStringList profiles =
+        browser.singleProfile ? QStringList{QString()} : QStringList{u"Default"_s, u"Profile 1"_s};
     F::localState(home, data, browser.singleProfile ? QStringList{} : profiles);
     for (const QString& key : profiles) {
         const QString profile = key.isEmpty() ? data : data + u'/' + key;
         F::chromiumProfile(home, profile);
         F::chromiumHistory(home, profile);
         home.file(profile + u"/Preferences"_s, R"({"net":{"network_prediction_options":1},"homepage":"x"})");
-        for (const char* name : {"/Sessions/Session_1", "/Favicons", "/Top Sites", "/Visited Links",
-                                 "/Extensions/abc/1.0/manifest.json", "/Local Extension Settings/abc/000003.log",
-                                 "/Pepper Data/Shockwave Flash/x"})
+        for (const char* name :
+             {"/Sessions/Session_1", "/Favicons", "/Top Sites", "/Visited Links",
+              "/Extensions/abc/1.0/manifest.json", "/Local Extension Settings/abc/000003.log",
+              "/Pepper Data/Shockwave Flash/x"})
             home.file(profile + QLatin1String(name));
         home.file((key.isEmpty() ? cache : cache + u'/' + key) + u"/Cache/Cache_Data/data_0"_s);
     }
@@ -125,6 +128,7 @@ private slots:
     void everyInstallIsCleanedAsItsFamilyIs_data();
     void everyInstallIsCleanedAsItsFamilyIs();
     void everyRowOfTheTableIsHere();
+    void aRunningInstallStopsTheRun_data();
     void aRunningInstallStopsTheRun();
 };
 
@@ -137,7 +141,8 @@ const QList<std::array<QString, 3>> kInstalls{
      u".var/app/org.mozilla.firefox/cache/mozilla/firefox"_s},
     {u"Firefox"_s, u".var/app/org.mozilla.firefox/config/mozilla/firefox"_s,
      u".var/app/org.mozilla.firefox/cache/mozilla/firefox"_s},
-    {u"Firefox"_s, u"snap/firefox/common/.mozilla/firefox"_s, u"snap/firefox/common/.cache/mozilla/firefox"_s},
+    {u"Firefox"_s, u"snap/firefox/common/.mozilla/firefox"_s,
+     u"snap/firefox/common/.cache/mozilla/firefox"_s},
     {u"Google Chrome"_s, u".config/google-chrome"_s, u".cache/google-chrome"_s},
     {u"Google Chrome"_s, u".var/app/com.google.Chrome/config/google-chrome"_s,
      u".var/app/com.google.Chrome/cache/google-chrome"_s},
@@ -156,7 +161,8 @@ const QList<std::array<QString, 3>> kInstalls{
     {u"Brave"_s, u"snap/brave/*/.config/BraveSoftware/Brave-Browser"_s,
      u"snap/brave/common/.cache/BraveSoftware/Brave-Browser"_s},
     {u"Vivaldi"_s, u".config/vivaldi"_s, u".cache/vivaldi"_s},
-    {u"Vivaldi"_s, u".var/app/com.vivaldi.Vivaldi/config/vivaldi"_s, u".var/app/com.vivaldi.Vivaldi/cache/vivaldi"_s},
+    {u"Vivaldi"_s, u".var/app/com.vivaldi.Vivaldi/config/vivaldi"_s,
+     u".var/app/com.vivaldi.Vivaldi/cache/vivaldi"_s},
     {u"Vivaldi"_s, u"snap/vivaldi/*/.config/vivaldi"_s, u"snap/vivaldi/common/.cache/vivaldi"_s},
     {u"Microsoft Edge"_s, u".config/microsoft-edge"_s, u".cache/microsoft-edge"_s},
     {u"Microsoft Edge"_s, u".var/app/com.microsoft.Edge/config/microsoft-edge"_s,
@@ -170,7 +176,8 @@ const QList<std::array<QString, 3>> kInstalls{
     {u"LibreWolf"_s, u".var/app/io.gitlab.librewolf-community/.librewolf"_s,
      u".var/app/io.gitlab.librewolf-community/cache/librewolf"_s},
     {u"Waterfox"_s, u".waterfox"_s, u".cache/waterfox"_s},
-    {u"Waterfox"_s, u".var/app/net.waterfox.waterfox/.waterfox"_s, u".var/app/net.waterfox.waterfox/cache/waterfox"_s},
+    {u"Waterfox"_s, u".var/app/net.waterfox.waterfox/.waterfox"_s,
+     u".var/app/net.waterfox.waterfox/cache/waterfox"_s},
     {u"Floorp"_s, u".floorp"_s, u".cache/floorp"_s},
     {u"Floorp"_s, u".var/app/one.ablaze.floorp/.floorp"_s, u".var/app/one.ablaze.floorp/cache/floorp"_s},
 };
@@ -207,8 +214,9 @@ void TestBrowserInstalls::everyInstallIsCleanedAsItsFamilyIs()
     QFETCH(QString, data);
     QFETCH(QString, cache);
     const BrowserTable::Browser* row = BrowserTable::find(browser);
-    const BrowserTable::Browser* reference = BrowserTable::find(
-        row->family == Family::Firefox ? u"Firefox"_s : row->singleProfile ? u"Opera"_s : u"Chromium"_s);
+    const BrowserTable::Browser* reference = BrowserTable::find(row->family == Family::Firefox ? u"Firefox"_s
+                                                                : row->singleProfile           ? u"Opera"_s
+                                                                                     : u"Chromium"_s);
     const BrowserTable::Install& native = reference->installs.first();
     static QHash<QString, QMap<QString, QString>> expected;
     if (!expected.contains(reference->name)) {
@@ -227,11 +235,11 @@ void TestBrowserInstalls::everyInstallIsCleanedAsItsFamilyIs()
                                        : QStringList{u"Bookmarks"_s, u"Extensions/abc/1.0/manifest.json"_s,
                                                      u"Local Extension Settings/abc/000003.log"_s})
             QVERIFY2(!effect.contains(profile + kept), qPrintable(kept));
-        QVERIFY(std::any_of(effect.keyBegin(), effect.keyEnd(), [](const QString& name) {
-            return name.startsWith(u"cache/"_s);
-        }));
+        QVERIFY(std::any_of(effect.keyBegin(), effect.keyEnd(),
+                            [](const QString& name) { return name.startsWith(u"cache/"_s); }));
         for (auto it = effect.cbegin(); it != effect.cend(); ++it)
-            QVERIFY2(it.key().startsWith(u"data/"_s) || it.key().startsWith(u"cache/"_s), qPrintable(it.key()));
+            QVERIFY2(it.key().startsWith(u"data/"_s) || it.key().startsWith(u"cache/"_s),
+                     qPrintable(it.key()));
         expected.insert(reference->name, effect);
     }
     const QStringList revisions = data.contains(u"/*/"_s) ? QStringList{u"6"_s, u"7"_s} : QStringList{};
@@ -253,19 +261,37 @@ void TestBrowserInstalls::everyInstallIsCleanedAsItsFamilyIs()
     QCOMPARE(effect, wanted);
 }
 
+void TestBrowserInstalls::aRunningInstallStopsTheRun_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("root"); // an install's data root, its family's shape made there
+    QTest::addColumn<QString>("lock");
+    QTest::newRow("Chromium's Flatpak")
+        << u"Chromium"_s << u".var/app/org.chromium.Chromium/config/chromium"_s << u"SingletonLock"_s;
+    QTest::newRow("a Snap revision of Brave")
+        << u"Brave"_s << u"snap/brave/12/.config/BraveSoftware/Brave-Browser"_s << u"SingletonLock"_s;
+    QTest::newRow("a LibreWolf profile") << u"LibreWolf"_s << u".librewolf"_s << u"q.default/lock"_s;
+}
+
 void TestBrowserInstalls::aRunningInstallStopsTheRun()
 {
+    QFETCH(QString, browser);
+    QFETCH(QString, root);
+    QFETCH(QString, lock);
     TestHome home;
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     F::localState(home, u".config/chromium"_s, {});
-    F::localState(home, u".var/app/org.chromium.Chromium/config/chromium"_s, {});
-    const QString lock = home.path(u".var/app/org.chromium.Chromium/config/chromium/SingletonLock"_s);
-    QVERIFY(QFile::link(u"host-%1"_s.arg(QCoreApplication::applicationPid()), lock));
+    if (browser == u"LibreWolf"_s)
+        home.file(root + u"/q.default/prefs.js"_s);
+    else
+        F::localState(home, root, {});
+    const QString link = home.path(root + u'/' + lock);
+    QVERIFY(QFile::link(u"host-%1"_s.arg(QCoreApplication::applicationPid()), link));
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    QVERIFY(catalogue.browserIsRunning(u"Chromium"_s));
-    QFile::remove(lock);
-    QVERIFY(!catalogue.browserIsRunning(u"Chromium"_s));
+    QVERIFY(catalogue.browserIsRunning(browser));
+    QFile::remove(link);
+    QVERIFY(!catalogue.browserIsRunning(browser));
 }
 
 QTEST_GUILESS_MAIN(TestBrowserInstalls)

@@ -1,5 +1,5 @@
-#include "cleaners/BrowserCleaners.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/BrowserCleaners.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"

@@ -52,7 +52,8 @@ void TestCleanCommand::helpAndVersionAnswerAtOnce_data()
     QTest::addColumn<QString>("output");
     QTest::newRow("help") << QStringList{u"--help"_s} << u"CATEGORY: cookies, databases, flash"_s;
     QTest::newRow("help after a bad browser")
-        << QStringList{u"Netscape"_s, u"-h"_s} << u"BROWSER: Firefox, Google Chrome, Chromium, Opera, Brave, Vivaldi, Microsoft Edge, "_s;
+        << QStringList{u"Netscape"_s, u"-h"_s}
+        << u"BROWSER: Firefox, Google Chrome, Chromium, Opera, Brave, Vivaldi, Microsoft Edge, "_s;
     QTest::newRow("version") << QStringList{u"--version"_s, u"Firefox"_s}
                              << u"corvella-clean " CORVELLA_VERSION "\n"_s;
 }
@@ -258,7 +259,8 @@ void TestCleanCommand::listShowsInstalledActivatedAndProfiles()
     QCOMPARE(lines.at(0), u"Safari"_s.leftJustified(21) + u"not installed  not activated"_s);
     for (QString& line : lines)
         line = line.simplified();
-    QCOMPARE(lines.at(2), u"Chromium installed not activated profiles: Default (Person 1), Profile 2 (Work)"_s);
+    QCOMPARE(lines.at(2),
+             u"Chromium installed not activated profiles: Default (Person 1), Profile 2 (Work)"_s);
     QCOMPARE(lines.at(3), u"Firefox installed activated profiles: x1.default-esr"_s);
     // Safari only where its files can be; every other row, each install's profiles.
     cli.home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);

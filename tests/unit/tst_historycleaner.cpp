@@ -1,6 +1,6 @@
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/MozLz4.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"

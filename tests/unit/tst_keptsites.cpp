@@ -1,6 +1,6 @@
+#include "catalogue/BrowserCatalogue.h"
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/KeptSites.h"
-#include "catalogue/BrowserCatalogue.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/Sqlite.h"

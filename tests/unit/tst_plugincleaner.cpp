@@ -1,5 +1,5 @@
-#include "cleaners/PluginCleaner.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/PluginCleaner.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"
 #include "support/TestHome.h"

@@ -125,7 +125,8 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
     notExecutable.close();
     QFile::setPermissions(root.filePath(u"bin/opera"_s), QFile::ReadOwner);
 
-    LinuxWorkspace workspace({{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}, kApplications});
+    LinuxWorkspace workspace(
+        {{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}, kApplications});
     QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.mozilla.firefox"_s),
              std::optional(entry.fileName()));
     QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.chromium.Chromium"_s),
@@ -133,6 +134,23 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.operasoftware.Opera"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.apple.Safari"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.example.unknown"_s));
+
+    // Every desktop entry of every install makes its own browser installed, and no other.
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        for (const BrowserTable::Install& install : browser.installs) {
+            for (const QString& name : install.desktopEntries) {
+                QTemporaryDir applications;
+                QFile desktopEntry(applications.filePath(name));
+                QVERIFY(desktopEntry.open(QIODevice::WriteOnly));
+                desktopEntry.close();
+                LinuxWorkspace only({{applications.path()}, {}, {}, kApplications});
+                for (const BrowserTable::Browser& other : BrowserTable::all())
+                    QVERIFY2(only.absolutePathForAppBundleWithIdentifier(other.identifier).has_value() ==
+                                 (&other == &browser),
+                             qPrintable(name + u" installs "_s + other.name));
+            }
+        }
+    }
 }
 
 void TestProcessWatcher::iconOfADesktopEntry_data()
@@ -178,7 +196,8 @@ void TestProcessWatcher::seesEveryBrowsersExecutablesRun()
             }
         }
     }
-    QCOMPARE(QSet<QString>(expected.cbegin(), expected.cend()).size(), BrowserTable::all().size() - 1); // not Safari
+    QCOMPARE(QSet<QString>(expected.cbegin(), expected.cend()).size(),
+             BrowserTable::all().size() - 1); // not Safari
     const auto seen = [&] {
         QHash<qint64, QString> found;
         for (const RunningApplication& application : ProcessWatcher::lookNow(kApplications)) {

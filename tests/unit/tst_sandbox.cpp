@@ -85,8 +85,9 @@ void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
     // On this system's layout the line names the real file, not its reference path.
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     s.fileExists(QStringLiteral("~/Library/Preferences/Macromedia/Flash Player/settings.sol"));
-    QCOMPARE(home.t.log.lines().last(), QStringLiteral("Corvella Sandbox has denied access to ") +
-                                            home.path(QStringLiteral(".macromedia/Flash_Player/settings.sol")));
+    QCOMPARE(home.t.log.lines().last(),
+             QStringLiteral("Corvella Sandbox has denied access to ") +
+                 home.path(QStringLiteral(".macromedia/Flash_Player/settings.sol")));
 }
 
 void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
@@ -538,8 +539,9 @@ void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
     QVERIFY(QFile::link(real, home.path(linked)));
     // The file layer of the install whose roots these are.
     ProblemReport problems;
-    Sandbox sandbox = Sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems})
-                          .forRoots({QStringLiteral("~/.config/chromium"), QStringLiteral("~/.cache/chromium")});
+    Sandbox sandbox =
+        Sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems})
+            .forRoots({QStringLiteral("~/.config/chromium"), QStringLiteral("~/.cache/chromium")});
     sandbox.remove(QStringLiteral("~/") + target);
     QCOMPARE(!QFile::exists(real + target.mid(linked.size())), removed);
     QCOMPARE(home.t.log.lines().filter(QStringLiteral("outside the home folder")).isEmpty(), removed);

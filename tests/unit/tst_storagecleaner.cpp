@@ -1,5 +1,5 @@
-#include "cleaners/StorageCleaner.h"
 #include "catalogue/BrowserCatalogue.h"
+#include "cleaners/StorageCleaner.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/RemovalPreview.h"

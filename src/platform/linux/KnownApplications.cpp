@@ -2,12 +2,9 @@
 
 const KnownApplication& KnownApplications::loginHelper()
 {
-    static const KnownApplication helper{QStringLiteral("Corvella Login Helper"),
-                                         QStringLiteral("com.tovanex.Corvella6Helper"),
-                                         {},
-                                         {QStringLiteral("corvella-login-helper")},
-                                         {QStringLiteral("corvella-login-helper")},
-                                         {}};
+    static const KnownApplication helper{
+        QStringLiteral("Corvella Login Helper"),   QStringLiteral("com.tovanex.Corvella6Helper"), {},
+        {QStringLiteral("corvella-login-helper")}, {QStringLiteral("corvella-login-helper")},     {}};
     return helper;
 }
 

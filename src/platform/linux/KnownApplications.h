@@ -25,6 +25,7 @@ const KnownApplication& loginHelper();
 const KnownApplication* forBundleIdentifier(const QList<KnownApplication>& applications,
                                             const QString& bundleIdentifier);
 // The application whose main executable this is; nullptr for any other program.
-const KnownApplication* forExecutable(const QList<KnownApplication>& applications, const QString& executablePath);
+const KnownApplication* forExecutable(const QList<KnownApplication>& applications,
+                                      const QString& executablePath);
 
 } // namespace KnownApplications

@@ -44,7 +44,8 @@ WorkspaceLocations WorkspaceLocations::forHome(const QString& home)
 }
 
 LinuxWorkspace::LinuxWorkspace(const WorkspaceLocations& locations, QObject* parent)
-    : Workspace(parent), m_locations(locations), m_watcher(new ProcessWatcher(locations.applications, locations.lockFolders, this))
+    : Workspace(parent), m_locations(locations),
+      m_watcher(new ProcessWatcher(locations.applications, locations.lockFolders, this))
 {
     connect(m_watcher, &ProcessWatcher::applicationTerminated, this, [this](const RunningApplication& app) {
         emit didTerminateApplication(
@@ -56,7 +57,8 @@ LinuxWorkspace::~LinuxWorkspace() = default;
 
 std::optional<QString> LinuxWorkspace::absolutePathForAppBundleWithIdentifier(const QString& bundleIdentifier)
 {
-    const KnownApplication* application = KnownApplications::forBundleIdentifier(m_locations.applications, bundleIdentifier);
+    const KnownApplication* application =
+        KnownApplications::forBundleIdentifier(m_locations.applications, bundleIdentifier);
     if (!application)
         return std::nullopt;
     for (const QString& folder : std::as_const(m_locations.applicationFolders)) {

@@ -10,9 +10,9 @@ class ProcessWatcher;
 // Where a Linux system keeps what the workspace looks at.
 struct WorkspaceLocations
 {
-    QStringList applicationFolders; // desktop entries: XDG, Flatpak and Snap exports
-    QStringList commandFolders;     // the PATH, plus where Snap and Flatpak put their commands
-    QStringList lockFolders;        // where browsers create their lock files as they start
+    QStringList applicationFolders;       // desktop entries: XDG, Flatpak and Snap exports
+    QStringList commandFolders;           // the PATH, plus where Snap and Flatpak put their commands
+    QStringList lockFolders;              // where browsers create their lock files as they start
     QList<KnownApplication> applications; // what is looked for: the browsers and the login helper
 
     // The system's folders for this home folder, and the login helper; the browsers' lock folders
