@@ -1,6 +1,7 @@
 #include "ui/IconTransformer.h"
 
 #include "catalogue/BrowserCatalogue.h"
+#include "ui/BrowserCollection.h"
 #include "platform/Workspace.h"
 #include "platform/linux/DesktopEntry.h"
 
@@ -40,18 +41,26 @@ QIcon IconTransformer::iconForBrowser(const QString& browser) const
     const BrowserTable::Browser* row = BrowserTable::forIdentifier(identifier);
     if (row && QIcon::hasThemeIcon(row->icon))
         return QIcon::fromTheme(row->icon);
-    return QIcon::fromTheme(QStringLiteral("web-browser"), QIcon(QStringLiteral(":/icons/browser.svg")));
+    // The theme's generic one only where it comes as large as a tile's (some themes draw it for menus).
+    const QIcon generic = QIcon::fromTheme(QStringLiteral("web-browser"));
+    if (generic.actualSize(QSize(kTileIconSize, kTileIconSize)).width() >= kTileIconSize / 2)
+        return generic;
+    return QIcon(QStringLiteral(":/icons/browser.svg"));
 }
 
 QIcon IconTransformer::transformedValue(const QString& tileName) const
 {
     const QIcon icon = iconForBrowser(tileName);
-    if (icon.isNull() || !tileName.endsWith(BrowserCatalogue::disabledSuffix))
+    const bool disabled = tileName.endsWith(BrowserCatalogue::disabledSuffix);
+    // A theme that has the icon only smaller than a tile (48 and 24 pixels, say) would have it drawn
+    // at 24: it is drawn from its largest size instead, as every other tile.
+    const int tile = BrowserCollection::iconSize;
+    if (icon.isNull() || (!disabled && icon.actualSize(QSize(tile, tile)).width() >= tile))
         return icon;
-    QIcon tinted;
+    QIcon drawn;
     for (const int size : {kTileIconSize, kTileIconSize * 2})
-        tinted.addPixmap(dimmed(icon.pixmap(size, size)));
-    return tinted;
+        drawn.addPixmap(disabled ? dimmed(icon.pixmap(size, size)) : icon.pixmap(size, size));
+    return drawn;
 }
 
 // Greyed inside its own outline, with the icon's own shapes still drawn in grey on it: a browser that
