@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """How many faults the unit tests catch: a fixed, seeded sample of single-line mutations (a flipped
 comparison, an inverted condition, a changed constant, a dropped call) spread over src/sandbox,
-src/cleaners, src/core and src/platform. Each mutant is applied in a scratch worktree of HEAD,
+src/catalogue, src/cleaners, src/core and src/platform. Each mutant is applied in a scratch worktree of HEAD,
 built, and the unit tests are run; a mutant that builds and passes every test survives.
 
 The sample depends only on the seed and the sources at HEAD, so a run before and after a rewrite of
@@ -17,7 +17,7 @@ import subprocess
 import sys
 import tempfile
 
-FOLDERS = ("src/sandbox", "src/cleaners", "src/core", "src/platform")
+FOLDERS = ("src/sandbox", "src/catalogue", "src/cleaners", "src/core", "src/platform")
 # (name, pattern, replacement): each applied to one occurrence on one line.
 OPERATORS = (
     ("== to !=", re.compile(r" == "), " != "),
@@ -87,7 +87,7 @@ def run(command, cwd, timeout):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.strip().splitlines()[0])
     parser.add_argument("--seed", type=int, default=37)
-    parser.add_argument("--count", type=int, default=64)
+    parser.add_argument("--count", type=int, default=65)
     parser.add_argument("--only", default="", help="the rows to run, by number (default: all)")
     parser.add_argument("--list", action="store_true", help="show the sample, run nothing")
     args = parser.parse_args()
