@@ -46,6 +46,9 @@ void TestBrowserCatalogue::recognisesQuittingBrowsers_data()
     QTest::newRow("Canary is not Chrome")
         << u"Google Chrome Canary"_s << u"com.google.Chrome.canary"_s << u""_s;
     QTest::newRow("case matters") << u"firefox"_s << u"org.mozilla.firefox"_s << u""_s;
+    QTest::newRow("Brave by identifier") << u"brave"_s << u"com.brave.Browser"_s << u"Brave"_s;
+    QTest::newRow("Chrome Beta is not Chrome")
+        << u"Google Chrome Beta"_s << u"com.google.Chrome.beta"_s << u"Google Chrome Beta"_s;
     QTest::newRow("nothing") << u""_s << u""_s << u""_s;
 }
 
@@ -73,6 +76,11 @@ void TestBrowserCatalogue::enabledOnlyForExactKeys()
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Safari-disabled")));
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Firefox")));
     QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Operaa")));
+    // A channel whose name starts with the stable browser's is a browser of its own.
+    enable(home, {Catalogue::googleChromeID});
+    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Google Chrome Beta")));
+    QCOMPARE(Catalogue::browserIDFor(QStringLiteral("Google Chrome Beta-disabled")),
+             QStringLiteral("com.google.Chrome.beta"));
 }
 
 void TestBrowserCatalogue::browsersChangedDropsUninstalledBrowsersForGood()
