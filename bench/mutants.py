@@ -84,6 +84,18 @@ def run(command, cwd, timeout):
         return False  # a hang is caught too
 
 
+def failing_test(command, cwd, timeout):
+    """None when every test passes, else the name of the test that failed first ("timeout": a hang)."""
+    try:
+        result = subprocess.run(command, cwd=cwd, capture_output=True, text=True, timeout=timeout)
+    except subprocess.TimeoutExpired:
+        return "timeout"
+    if result.returncode == 0:
+        return None
+    failed = re.findall(r"Test +#\d+: (\S+) \.+\**(?:Failed|Exception|Timeout|Not Run)", result.stdout)
+    return failed[0] if failed else "failed"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.strip().splitlines()[0])
     parser.add_argument("--seed", type=int, default=37)
@@ -126,10 +138,10 @@ def main():
             try:
                 if not run(["cmake", "--build", build, "-j", str(os.cpu_count())], tree, 1800):
                     outcome, broken = "does not build", broken + 1
-                elif run(tests, tree, 900):
+                elif (failed := failing_test(tests, tree, 900)) is None:
                     outcome, survived = "SURVIVED", survived + 1
                 else:
-                    outcome, killed = "killed", killed + 1
+                    outcome, killed = f"killed by {failed}", killed + 1
             finally:
                 lines[line - 1] = original
                 with open(source, "w") as f:
