@@ -64,8 +64,8 @@ BrowserInstall BrowserCatalogue::referenceInstall(const QString& browser)
 {
     const BrowserTable::Browser* row = BrowserTable::find(browser);
     if (!row)
-        return {browser, {}, {}, {}};
-    return {browser, {}, row->referenceDataRoot, row->referenceCacheRoot};
+        return {browser, {}, {}};
+    return {browser, row->referenceDataRoot, row->referenceCacheRoot};
 }
 
 QList<BrowserInstall> BrowserCatalogue::installsOf(Sandbox& sandbox, const QString& browser)
@@ -77,24 +77,17 @@ QList<BrowserInstall> BrowserCatalogue::installsOf(Sandbox& sandbox, const QStri
         return {referenceInstall(browser)};
     QList<BrowserInstall> found;
     for (const BrowserTable::Install& install : row->installs) {
-        const QString kind = install.kind == BrowserTable::Kind::Flatpak ? QStringLiteral("Flatpak")
-                             : install.kind == BrowserTable::Kind::Snap  ? QStringLiteral("Snap")
-                                                                         : QString();
         for (const QString& root : install.dataRoots) {
-            const qsizetype star = root.indexOf(QStringLiteral("/*/"));
-            QList<std::pair<QString, QString>> candidates; // (revision, data root)
-            if (star < 0) {
-                candidates.append({QString(), root});
-            } else {
+            QStringList dataRoots{root};
+            if (const qsizetype star = root.indexOf(QStringLiteral("/*/")); star >= 0) {
+                dataRoots.clear();
                 for (const QString& revision : snapRevisions(sandbox, QStringLiteral("~/") + root.left(star)))
-                    candidates.append({revision, root.left(star + 1) + revision + root.mid(star + 2)});
+                    dataRoots.append(root.left(star + 1) + revision + root.mid(star + 2));
             }
-            for (const auto& [revision, dataRoot] : candidates) {
+            for (const QString& dataRoot : std::as_const(dataRoots)) {
                 const QString data = QStringLiteral("~/") + dataRoot;
-                if (!hasFamilyShape(sandbox, *row, data))
-                    continue;
-                const QString label = revision.isEmpty() ? kind : kind + QLatin1Char(' ') + revision;
-                found.append({browser, label, data, QStringLiteral("~/") + install.cacheRoot});
+                if (hasFamilyShape(sandbox, *row, data))
+                    found.append({browser, data, QStringLiteral("~/") + install.cacheRoot});
             }
         }
     }

@@ -13,11 +13,10 @@ class UserDefaults;
 class Workspace;
 
 // One install of a browser found in the home folder: its data and cache roots as "~/..." paths
-// (on the macOS layout, the reference roots), and what it is called in messages.
+// (on the macOS layout, the reference roots).
 struct BrowserInstall
 {
     QString browser;
-    QString label; // "", "Flatpak", "Snap 2890", ...
     QString dataRoot;
     QString cacheRoot;
 };
