@@ -7,7 +7,11 @@ built, and the unit tests are run; a mutant that builds and passes every test su
 The sample depends only on the seed and the sources at HEAD, so a run before and after a rewrite of
 the tests compares like with like. Results go to standard output as a table, a row per mutant.
 
-Usage: bench/mutants.py [--seed N] [--count N] [--only I,J,...] [--list]
+The sample can also be replayed from an earlier run's table (--replay): each mutant is found again by
+its file and the text of its line, wherever the line has moved since, so the tests of a later tree
+meet exactly the same mutants.
+
+Usage: bench/mutants.py [--seed N] [--count N] [--only I,J,...] [--list] [--replay TABLE.md]
 """
 import argparse
 import os
@@ -69,6 +73,23 @@ def sample(root, seed, count):
     return chosen
 
 
+def replayed(root, table):
+    """The mutants of an earlier run's table, at their lines in the tree now (line 0: not found)."""
+    names = [name for name, _, _ in OPERATORS]
+    mutants = []
+    with open(table) as f:
+        for row in f:
+            match = re.match(r"\| \d+ \| (\S+):(\d+) (.+?): `(.*)` \|", row)
+            if not match:
+                continue
+            path, old, operator, text = match.group(1), int(match.group(2)), match.group(3), match.group(4)
+            with open(os.path.join(root, path)) as source:
+                found = [n for n, line in enumerate(source, 1) if line.strip() == text]
+            line = min(found, key=lambda n: abs(n - old)) if found else 0
+            mutants.append((path, line, names.index(operator)))
+    return mutants
+
+
 def mutate(line, index):
     _, pattern, replacement = OPERATORS[index]
     if replacement is None:  # a constant, one more
@@ -102,10 +123,11 @@ def main():
     parser.add_argument("--count", type=int, default=65)
     parser.add_argument("--only", default="", help="the rows to run, by number (default: all)")
     parser.add_argument("--list", action="store_true", help="show the sample, run nothing")
+    parser.add_argument("--replay", default="", help="the table of an earlier run: its mutants again")
     args = parser.parse_args()
     repo = subprocess.run(["git", "rev-parse", "--show-toplevel"], capture_output=True, text=True,
                           check=True).stdout.strip()
-    mutants = sample(repo, args.seed, args.count)
+    mutants = replayed(repo, args.replay) if args.replay else sample(repo, args.seed, args.count)
     only = {int(n) for n in args.only.split(",") if n}
     if args.list:
         for number, (path, line, index) in enumerate(mutants, 1):
@@ -127,6 +149,9 @@ def main():
         print("| # | mutant | outcome |\n|---|---|---|")
         for number, (path, line, index) in enumerate(mutants, 1):
             if only and number not in only:
+                continue
+            if line == 0:
+                print(f"| {number} | {path}: its line is gone | not run |", flush=True)
                 continue
             source = os.path.join(tree, path)
             with open(source) as f:
