@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTest>
 
 #include <leveldb/db.h>
 
@@ -30,6 +31,32 @@ qint64 rowCount(const QString& database, const QString& table)
         return -1;
     const auto rows = db.executeQuery(QStringLiteral("SELECT count(*) AS n FROM ") + table);
     return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toLongLong() : -1;
+}
+
+QStringList paths(const char* compact)
+{
+    static const QList<std::pair<QString, QString>> aliases{
+        {QStringLiteral("chrome/"), QLatin1String(kChromeRoot) + QLatin1Char('/')},
+        {QStringLiteral("chromium/"), QLatin1String(kChromiumRoot) + QLatin1Char('/')},
+        {QStringLiteral("opera/"), QLatin1String(kOperaRoot) + QLatin1Char('/')},
+        {QStringLiteral("firefox/"), QLatin1String(kFirefoxProfiles) + QLatin1Char('/')},
+        {QStringLiteral("safari/"), QStringLiteral("Library/Safari/")}};
+    QStringList list = QString::fromUtf8(compact).split(QStringLiteral(", "), Qt::SkipEmptyParts);
+    for (QString& path : list) {
+        for (const auto& [alias, folder] : aliases) {
+            if (path.startsWith(alias))
+                path.replace(0, alias.size(), folder);
+        }
+    }
+    return list;
+}
+
+void expectGoneAndKept(const TestHome& home, const QStringList& gone, const QStringList& kept)
+{
+    for (const QString& path : gone)
+        QVERIFY2(!home.exists(path), qPrintable(QStringLiteral("still there: ") + path));
+    for (const QString& path : kept)
+        QVERIFY2(home.exists(path), qPrintable(QStringLiteral("gone: ") + path));
 }
 
 void localState(const TestHome& home, const QString& root, const QStringList& profiles)

@@ -14,6 +14,12 @@ inline const char kChromiumRoot[] = "Library/Application Support/Chromium";
 inline const char kOperaRoot[] = "Library/Application Support/com.operasoftware.Opera";
 inline const char kFirefoxProfiles[] = "Library/Application Support/Firefox/Profiles";
 
+// Paths below a test home in one line, separated by ", "; an entry may start with "chrome/",
+// "chromium/", "opera/", "firefox/" or "safari/", which stand for those browsers' folders.
+QStringList paths(const char* compact);
+// Checks that each of `gone` is missing from the home and each of `kept` is there.
+void expectGoneAndKept(const TestHome& home, const QStringList& gone, const QStringList& kept);
+
 // A SQLite database made from the statements; returns its full path.
 QString database(const TestHome& home, const QString& relative, const QStringList& statements);
 // One row in each table, so "emptied" can be told from "missing".

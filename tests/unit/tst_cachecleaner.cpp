@@ -42,44 +42,33 @@ void TestCacheCleaner::eachBrowserLosesItsCaches_data()
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QStringList>("gone");
     QTest::addColumn<QStringList>("kept");
-    const QString container = u"Library/Containers/com.apple.Safari/Data/Library/Caches/"_s;
-    QTest::newRow("Safari, its cookie and HSTS lists included")
-        << u"Safari"_s
-        << kShared + QStringList{u"Library/Caches/com.apple.Safari/Cache.db"_s,
-                                 u"Library/Caches/com.apple.Safari/Cache.db-wal"_s,
-                                 u"Library/Caches/com.apple.Safari/fsCachedData/1"_s,
-                                 u"Library/Cookies/Cookies.plist"_s,
-                                 u"Library/Cookies/HSTS.plist"_s,
-                                 u"Library/Safari/Template Icons/a.png"_s,
-                                 container + u"WebKit/z"_s,
-                                 container + u"com.apple.Safari/fsCachedData/q"_s,
-                                 u"Library/Caches/CloudKit/com.apple.Safari/db/file"_s}
-        << QStringList{container + u"com.apple.Safari/Extensions/e"_s,
-                       u"Library/Cookies/Cookies.binarycookies"_s,
-                       u"Library/Caches/CloudKit/com.apple.Safari/com.apple.SafariBookmarksSyncAgent/s"_s};
-    QTest::newRow("Opera: its whole cache root")
-        << u"Opera"_s
-        << kShared + QStringList{u"Library/Caches/com.operasoftware.Opera/Cache/data_0"_s,
-                                 kOpera + u"/GPUCache/d"_s, kOpera + u"/Service Worker/ScriptCache/s"_s,
-                                 kOpera + u"/DawnCache/d"_s}
-        << QStringList{kOpera + u"/Cookies"_s, kOpera + u"/Bookmarks"_s};
-    QTest::newRow("Google Chrome: the profiles of Local State")
-        << u"Google Chrome"_s
-        << kShared + QStringList{u"Library/Caches/Google/Chrome/Default/Cache/data_0"_s,
-                                 kChrome + u"/Default/GPUCache/d"_s,
-                                 kChrome + u"/Default/Pepper Data/Shockwave Flash/CacheWritableAdobeRoot/c"_s,
-                                 kChrome + u"/GrShaderCache/g"_s}
-        << QStringList{u"Library/Caches/Google/Chrome/Profile 9/Cache/data_0"_s,
-                       kChrome + u"/Default/Cookies"_s,
-                       kChrome + u"/Default/Pepper Data/Shockwave Flash/WritableRoot/w"_s};
-    QTest::newRow("Firefox")
-        << u"Firefox"_s
-        << kShared + QStringList{u"Library/Caches/Firefox/Profiles/a.default/cache2/entries/e"_s,
-                                 kFirefox + u"/a.default/SiteSecurityServiceState.txt"_s,
-                                 kFirefox + u"/a.default/AlternateServices.bin"_s}
-        << QStringList{kFirefox + u"/a.default/places.sqlite"_s, kFirefox + u"/a.default/cookies.sqlite"_s};
-    QTest::newRow("an unknown key: the shared caches only")
-        << u"Netscape"_s << kShared << QStringList{u"Library/Caches/com.apple.Safari/Cache.db"_s};
+    const auto row = [](const char* name, const char* browser, const char* gone, const char* kept) {
+        QTest::newRow(name) << QString::fromLatin1(browser) << kShared + F::paths(gone) << F::paths(kept);
+    };
+    row("Safari, its cookie and HSTS lists included", "Safari",
+        "Library/Caches/com.apple.Safari/Cache.db, Library/Caches/com.apple.Safari/Cache.db-wal, "
+        "Library/Caches/com.apple.Safari/fsCachedData/1, Library/Cookies/Cookies.plist, "
+        "Library/Cookies/HSTS.plist, safari/Template Icons/a.png, "
+        "Library/Containers/com.apple.Safari/Data/Library/Caches/WebKit/z, "
+        "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/fsCachedData/q, "
+        "Library/Caches/CloudKit/com.apple.Safari/db/file",
+        "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/Extensions/e, "
+        "Library/Cookies/Cookies.binarycookies, "
+        "Library/Caches/CloudKit/com.apple.Safari/com.apple.SafariBookmarksSyncAgent/s");
+    row("Opera: its whole cache root", "Opera",
+        "Library/Caches/com.operasoftware.Opera/Cache/data_0, opera/GPUCache/d, "
+        "opera/Service Worker/ScriptCache/s, opera/DawnCache/d",
+        "opera/Cookies, opera/Bookmarks");
+    row("Google Chrome: the profiles of Local State", "Google Chrome",
+        "Library/Caches/Google/Chrome/Default/Cache/data_0, chrome/Default/GPUCache/d, "
+        "chrome/Default/Pepper Data/Shockwave Flash/CacheWritableAdobeRoot/c, chrome/GrShaderCache/g",
+        "Library/Caches/Google/Chrome/Profile 9/Cache/data_0, chrome/Default/Cookies, "
+        "chrome/Default/Pepper Data/Shockwave Flash/WritableRoot/w");
+    row("Firefox", "Firefox",
+        "Library/Caches/Firefox/Profiles/a.default/cache2/entries/e, "
+        "firefox/a.default/SiteSecurityServiceState.txt, firefox/a.default/AlternateServices.bin",
+        "firefox/a.default/places.sqlite, firefox/a.default/cookies.sqlite");
+    row("an unknown key: the shared caches only", "Netscape", "", "Library/Caches/com.apple.Safari/Cache.db");
 }
 
 void TestCacheCleaner::eachBrowserLosesItsCaches()
@@ -98,10 +87,7 @@ void TestCacheCleaner::eachBrowserLosesItsCaches()
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
     BrowserCleaners({home.sandbox, catalogue, home.t.defaults, home.t.log}).removeBrowserCache(browser);
-    for (const QString& path : gone)
-        QVERIFY2(!home.exists(path), qPrintable(path));
-    for (const QString& path : kept)
-        QVERIFY2(home.exists(path), qPrintable(path));
+    F::expectGoneAndKept(home, gone, kept);
     if (browser == u"Safari"_s) // the CloudKit cache keeps its folders
         QVERIFY(home.exists(u"Library/Caches/CloudKit/com.apple.Safari/db"_s));
     if (browser == u"Opera"_s) // the cache cleaner's channel-identifier wipe

@@ -66,42 +66,34 @@ void TestCookieCleaner::eachBrowserLosesItsCookiesAndKeepsTheRest_data()
     QTest::addColumn<QStringList>("gone");
     QTest::addColumn<QStringList>("kept");
     QTest::addColumn<QStringList>("emptiedCertTables"); // "origin_bound_certs" rows removed in these
-    const QStringList keptEverywhere{kChrome + u"/Default/Bookmarks"_s, kChrome + u"/Default/Login Data"_s,
-                                     kFirefox + u"/a1.default-esr/places.sqlite"_s,
-                                     kFirefox + u"/a1.default-esr/logins.json"_s};
-    QTest::newRow("Google Chrome: the profiles of Local State only")
-        << u"Google Chrome"_s << true
-        << QStringList{kChrome + u"/Default/Cookies"_s, kChrome + u"/Profile 1/Cookies"_s,
-                       kChrome + u"/Default/Network/Cookies"_s, kChrome + u"/Profile 1/DIPS"_s,
-                       kChrome + u"/Default/Network/Trust Tokens"_s}
-        << keptEverywhere + QStringList{kChrome + u"/Profile 9/Cookies"_s, kChromium + u"/Default/Cookies"_s,
-                                        kOpera + u"/Cookies"_s, u"Library/Cookies/Cookies.binarycookies"_s}
-        << QStringList{kChrome + u"/Default"_s, kChrome + u"/Profile 1"_s};
-    QTest::newRow("Chromium") << u"Chromium"_s << true
-                              << QStringList{kChromium + u"/Default/Cookies"_s,
-                                             kChromium + u"/Default/Network/Cookies"_s}
-                              << keptEverywhere + QStringList{kChrome + u"/Default/Cookies"_s}
-                              << QStringList{kChromium + u"/Default"_s};
-    QTest::newRow("Opera: its root is its only profile")
-        << u"Opera"_s << true << QStringList{kOpera + u"/Cookies"_s, kOpera + u"/Network/Cookies"_s}
-        << keptEverywhere + QStringList{kChrome + u"/Default/Cookies"_s} << QStringList{kOpera};
-    QTest::newRow("Chromium without the current layouts")
-        << u"Chromium"_s << false << QStringList{kChromium + u"/Default/Cookies"_s}
-        << QStringList{kChromium + u"/Default/Network/Cookies"_s} << QStringList{kChromium + u"/Default"_s};
-    QTest::newRow("Firefox: permissions go with the cookies")
-        << u"Firefox"_s << true
-        << QStringList{kFirefox + u"/a1.default-esr/cookies.sqlite"_s,
-                       kFirefox + u"/a1.default-esr/permissions.sqlite"_s,
-                       kFirefox + u"/a1.default-esr/bounce-tracking-protection.sqlite"_s}
-        << keptEverywhere + QStringList{kFirefox + u"/profiles.ini"_s, kChrome + u"/Default/Cookies"_s}
-        << QStringList{};
-    QTest::newRow("Safari") << u"Safari"_s << true << QStringList{u"Library/Cookies/Cookies.binarycookies"_s}
-                            << keptEverywhere + QStringList{kChrome + u"/Default/Cookies"_s} << QStringList{};
-    QTest::newRow("an unknown key does nothing")
-        << u"Netscape"_s << true << QStringList{}
-        << keptEverywhere +
-               QStringList{kChrome + u"/Default/Cookies"_s, u"Library/Cookies/Cookies.binarycookies"_s}
-        << QStringList{};
+    const auto row = [](const char* name, const char* browser, bool currentLayouts, const char* gone,
+                        const char* kept, const char* emptied) {
+        const QStringList everywhere =
+            F::paths("chrome/Default/Bookmarks, chrome/Default/Login Data, "
+                     "firefox/a1.default-esr/places.sqlite, firefox/a1.default-esr/logins.json");
+        QTest::newRow(name) << QString::fromLatin1(browser) << currentLayouts << F::paths(gone)
+                            << everywhere + F::paths(kept) << F::paths(emptied);
+    };
+    row("Google Chrome: the profiles of Local State only", "Google Chrome", true,
+        "chrome/Default/Cookies, chrome/Profile 1/Cookies, chrome/Default/Network/Cookies, chrome/Profile "
+        "1/DIPS, "
+        "chrome/Default/Network/Trust Tokens",
+        "chrome/Profile 9/Cookies, chromium/Default/Cookies, opera/Cookies, "
+        "Library/Cookies/Cookies.binarycookies",
+        "chrome/Default, chrome/Profile 1");
+    row("Chromium", "Chromium", true, "chromium/Default/Cookies, chromium/Default/Network/Cookies",
+        "chrome/Default/Cookies", "chromium/Default");
+    row("Opera: its root is its only profile", "Opera", true, "opera/Cookies, opera/Network/Cookies",
+        "chrome/Default/Cookies", "opera/");
+    row("Chromium without the current layouts", "Chromium", false, "chromium/Default/Cookies",
+        "chromium/Default/Network/Cookies", "chromium/Default");
+    row("Firefox: permissions go with the cookies", "Firefox", true,
+        "firefox/a1.default-esr/cookies.sqlite, firefox/a1.default-esr/permissions.sqlite, "
+        "firefox/a1.default-esr/bounce-tracking-protection.sqlite",
+        "firefox/profiles.ini, chrome/Default/Cookies", "");
+    row("Safari", "Safari", true, "Library/Cookies/Cookies.binarycookies", "chrome/Default/Cookies", "");
+    row("an unknown key does nothing", "Netscape", true, "",
+        "chrome/Default/Cookies, Library/Cookies/Cookies.binarycookies", "");
 }
 
 void TestCookieCleaner::eachBrowserLosesItsCookiesAndKeepsTheRest()
@@ -114,12 +106,8 @@ void TestCookieCleaner::eachBrowserLosesItsCookiesAndKeepsTheRest()
     CookieHome h;
     h.home.t.defaults.setBool(currentLayouts, SettingsKeys::cleanCurrentLayouts);
     h.cleaners(h.home.sandbox).removeCookies(browser);
-    for (const QString& path : gone)
-        QVERIFY2(!h.home.exists(path), qPrintable(path));
-    for (const QString& path : kept)
-        QVERIFY2(h.home.exists(path), qPrintable(path));
-    for (const QString& folder :
-         QStringList{kChrome + u"/Default"_s, kChrome + u"/Profile 1"_s, kChromium + u"/Default"_s, kOpera}) {
+    F::expectGoneAndKept(h.home, gone, kept);
+    for (const QString& folder : F::paths("chrome/Default, chrome/Profile 1, chromium/Default, opera/")) {
         const QString certs = h.home.path(folder + u"/Origin Bound Certs"_s);
         QCOMPARE(F::rowCount(certs, u"origin_bound_certs"_s), emptiedCertTables.contains(folder) ? 0 : 1);
         QCOMPARE(F::rowCount(certs, u"channel_id"_s), 1); // the cache cleaner's, not this one's

@@ -40,14 +40,6 @@ void clean(TestHome& home, const QString& browser, const QStringList& categories
         cleaners.removeBrowserHistory(browser, category);
 }
 
-void fileColumns()
-{
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QString>("category");
-    QTest::addColumn<QStringList>("gone");
-    QTest::addColumn<QStringList>("kept");
-}
-
 // The first column of the rows, joined with ",".
 QString column(const QString& database, const QString& sql)
 {
@@ -117,8 +109,6 @@ class TestHistoryCleaner : public QObject
 private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
-    void todaysLayoutsLoseTheSameCategory_data();
-    void todaysLayoutsLoseTheSameCategory();
     void historyForgetsWhatVisitsTaughtPreferences();
     void chromiumDatabasesKeepWhatTheCategorySpares_data();
     void chromiumDatabasesKeepWhatTheCategorySpares();
@@ -137,144 +127,104 @@ private slots:
     void chromiumSessionKeepsOnlyItsPinnedTabs();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
-
-private:
-    // Runs the row's category and checks which files went and which stayed.
-    void removesAndKeeps(bool currentLayouts);
 };
 
 void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
 {
-    fileColumns();
-    const QString chrome = kChrome + u"/Default/"_s;
-    const QString ff = kFirefox + u"/a.default/"_s;
-    const QStringList everything{kSafari + u"History.db"_s,    kSafari + u"Form Values/f"_s,
-                                 chrome + u"Top Sites"_s,      chrome + u"Favicons"_s,
-                                 ff + u"formhistory.sqlite"_s, ff + u"search.json.mozlz4"_s};
-    QTest::newRow("Safari history") << u"Safari"_s << u"history"_s
-                                    << QStringList{kSafari + u"History.db"_s, kSafari + u"History.db-wal"_s,
-                                                   u"Library/Caches/Metadata/Safari/History/h"_s,
-                                                   kSafari + u"RecentlyClosedTabs.plist"_s,
-                                                   kSafari + u"CloudTabs.db-shm"_s}
-                                    << QStringList{kSafari + u"Bookmarks.plist"_s,
-                                                   kSafari + u"Downloads.plist"_s};
-    QTest::newRow("Safari favicons") << u"Safari"_s << u"favicons"_s
-                                     << QStringList{kSafari + u"WebpageIcons.db"_s,
-                                                    kSafari + u"Touch Icons/t"_s,
-                                                    kSafari + u"Favicon Cache/c"_s}
-                                     << QStringList{kSafari + u"History.db"_s};
-    QTest::newRow("Safari webpage") << u"Safari"_s << u"webpage"_s
-                                    << QStringList{u"Library/Caches/com.apple.Safari/Webpage Previews/p"_s}
-                                    << QStringList{u"Library/Caches/com.apple.Safari/Cache.db"_s};
-    QTest::newRow("Safari forms, each database with its companions")
-        << u"Safari"_s << u"forms"_s
-        << QStringList{kSafari + u"Form Values/f"_s, kSafari + u"AutoFillCorrections.db"_s,
-                       kSafari + u"CloudAutoFillCorrections.db-wal"_s,
-                       kSafari + u"AutoFillCorrections.db-shm"_s}
-        << QStringList{kSafari + u"Bookmarks.plist"_s};
-    QTest::newRow("Safari downloads with the system's records")
-        << u"Safari"_s << u"downloads"_s << QStringList{kSafari + u"Downloads.plist"_s} + kQuarantine
-        << QStringList{kSafari + u"History.db"_s};
-    QTest::newRow("Safari websitePrefs")
-        << u"Safari"_s << u"websitePrefs"_s
-        << QStringList{kSafari + u"PerSitePreferences.db"_s, kSafari + u"RemoteNotifications/r"_s,
-                       u"Library/Caches/com.apple.Safari/RemoteNotifications/r"_s,
-                       kSafari + u"PerSiteZoomPreferences.plist"_s}
-        << QStringList{kSafari + u"History.db"_s};
-    QTest::newRow("Safari searchEngines: nothing")
-        << u"Safari"_s << u"searchEngines"_s << QStringList() << everything;
-    QTest::newRow("Chromium history files, companions kept")
-        << u"Google Chrome"_s << u"history"_s
-        << QStringList{chrome + u"Current Session"_s,
-                       chrome + u"Last Tabs"_s,
-                       chrome + u"Visited Links"_s,
-                       chrome + u"session.db-journal"_s,
-                       chrome + u"History Index 2026-11/session.dbak"_s,
-                       kChrome + u"/Profile 1/Shortcuts"_s}
-        << QStringList{chrome + u"History"_s, chrome + u"History-journal"_s,
-                       chrome + u"History Index 2026-11/other"_s, chrome + u"Bookmarks"_s};
-    QTest::newRow("Chromium favicons")
-        << u"Google Chrome"_s << u"favicons"_s
-        << QStringList{chrome + u"Favicons"_s, chrome + u"Favicons-journal"_s, chrome + u"Thumbnails"_s}
-        << QStringList{chrome + u"History"_s};
-    QTest::newRow("Opera webpage: its root is its profile")
-        << u"Opera"_s << u"webpage"_s << QStringList{kOpera + u"/Top Sites"_s, kOpera + u"/thumbnails.db"_s}
-        << QStringList{chrome + u"Top Sites"_s};
-    QTest::newRow("Chromium downloads with the system's records")
-        << u"Google Chrome"_s << u"downloads"_s << kQuarantine << QStringList{chrome + u"History"_s};
-    QTest::newRow("Firefox forms, in folders only")
-        << u"Firefox"_s << u"forms"_s << QStringList{ff + u"formhistory.sqlite"_s}
-        << QStringList{u"Documents/linked/formhistory.sqlite"_s, ff + u"logins.json"_s};
-    QTest::newRow("Firefox favicons") << u"Firefox"_s << u"favicons"_s
-                                      << QStringList{ff + u"favicons.sqlite"_s, ff + u"favicons.sqlite-wal"_s,
-                                                     ff + u"favicons.sqlite-shm"_s}
-                                      << QStringList{ff + u"places.sqlite"_s};
-    QTest::newRow("Firefox history sessions")
-        << u"Firefox"_s << u"history"_s
-        << QStringList{ff + u"sessionstore.js"_s, ff + u"sessionstore-backups/recovery.jsonlz4"_s}
-        << QStringList{ff + u"places.sqlite"_s, ff + u"bookmarkbackups/b.jsonlz4"_s};
-    QTest::newRow("Firefox websitePrefs: the file stays (its sites' rows go)")
-        << u"Firefox"_s << u"websitePrefs"_s << QStringList()
-        << QStringList{ff + u"search.json.mozlz4"_s, ff + u"content-prefs.sqlite"_s};
-    QTest::newRow("Firefox searchEngines")
-        << u"Firefox"_s << u"searchEngines"_s << QStringList{ff + u"search.json.mozlz4"_s}
-        << QStringList{ff + u"content-prefs.sqlite"_s};
-    QTest::newRow("Firefox webpage: nothing") << u"Firefox"_s << u"webpage"_s << QStringList() << everything;
-    QTest::newRow("an unknown browser: nothing")
-        << u"Netscape"_s << u"history"_s << QStringList() << everything;
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QStringList>("gone");
+    QTest::addColumn<QStringList>("kept");
+    const auto row = [](const char* name, const char* browser, const char* category, const char* gone,
+                        const char* kept) {
+        QTest::newRow(name) << QString::fromLatin1(browser) << QString::fromLatin1(category) << F::paths(gone)
+                            << F::paths(kept);
+    };
+    const char* everything = "safari/History.db, safari/Form Values/f, chrome/Default/Top Sites, "
+                             "chrome/Default/Favicons, firefox/a.default/formhistory.sqlite, "
+                             "firefox/a.default/search.json.mozlz4";
+    row("Safari history", "Safari", "history",
+        "safari/History.db, safari/History.db-wal, Library/Caches/Metadata/Safari/History/h, "
+        "safari/RecentlyClosedTabs.plist, safari/CloudTabs.db-shm",
+        "safari/Bookmarks.plist, safari/Downloads.plist");
+    row("Safari favicons", "Safari", "favicons",
+        "safari/WebpageIcons.db, safari/Touch Icons/t, safari/Favicon Cache/c", "safari/History.db");
+    row("Safari webpage", "Safari", "webpage", "Library/Caches/com.apple.Safari/Webpage Previews/p",
+        "Library/Caches/com.apple.Safari/Cache.db");
+    row("Safari forms, each database with its companions", "Safari", "forms",
+        "safari/Form Values/f, safari/AutoFillCorrections.db, safari/CloudAutoFillCorrections.db-wal, "
+        "safari/AutoFillCorrections.db-shm",
+        "safari/Bookmarks.plist");
+    row("Safari downloads with the system's records", "Safari", "downloads",
+        "safari/Downloads.plist, Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
+        "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
+        "safari/History.db");
+    row("Safari websitePrefs", "Safari", "websitePrefs",
+        "safari/PerSitePreferences.db, safari/RemoteNotifications/r, "
+        "Library/Caches/com.apple.Safari/RemoteNotifications/r, safari/PerSiteZoomPreferences.plist",
+        "safari/History.db");
+    row("Safari searchEngines: nothing", "Safari", "searchEngines", "", everything);
+    row("Chromium history files, companions kept", "Google Chrome", "history",
+        "chrome/Default/Current Session, chrome/Default/Last Tabs, chrome/Default/Visited Links, "
+        "chrome/Default/session.db-journal, chrome/Default/History Index 2026-11/session.dbak, "
+        "chrome/Profile 1/Shortcuts",
+        "chrome/Default/History, chrome/Default/History-journal, chrome/Default/History Index 2026-11/other, "
+        "chrome/Default/Bookmarks");
+    row("Chromium favicons", "Google Chrome", "favicons",
+        "chrome/Default/Favicons, chrome/Default/Favicons-journal, chrome/Default/Thumbnails",
+        "chrome/Default/History");
+    row("Opera webpage: its root is its profile", "Opera", "webpage", "opera/Top Sites, opera/thumbnails.db",
+        "chrome/Default/Top Sites");
+    row("Chromium downloads with the system's records", "Google Chrome", "downloads",
+        "Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
+        "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
+        "chrome/Default/History");
+    row("Firefox forms, in folders only", "Firefox", "forms", "firefox/a.default/formhistory.sqlite",
+        "Documents/linked/formhistory.sqlite, firefox/a.default/logins.json");
+    row("Firefox favicons", "Firefox", "favicons",
+        "firefox/a.default/favicons.sqlite, firefox/a.default/favicons.sqlite-wal, "
+        "firefox/a.default/favicons.sqlite-shm",
+        "firefox/a.default/places.sqlite");
+    row("Firefox history sessions", "Firefox", "history",
+        "firefox/a.default/sessionstore.js, firefox/a.default/sessionstore-backups/recovery.jsonlz4",
+        "firefox/a.default/places.sqlite, firefox/a.default/bookmarkbackups/b.jsonlz4");
+    row("Firefox websitePrefs: the file stays (its sites' rows go)", "Firefox", "websitePrefs", "",
+        "firefox/a.default/search.json.mozlz4, firefox/a.default/content-prefs.sqlite");
+    row("Firefox searchEngines", "Firefox", "searchEngines", "firefox/a.default/search.json.mozlz4",
+        "firefox/a.default/content-prefs.sqlite");
+    row("Firefox webpage: nothing", "Firefox", "webpage", "", everything);
+    row("an unknown browser: nothing", "Netscape", "history", "", everything);
+    // Where today's browsers keep the same data.
+    row("today: Chromium history", "Google Chrome", "history+",
+        "chrome/Default/Sessions/Session_1, chrome/Default/History Index 2026-11, "
+        "chrome/Default/shared_proto_db/x, chrome/segmentation_platform/s",
+        "chrome/Default/History Index, chrome/Default/Bookmarks, chrome/Default/Extensions/e");
+    row("today: Chromium downloads", "Google Chrome", "downloads+", "chrome/Default/DownloadMetadata",
+        "chrome/Default/Sessions/Session_1");
+    row("today: Firefox history", "Firefox", "history+",
+        "firefox/a.default/sessionstore.jsonlz4, firefox/a.default/SiteSecurityServiceState.bin",
+        "firefox/a.default/logins.json, firefox/a.default/key4.db");
+    row("today: Firefox webpage, the thumbnails in its cache", "Firefox", "webpage+",
+        "Library/Caches/Firefox/Profiles/a.default/thumbnails/t",
+        "Library/Caches/Firefox/Profiles/a.default/cache2/c, firefox/a.default/prefs.js");
 }
 
+// A category ending in "+" runs with today's layouts cleaned too.
 void TestHistoryCleaner::eachCategoryRemovesItsFiles()
-{
-    removesAndKeeps(false);
-}
-
-void TestHistoryCleaner::todaysLayoutsLoseTheSameCategory_data()
-{
-    fileColumns();
-    const QString chrome = kChrome + u"/Default/"_s;
-    const QString ff = kFirefox + u"/a.default/"_s;
-    QTest::newRow("Chromium history")
-        << u"Google Chrome"_s << u"history"_s
-        << QStringList{chrome + u"Sessions/Session_1"_s, chrome + u"History Index 2026-11"_s,
-                       chrome + u"shared_proto_db/x"_s, kChrome + u"/segmentation_platform/s"_s}
-        << QStringList{chrome + u"History Index"_s, chrome + u"Bookmarks"_s, chrome + u"Extensions/e"_s};
-    QTest::newRow("Chromium downloads")
-        << u"Google Chrome"_s << u"downloads"_s << QStringList{chrome + u"DownloadMetadata"_s}
-        << QStringList{chrome + u"Sessions/Session_1"_s};
-    QTest::newRow("Firefox history") << u"Firefox"_s << u"history"_s
-                                     << QStringList{ff + u"sessionstore.jsonlz4"_s,
-                                                    ff + u"SiteSecurityServiceState.bin"_s}
-                                     << QStringList{ff + u"logins.json"_s, ff + u"key4.db"_s};
-    QTest::newRow("Firefox webpage: the thumbnails in its cache")
-        << u"Firefox"_s << u"webpage"_s
-        << QStringList{u"Library/Caches/Firefox/Profiles/a.default/thumbnails/t"_s}
-        << QStringList{u"Library/Caches/Firefox/Profiles/a.default/cache2/c"_s, ff + u"prefs.js"_s};
-}
-
-void TestHistoryCleaner::todaysLayoutsLoseTheSameCategory()
-{
-    removesAndKeeps(true);
-}
-
-void TestHistoryCleaner::removesAndKeeps(bool currentLayouts)
 {
     QFETCH(QString, browser);
     QFETCH(QString, category);
     QFETCH(QStringList, gone);
     QFETCH(QStringList, kept);
     TestHome home;
-    home.t.defaults.setBool(currentLayouts, SettingsKeys::cleanCurrentLayouts);
+    home.t.defaults.setBool(category.endsWith(u'+'), SettingsKeys::cleanCurrentLayouts);
     F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
     for (const QString& path : gone + kept)
         home.file(path);
     home.file(kFirefox + u"/plain-file"_s);
     QVERIFY(QFile::link(home.path(u"Documents/linked"_s), home.path(kFirefox + u"/linked"_s)));
-    clean(home, browser, {category});
-    for (const QString& path : gone)
-        QVERIFY2(!home.exists(path), qPrintable(path));
-    for (const QString& path : kept)
-        QVERIFY2(home.exists(path), qPrintable(path));
+    clean(home, browser, {category.remove(u'+')});
+    F::expectGoneAndKept(home, gone, kept);
 }
 
 void TestHistoryCleaner::historyForgetsWhatVisitsTaughtPreferences()
