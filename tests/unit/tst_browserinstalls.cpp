@@ -134,68 +134,74 @@ private slots:
 
 // Where each browser keeps its data and cache, install by install, as the browsers document it (a "*"
 // is a Snap revision); written out here, not read from the table, so a wrong row in it shows.
-const QList<std::array<QString, 3>> kInstalls{
-    {u"Firefox"_s, u".mozilla/firefox"_s, u".cache/mozilla/firefox"_s},
-    {u"Firefox"_s, u".config/mozilla/firefox"_s, u".cache/mozilla/firefox"_s},
-    {u"Firefox"_s, u".var/app/org.mozilla.firefox/.mozilla/firefox"_s,
-     u".var/app/org.mozilla.firefox/cache/mozilla/firefox"_s},
-    {u"Firefox"_s, u".var/app/org.mozilla.firefox/config/mozilla/firefox"_s,
-     u".var/app/org.mozilla.firefox/cache/mozilla/firefox"_s},
-    {u"Firefox"_s, u"snap/firefox/common/.mozilla/firefox"_s,
-     u"snap/firefox/common/.cache/mozilla/firefox"_s},
-    {u"Google Chrome"_s, u".config/google-chrome"_s, u".cache/google-chrome"_s},
-    {u"Google Chrome"_s, u".var/app/com.google.Chrome/config/google-chrome"_s,
-     u".var/app/com.google.Chrome/cache/google-chrome"_s},
-    {u"Chromium"_s, u".config/chromium"_s, u".cache/chromium"_s},
-    {u"Chromium"_s, u".var/app/org.chromium.Chromium/config/chromium"_s,
-     u".var/app/org.chromium.Chromium/cache/chromium"_s},
-    {u"Chromium"_s, u".var/app/io.github.ungoogled_software.ungoogled_chromium/config/chromium"_s,
-     u".var/app/io.github.ungoogled_software.ungoogled_chromium/cache/chromium"_s},
-    {u"Chromium"_s, u"snap/chromium/common/chromium"_s, u"snap/chromium/common/.cache/chromium"_s},
-    {u"Opera"_s, u".config/opera"_s, u".cache/opera"_s},
-    {u"Opera"_s, u".var/app/com.opera.Opera/config/opera"_s, u".var/app/com.opera.Opera/cache/opera"_s},
-    {u"Opera"_s, u"snap/opera/*/.config/opera"_s, u"snap/opera/common/.cache/opera"_s},
-    {u"Brave"_s, u".config/BraveSoftware/Brave-Browser"_s, u".cache/BraveSoftware/Brave-Browser"_s},
-    {u"Brave"_s, u".var/app/com.brave.Browser/config/BraveSoftware/Brave-Browser"_s,
-     u".var/app/com.brave.Browser/cache/BraveSoftware/Brave-Browser"_s},
-    {u"Brave"_s, u"snap/brave/*/.config/BraveSoftware/Brave-Browser"_s,
-     u"snap/brave/common/.cache/BraveSoftware/Brave-Browser"_s},
-    {u"Vivaldi"_s, u".config/vivaldi"_s, u".cache/vivaldi"_s},
-    {u"Vivaldi"_s, u".var/app/com.vivaldi.Vivaldi/config/vivaldi"_s,
-     u".var/app/com.vivaldi.Vivaldi/cache/vivaldi"_s},
-    {u"Vivaldi"_s, u"snap/vivaldi/*/.config/vivaldi"_s, u"snap/vivaldi/common/.cache/vivaldi"_s},
-    {u"Microsoft Edge"_s, u".config/microsoft-edge"_s, u".cache/microsoft-edge"_s},
-    {u"Microsoft Edge"_s, u".var/app/com.microsoft.Edge/config/microsoft-edge"_s,
-     u".var/app/com.microsoft.Edge/cache/microsoft-edge"_s},
-    {u"Google Chrome Beta"_s, u".config/google-chrome-beta"_s, u".cache/google-chrome-beta"_s},
-    {u"Google Chrome Dev"_s, u".config/google-chrome-unstable"_s, u".cache/google-chrome-unstable"_s},
-    {u"Microsoft Edge Beta"_s, u".config/microsoft-edge-beta"_s, u".cache/microsoft-edge-beta"_s},
-    {u"Microsoft Edge Dev"_s, u".config/microsoft-edge-dev"_s, u".cache/microsoft-edge-dev"_s},
-    {u"LibreWolf"_s, u".librewolf"_s, u".cache/librewolf"_s},
-    {u"LibreWolf"_s, u".config/librewolf/librewolf"_s, u".cache/librewolf"_s},
-    {u"LibreWolf"_s, u".var/app/io.gitlab.librewolf-community/.librewolf"_s,
-     u".var/app/io.gitlab.librewolf-community/cache/librewolf"_s},
-    {u"Waterfox"_s, u".waterfox"_s, u".cache/waterfox"_s},
-    {u"Waterfox"_s, u".var/app/net.waterfox.waterfox/.waterfox"_s,
-     u".var/app/net.waterfox.waterfox/cache/waterfox"_s},
-    {u"Floorp"_s, u".floorp"_s, u".cache/floorp"_s},
-    {u"Floorp"_s, u".var/app/one.ablaze.floorp/.floorp"_s, u".var/app/one.ablaze.floorp/cache/floorp"_s},
+namespace {
+
+const char* const kInstalls[] = {
+    "Firefox | .mozilla/firefox | .cache/mozilla/firefox",
+    "Firefox | .config/mozilla/firefox | .cache/mozilla/firefox",
+    "Firefox | .var/app/org.mozilla.firefox/.mozilla/firefox | "
+    ".var/app/org.mozilla.firefox/cache/mozilla/firefox",
+    "Firefox | .var/app/org.mozilla.firefox/config/mozilla/firefox | "
+    ".var/app/org.mozilla.firefox/cache/mozilla/firefox",
+    "Firefox | snap/firefox/common/.mozilla/firefox | snap/firefox/common/.cache/mozilla/firefox",
+    "Google Chrome | .config/google-chrome | .cache/google-chrome",
+    "Google Chrome | .var/app/com.google.Chrome/config/google-chrome | "
+    ".var/app/com.google.Chrome/cache/google-chrome",
+    "Chromium | .config/chromium | .cache/chromium",
+    "Chromium | .var/app/org.chromium.Chromium/config/chromium | "
+    ".var/app/org.chromium.Chromium/cache/chromium",
+    "Chromium | .var/app/io.github.ungoogled_software.ungoogled_chromium/config/chromium | "
+    ".var/app/io.github.ungoogled_software.ungoogled_chromium/cache/chromium",
+    "Chromium | snap/chromium/common/chromium | snap/chromium/common/.cache/chromium",
+    "Opera | .config/opera | .cache/opera",
+    "Opera | .var/app/com.opera.Opera/config/opera | .var/app/com.opera.Opera/cache/opera",
+    "Opera | snap/opera/*/.config/opera | snap/opera/common/.cache/opera",
+    "Brave | .config/BraveSoftware/Brave-Browser | .cache/BraveSoftware/Brave-Browser",
+    "Brave | .var/app/com.brave.Browser/config/BraveSoftware/Brave-Browser | "
+    ".var/app/com.brave.Browser/cache/BraveSoftware/Brave-Browser",
+    "Brave | snap/brave/*/.config/BraveSoftware/Brave-Browser | "
+    "snap/brave/common/.cache/BraveSoftware/Brave-Browser",
+    "Vivaldi | .config/vivaldi | .cache/vivaldi",
+    "Vivaldi | .var/app/com.vivaldi.Vivaldi/config/vivaldi | .var/app/com.vivaldi.Vivaldi/cache/vivaldi",
+    "Vivaldi | snap/vivaldi/*/.config/vivaldi | snap/vivaldi/common/.cache/vivaldi",
+    "Microsoft Edge | .config/microsoft-edge | .cache/microsoft-edge",
+    "Microsoft Edge | .var/app/com.microsoft.Edge/config/microsoft-edge | "
+    ".var/app/com.microsoft.Edge/cache/microsoft-edge",
+    "Google Chrome Beta | .config/google-chrome-beta | .cache/google-chrome-beta",
+    "Google Chrome Dev | .config/google-chrome-unstable | .cache/google-chrome-unstable",
+    "Microsoft Edge Beta | .config/microsoft-edge-beta | .cache/microsoft-edge-beta",
+    "Microsoft Edge Dev | .config/microsoft-edge-dev | .cache/microsoft-edge-dev",
+    "LibreWolf | .librewolf | .cache/librewolf",
+    "LibreWolf | .config/librewolf/librewolf | .cache/librewolf",
+    "LibreWolf | .var/app/io.gitlab.librewolf-community/.librewolf | "
+    ".var/app/io.gitlab.librewolf-community/cache/librewolf",
+    "Waterfox | .waterfox | .cache/waterfox",
+    "Waterfox | .var/app/net.waterfox.waterfox/.waterfox | .var/app/net.waterfox.waterfox/cache/waterfox",
+    "Floorp | .floorp | .cache/floorp",
+    "Floorp | .var/app/one.ablaze.floorp/.floorp | .var/app/one.ablaze.floorp/cache/floorp",
 };
+
+QStringList install(const char* row)
+{
+    return QString::fromLatin1(row).split(u" | "_s);
+}
+
+} // namespace
 
 void TestBrowserInstalls::everyInstallIsCleanedAsItsFamilyIs_data()
 {
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QString>("data");
     QTest::addColumn<QString>("cache");
-    for (const auto& [browser, data, cache] : kInstalls)
-        QTest::addRow("%s: %s", qPrintable(browser), qPrintable(data)) << browser << data << cache;
+    for (const char* row : kInstalls)
+        QTest::addRow("%s", row) << install(row).at(0) << install(row).at(1) << install(row).at(2);
 }
 
 void TestBrowserInstalls::everyRowOfTheTableIsHere()
 {
     QSet<QString> listed;
-    for (const auto& [browser, data, cache] : kInstalls)
-        listed.insert(browser + u':' + data);
+    for (const char* row : kInstalls)
+        listed.insert(install(row).at(0) + u':' + install(row).at(1));
     QSet<QString> table;
     for (const BrowserTable::Browser& browser : BrowserTable::all()) {
         for (const BrowserTable::Install& install : browser.installs) {

@@ -1,6 +1,7 @@
 #include "core/RemovalRun.h"
 #include "core/RunLock.h"
 #include "platform/SettingsKeys.h"
+#include "support/BrowserFixtures.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
 
@@ -14,6 +15,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+namespace F = BrowserFixtures;
 
 // The controller on a temporary home, protecting Safari and Firefox.
 struct ProtectedAgent
@@ -72,31 +74,16 @@ void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
     QVariantMap all;
     for (const QString& category : SettingsKeys::categories)
         all.insert(SettingsKeys::settingsKey(u"Opera"_s, category), true);
-    QTest::newRow("everything, in run order") << u"Opera"_s << all
-                                              << QStringList{u"removeCookies Opera"_s,
-                                                             u"removeNonFavLocalStorage Opera"_s,
-                                                             u"removeFlash Opera"_s,
-                                                             u"removeSilverlight"_s,
-                                                             u"removeBrowserCache Opera"_s,
-                                                             u"removeBrowserHistory Opera history"_s,
-                                                             u"removeBrowserHistory Opera favicons"_s,
-                                                             u"removeBrowserHistory Opera webpage"_s,
-                                                             u"removeBrowserHistory Opera forms"_s,
-                                                             u"removeBrowserHistory Opera downloads"_s,
-                                                             u"removeBrowserHistory Opera websitePrefs"_s,
-                                                             u"removeBrowserHistory Opera searchEngines"_s}
-                                              << QStringList{u"Cookies"_s,
-                                                             u"LocalStorage and Databases"_s,
-                                                             u"Flash"_s,
-                                                             u"Silverlight"_s,
-                                                             u"Cache"_s,
-                                                             u"History"_s,
-                                                             u"Favicons"_s,
-                                                             u"Webpage previews"_s,
-                                                             u"Form values"_s,
-                                                             u"Downloads"_s,
-                                                             u"Website preferences"_s,
-                                                             u"Other search engines"_s};
+    QTest::newRow("everything, in run order")
+        << u"Opera"_s << all
+        << F::paths(
+               "removeCookies Opera, removeNonFavLocalStorage Opera, removeFlash Opera, removeSilverlight, "
+               "removeBrowserCache Opera, removeBrowserHistory Opera history, removeBrowserHistory Opera "
+               "favicons, removeBrowserHistory Opera webpage, removeBrowserHistory Opera forms, "
+               "removeBrowserHistory Opera downloads, removeBrowserHistory Opera websitePrefs, "
+               "removeBrowserHistory Opera searchEngines")
+        << F::paths("Cookies, LocalStorage and Databases, Flash, Silverlight, Cache, History, Favicons, "
+                    "Webpage previews, Form values, Downloads, Website preferences, Other search engines");
     QTest::newRow("other browsers' choices and non-true values are not selections")
         << u"Firefox"_s
         << QVariantMap{{u"Safari:cookies"_s, true}, {u"Firefox:cache"_s, 1}, {u"Firefox:forms"_s, u"true"_s}}
