@@ -131,9 +131,13 @@ void TestCacheCleaner::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
               "[Profile1]\nName=abs\nIsRelative=0\nPath=%1\n\n"
               "[Profile2]\nName=out\nIsRelative=0\nPath=%2\n"_s.arg(elsewhere, outside)
                   .toUtf8());
+    // installs.ini names the profile an install uses by default, by its full path when it lies elsewhere.
+    const QString installs = home.folder(u"elsewhere/installs.profile"_s);
+    home.file(kFirefox + u"/installs.ini"_s,
+              u"[4F96D1932A9F858E]\nDefault=%1\nLocked=1\n"_s.arg(installs).toUtf8());
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    QCOMPARE(catalogue.firefoxProfiles(u"Firefox"_s), (QStringList{u"a.default"_s, elsewhere}));
+    QCOMPARE(catalogue.firefoxProfiles(u"Firefox"_s), (QStringList{u"a.default"_s, elsewhere, installs}));
     BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
     cleaners.removeCookies(u"Firefox"_s);
     cleaners.removeBrowserCache(u"Firefox"_s);

@@ -23,6 +23,7 @@ private slots:
     void knownExecutables_data();
     void knownExecutables();
     void installedMeansADesktopEntryOrACommand();
+    void lockFoldersOfEveryInstall();
     void iconOfADesktopEntry_data();
     void iconOfADesktopEntry();
     void seesEveryBrowsersExecutablesRun();
@@ -151,6 +152,21 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
             }
         }
     }
+}
+
+// A browser's lock files appear in its data root (the Chromium family) or in each profile folder (the
+// Firefox family); a Snap's, in the revision "current" points to.
+void TestProcessWatcher::lockFoldersOfEveryInstall()
+{
+    QTemporaryDir home;
+    for (const char* folder : {".config/BraveSoftware/Brave-Browser/Default", ".librewolf/q.default"})
+        QVERIFY(QDir(home.path()).mkpath(QLatin1String(folder)));
+    const QStringList folders = BrowserTable::workspaceLocations(home.path()).lockFolders;
+    for (const char* watched :
+         {"/.config/BraveSoftware/Brave-Browser", "/.librewolf", "/.librewolf/q.default",
+          "/snap/brave/current/.config/BraveSoftware/Brave-Browser"})
+        QVERIFY2(folders.contains(home.path() + QLatin1String(watched)), watched);
+    QVERIFY(!folders.contains(home.path() + u"/.config/BraveSoftware/Brave-Browser/Default"_s));
 }
 
 void TestProcessWatcher::iconOfADesktopEntry_data()
