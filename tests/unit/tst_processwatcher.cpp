@@ -85,19 +85,13 @@ QList<qint64> descendantsOf(qint64 pid)
 
 } // namespace
 
+// What the run of every row's executables does not show: a Snap decides by its name, and lookalikes.
 void TestProcessWatcher::knownExecutables_data()
 {
     QTest::addColumn<QString>("executable");
     QTest::addColumn<QString>("application"); // "" for none
-    QTest::newRow("Debian Chromium") << u"/usr/lib/chromium/chromium"_s << u"Chromium"_s;
-    QTest::newRow("Firefox ESR") << u"/usr/lib/firefox-esr/firefox-esr"_s << u"Firefox"_s;
-    QTest::newRow("Chrome") << u"/opt/google/chrome/chrome"_s << u"Google Chrome"_s;
-    QTest::newRow("Opera") << u"/usr/lib/x86_64-linux-gnu/opera/opera"_s << u"Opera"_s;
     QTest::newRow("the Chromium snap's chrome")
         << u"/snap/chromium/2890/usr/lib/chromium-browser/chrome"_s << u"Chromium"_s;
-    QTest::newRow("Flatpak Firefox") << u"/app/lib/firefox/firefox"_s << u"Firefox"_s;
-    QTest::newRow("Chrome Beta") << u"/opt/google/chrome-beta/chrome"_s << u"Google Chrome Beta"_s;
-    QTest::newRow("Edge Dev") << u"/opt/microsoft/msedge-dev/msedge"_s << u"Microsoft Edge Dev"_s;
     QTest::newRow("the Brave snap") << u"/snap/brave/512/opt/brave.com/brave/brave"_s << u"Brave"_s;
     QTest::newRow("crash handler") << u"/usr/lib/chromium/chrome_crashpad_handler"_s << u""_s;
     QTest::newRow("a name that only starts alike") << u"/usr/bin/firefoxy"_s << u""_s;
