@@ -42,6 +42,16 @@ void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
     QVERIFY(t.defaults.arrayForKey(SettingsKeys::enabledBrowsers).isEmpty());
     // The first launch is recognised by the absence of "firstRun": the shipped defaults never set it.
     QVERIFY(!t.defaults.objectForKey(SettingsKeys::firstRun));
+    // Every other browser of the table starts with its family's choices.
+    const QVariantMap settings = t.defaults.dictionaryForKey(SettingsKeys::settings);
+    for (const char* category : {"cache", "downloads", "flash"}) {
+        const QString key = QLatin1String(category);
+        QCOMPARE(settings.value(QStringLiteral("Brave:") + key),
+                 settings.value(QStringLiteral("Chromium:") + key));
+        QCOMPARE(settings.value(QStringLiteral("Floorp:") + key),
+                 settings.value(QStringLiteral("Firefox:") + key));
+    }
+    QVERIFY(settings.value(QStringLiteral("Brave:cache")).isValid());
 }
 
 void TestSettings::aMissingDefaultsResourceRegistersNothing()
