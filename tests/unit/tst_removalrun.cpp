@@ -47,10 +47,8 @@ private slots:
     void notificationTexts_data();
     void notificationTexts();
     void aQuitSetsOffASilentAndANotifyingRun();
-    void quitsThatDoNothing_data();
-    void quitsThatDoNothing();
-    void changesAfterTheQuit_data();
-    void changesAfterTheQuit();
+    void whatAQuitSetsOff_data();
+    void whatAQuitSetsOff();
     void withoutAccessARunRemovesNothingAndSaysSoOnce();
     void aSelectionChangedBetweenTheRunsReachesTheSecond();
     void runsAreStrictlySerialAndOffTheMainThread();
@@ -144,69 +142,49 @@ void TestRemovalRun::aQuitSetsOffASilentAndANotifyingRun()
     QCOMPARE(p.agent.notifications.delivered().size(), 1);
 }
 
-void TestRemovalRun::quitsThatDoNothing_data()
+void TestRemovalRun::whatAQuitSetsOff_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("id");
-    QTest::addColumn<bool>("protecting");
-    QTest::newRow("protection off") << u"Safari"_s << u"com.apple.Safari"_s << false;
-    QTest::newRow("installed but not activated") << u"Chromium"_s << u"org.chromium.Chromium"_s << true;
-    QTest::newRow("not a browser") << u"Terminal"_s << u"org.gnome.Terminal"_s << true;
-}
-
-void TestRemovalRun::quitsThatDoNothing()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, id);
-    QFETCH(bool, protecting);
-    ProtectedAgent p;
-    p.home.t.defaults.setObject(
-        QVariantList{u"com.apple.Safari"_s, u"com.google.Chrome"_s, u"com.operasoftware.Opera"_s},
-        SettingsKeys::enabledBrowsers);
-    p.home.t.defaults.setBool(protecting, SettingsKeys::isRunning);
-    p.quit(name, id);
-    QTest::qWait(500);
-    QVERIFY(p.agent.app.waitForRuns(1000));
-    QVERIFY(p.agent.cleaners.calls().isEmpty());
-    QVERIFY(p.agent.notifications.delivered().isEmpty());
-}
-
-void TestRemovalRun::changesAfterTheQuit_data()
-{
-    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("quitting"); // name, and identifier after a "|"
+    QTest::addColumn<QString>("key");      // a setting changed before or after the quit, if any
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<bool>("beforeTheQuit");
     QTest::addColumn<int>("runs");
     QTest::addColumn<int>("notifications");
+    QTest::newRow("protection off") << u"Firefox"_s << SettingsKeys::isRunning << QVariant(false) << true << 0
+                                    << 0;
+    QTest::newRow("installed but not activated")
+        << u"Chromium|org.chromium.Chromium"_s << QString() << QVariant() << true << 0 << 0;
+    QTest::newRow("not a browser") << u"Terminal|org.gnome.Terminal"_s << QString() << QVariant() << true << 0
+                                   << 0;
     QTest::newRow("notifications off before the quit")
-        << SettingsKeys::displayNotifications << QVariant(false) << true << 2 << 0;
+        << u"Firefox"_s << SettingsKeys::displayNotifications << QVariant(false) << true << 2 << 0;
     // Read at the quit: switching them off in the next seconds does not reach these runs.
     QTest::newRow("notifications off after the quit")
-        << SettingsKeys::displayNotifications << QVariant(false) << false << 2 << 1;
+        << u"Firefox"_s << SettingsKeys::displayNotifications << QVariant(false) << false << 2 << 1;
     QTest::newRow("protection off after the quit")
-        << SettingsKeys::isRunning << QVariant(false) << false << 0 << 0;
+        << u"Firefox"_s << SettingsKeys::isRunning << QVariant(false) << false << 0 << 0;
     QTest::newRow("browser deactivated after the quit")
-        << SettingsKeys::enabledBrowsers << QVariant(QVariantList{u"com.apple.Safari"_s}) << false << 0 << 0;
+        << u"Firefox"_s << SettingsKeys::enabledBrowsers << QVariant(QVariantList{u"com.apple.Safari"_s})
+        << false << 0 << 0;
 }
 
-void TestRemovalRun::changesAfterTheQuit()
+void TestRemovalRun::whatAQuitSetsOff()
 {
+    QFETCH(QString, quitting);
     QFETCH(QString, key);
     QFETCH(QVariant, value);
     QFETCH(bool, beforeTheQuit);
-    QFETCH(int, runs);
-    QFETCH(int, notifications);
     ProtectedAgent p;
-    p.select({{u"Firefox:cache"_s, true}});
-    if (beforeTheQuit)
+    p.select({{u"Firefox:cache"_s, true}, {u"Chromium:cache"_s, true}});
+    if (beforeTheQuit && !key.isEmpty())
         p.home.t.defaults.setObject(value, key);
-    p.quit(u"Firefox"_s);
+    p.quit(quitting.section(u'|', 0, 0), quitting.section(u'|', 1));
     if (!beforeTheQuit)
         p.home.t.defaults.setObject(value, key);
     QTest::qWait(600);
     QVERIFY(p.agent.app.waitForRuns(1000));
-    QCOMPARE(p.agent.cleaners.calls().size(), runs);
-    QCOMPARE(p.agent.notifications.delivered().size(), notifications);
+    QTEST(int(p.agent.cleaners.calls().size()), "runs");
+    QTEST(int(p.agent.notifications.delivered().size()), "notifications");
 }
 
 void TestRemovalRun::withoutAccessARunRemovesNothingAndSaysSoOnce()
