@@ -78,21 +78,22 @@ void TestStorageCleaner::filters_data()
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QStringList>("input");
     QTest::addColumn<QStringList>("output");
-    QTest::newRow("databases: all but extensions, order and duplicates kept")
-        << u"databases"_s << QString()
-        << QStringList{u"https_a.org_0"_s, u"chrome-extension_x_0"_s, u"file__0"_s, u"safari-extension_y"_s,
-                       u"https_a.org_0"_s}
-        << QStringList{u"https_a.org_0"_s, u"file__0"_s, u"https_a.org_0"_s};
-    QTest::newRow("local storage, Safari")
-        << u"local"_s << u"Safari"_s
-        << QStringList{u"https_a.org_0.localstorage"_s, u"safari-extension_x.localstorage"_s,
-                       u"chrome-extension_y.localstorage"_s, u"leveldb"_s, u"http_b.localstorage-journal"_s}
-        << QStringList{u"https_a.org_0.localstorage"_s, u"chrome-extension_y.localstorage"_s};
-    QTest::newRow("local storage, Opera")
-        << u"local"_s << u"Opera"_s
-        << QStringList{u"httpnounderscore.localstorage"_s, u"chrome-extension_y.localstorage"_s,
-                       u"safari-extension_x.localstorage"_s}
-        << QStringList{u"httpnounderscore.localstorage"_s, u"safari-extension_x.localstorage"_s};
+    const auto row = [](const char* name, const char* filter, const char* browser, const char* input,
+                        const char* output) {
+        QTest::newRow(name) << QString::fromLatin1(filter) << QString::fromLatin1(browser) << F::paths(input)
+                            << F::paths(output);
+    };
+    row("databases: all but extensions, order and duplicates kept", "databases", "",
+        "https_a.org_0, chrome-extension_x_0, file__0, safari-extension_y, https_a.org_0",
+        "https_a.org_0, file__0, https_a.org_0");
+    row("local storage, Safari", "local", "Safari",
+        "https_a.org_0.localstorage, safari-extension_x.localstorage, chrome-extension_y.localstorage, "
+        "leveldb, "
+        "http_b.localstorage-journal",
+        "https_a.org_0.localstorage, chrome-extension_y.localstorage");
+    row("local storage, Opera", "local", "Opera",
+        "httpnounderscore.localstorage, chrome-extension_y.localstorage, safari-extension_x.localstorage",
+        "httpnounderscore.localstorage, safari-extension_x.localstorage");
     QTest::newRow("Firefox scopes") << u"mozilla"_s << QString()
                                     << QStringList{u"gro.elpmaxe.:https:443"_s, u"moz-safe-about+home"_s,
                                                    u""_s}
@@ -146,18 +147,15 @@ void TestStorageCleaner::sitesGoExtensionsStay()
     h.home.file(extensionDatabase);
     h.clean(browser);
 
-    const bool safari = browser == u"Safari"_s; // its IndexedDB goes whole
-    for (const QString& gone : QStringList{databases + u"/https_a.org_0"_s, databases + u"/http_b.org_0"_s,
-                                           localStorage + u"/https_a.org_0.localstorage"_s,
-                                           localStorage + u"/https_a.org_0.localstorage-journal"_s,
-                                           indexedDB + u"/https_a.org_0.indexeddb.leveldb"_s,
-                                           indexedDB + u"/https_a.org_0.indexeddb.blob"_s})
-        QVERIFY2(!h.home.exists(gone), qPrintable(gone));
-    for (const QString& kept :
-         QStringList{databases + u'/' + extension, localStorage + u'/' + extension + u".localstorage"_s,
-                     localStorage + u"/leveldb/000003.log"_s})
-        QVERIFY2(h.home.exists(kept), qPrintable(kept));
-    QCOMPARE(h.home.exists(extensionDatabase), !safari);
+    F::expectGoneAndKept(h.home,
+                         {databases + u"/https_a.org_0"_s, databases + u"/http_b.org_0"_s,
+                          localStorage + u"/https_a.org_0.localstorage"_s,
+                          localStorage + u"/https_a.org_0.localstorage-journal"_s,
+                          indexedDB + u"/https_a.org_0.indexeddb.leveldb"_s,
+                          indexedDB + u"/https_a.org_0.indexeddb.blob"_s},
+                         {databases + u'/' + extension, localStorage + u'/' + extension + u".localstorage"_s,
+                          localStorage + u"/leveldb/000003.log"_s});
+    QCOMPARE(h.home.exists(extensionDatabase), browser != u"Safari"_s); // Safari's IndexedDB goes whole
     QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
              QStringList{extension});
 }
