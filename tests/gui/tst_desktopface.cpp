@@ -74,8 +74,7 @@ private slots:
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
     void theProtectSwitchActivatesAndDeactivates();
-    void aToggleChangesExactlyItsSetting();
-    void aSettingChangedOnDiskMovesItsToggle();
+    void aToggleChangesExactlyItsSettingAndFollowsIt();
     void onlyCategoriesThatCanExistHereAreOffered();
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
@@ -226,7 +225,7 @@ void TestDesktopFace::theProtectSwitchActivatesAndDeactivates()
     QVERIFY(!protect->isChecked());
 }
 
-void TestDesktopFace::aToggleChangesExactlyItsSetting()
+void TestDesktopFace::aToggleChangesExactlyItsSettingAndFollowsIt()
 {
     Face f({kChromiumID}, {kChromiumID});
     f.home.t.defaults.setObject(QVariantMap{{u"Chromium:cookies"_s, true}, {u"Firefox:cache"_s, true}},
@@ -242,12 +241,7 @@ void TestDesktopFace::aToggleChangesExactlyItsSetting()
     QTest::mouseClick(f.popover().toggleFor(u"cookies"_s), Qt::LeftButton);
     QCOMPARE(f.home.t.defaults.dictionaryForKey(SettingsKeys::settings).value(u"Chromium:cookies"_s),
              QVariant(false));
-}
-
-void TestDesktopFace::aSettingChangedOnDiskMovesItsToggle()
-{
-    Face f({kChromiumID}, {kChromiumID});
-    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
+    // A change made elsewhere (another program, another computer) moves its toggle.
     QVERIFY(!f.popover().toggleFor(u"forms"_s)->isChecked());
     f.home.t.defaults.setObject(QVariantMap{{u"Chromium:forms"_s, true}}, SettingsKeys::settings);
     QTRY_VERIFY(f.popover().toggleFor(u"forms"_s)->isChecked());
