@@ -89,12 +89,10 @@ class TestPreferences : public QObject
 {
     Q_OBJECT
 private slots:
-    void theStoredPaneIsShownOrTheFirstRealOne_data();
-    void theStoredPaneIsShownOrTheFirstRealOne();
+    void theStoredOrRequestedPaneIsShown_data();
+    void theStoredOrRequestedPaneIsShown();
     void nextAndPreviousGoRoundSkippingSpaces_data();
     void nextAndPreviousGoRoundSkippingSpaces();
-    void onlyAKnownPaneIsShownOnRequest_data();
-    void onlyAKnownPaneIsShownOnRequest();
     void everyPaneIsAsWideAsThePaddingSays_data();
     void everyPaneIsAsWideAsThePaddingSays();
     void onlyAGrowingPaneKeepsItsResizedHeight();
@@ -107,25 +105,39 @@ private slots:
     void theMenuThePopoverAndTheSyncAlertLeadHere();
 };
 
-void TestPreferences::theStoredPaneIsShownOrTheFirstRealOne_data()
+// The pane stored, else the first real one; a request shows a known pane only.
+void TestPreferences::theStoredOrRequestedPaneIsShown_data()
 {
     QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QVariantMap>("request"); // empty: none
     QTest::addColumn<QString>("shown");
-    QTest::newRow("none stored") << QVariant() << kGeneral;
-    QTest::newRow("Display stored") << QVariant(kDisplay) << kDisplay;
-    QTest::newRow("a pane no longer there") << QVariant(u"AdvancedPreferences_en"_s) << kGeneral;
+    QTest::newRow("none stored") << QVariant() << QVariantMap() << kGeneral;
+    QTest::newRow("Display stored") << QVariant(kDisplay) << QVariantMap() << kDisplay;
+    QTest::newRow("a pane no longer there")
+        << QVariant(u"AdvancedPreferences_en"_s) << QVariantMap() << kGeneral;
+    QTest::newRow("About asked for") << QVariant() << QVariantMap{{u"tab"_s, kAbout}} << kAbout;
+    QTest::newRow("an unknown pane asked for")
+        << QVariant() << QVariantMap{{u"tab"_s, u"Privacy"_s}} << kGeneral;
+    QTest::newRow("a flexible space asked for")
+        << QVariant() << QVariantMap{{u"tab"_s, u"NSToolbarFlexibleSpaceItem"_s}} << kGeneral;
+    QTest::newRow("a request without a tab") << QVariant() << QVariantMap{{u"pane"_s, kAbout}} << kGeneral;
 }
 
-void TestPreferences::theStoredPaneIsShownOrTheFirstRealOne()
+void TestPreferences::theStoredOrRequestedPaneIsShown()
 {
     QFETCH(QVariant, stored);
+    QFETCH(QVariantMap, request);
     QFETCH(QString, shown);
     Face f(stored.isValid() ? QVariantMap{{PreferencesWindowController::kSelectedIdentifierKey, stored}}
                             : QVariantMap());
     QCOMPARE(f.window().toolbarItemIdentifiers(),
              QStringList({u"NSToolbarFlexibleSpaceItem"_s, kGeneral, kKept, kDisplay, kUpdates, kAbout,
                           u"NSToolbarFlexibleSpaceItem"_s}));
+    QSignalSpy changed(&f.window(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
+    if (!request.isEmpty())
+        emit f.face.changePrefsTab(request);
     QCOMPARE(f.shown(), shown);
+    QCOMPARE(changed.size(), request.isEmpty() || shown == kGeneral ? 0 : 1);
     QCOMPARE(f.window().windowTitle(), f.window().selectedViewController()->toolbarItemLabel());
     QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), shown);
 }
@@ -154,27 +166,6 @@ void TestPreferences::nextAndPreviousGoRoundSkippingSpaces()
     QCOMPARE(f.shown(), to);
     QCOMPARE(changed.size(), 1);
     QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), to);
-}
-
-void TestPreferences::onlyAKnownPaneIsShownOnRequest_data()
-{
-    QTest::addColumn<QVariantMap>("userInfo");
-    QTest::addColumn<QString>("shown");
-    QTest::newRow("About") << QVariantMap{{u"tab"_s, kAbout}} << kAbout;
-    QTest::newRow("unknown pane") << QVariantMap{{u"tab"_s, u"Privacy"_s}} << kGeneral;
-    QTest::newRow("a flexible space") << QVariantMap{{u"tab"_s, u"NSToolbarFlexibleSpaceItem"_s}} << kGeneral;
-    QTest::newRow("no tab") << QVariantMap{{u"pane"_s, kAbout}} << kGeneral;
-}
-
-void TestPreferences::onlyAKnownPaneIsShownOnRequest()
-{
-    QFETCH(QVariantMap, userInfo);
-    QFETCH(QString, shown);
-    Face f;
-    QSignalSpy changed(&f.window(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
-    emit f.face.changePrefsTab(userInfo);
-    QCOMPARE(f.shown(), shown);
-    QCOMPARE(changed.size(), shown == kGeneral ? 0 : 1);
 }
 
 void TestPreferences::everyPaneIsAsWideAsThePaddingSays_data()
