@@ -301,6 +301,7 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
                            width(activatedWords));
         QStringList profiles;
         if (!access) {
+            // nothing is read without the grant
         } else if (BrowserCatalogue::hasSingleProfile(browser)) {
             if (!BrowserCatalogue::installsOf(sandbox, browser).isEmpty())
                 profiles.append(browser);

@@ -151,11 +151,8 @@ QString BrowserCatalogue::browserIDFor(const QString& name)
 
 QString BrowserCatalogue::browserForID(const QString& bundleIdentifier)
 {
-    for (const QString& browser : tileOrder()) {
-        if (browserIDFor(browser) == bundleIdentifier)
-            return browser;
-    }
-    return QString();
+    const BrowserTable::Browser* row = BrowserTable::forIdentifier(bundleIdentifier);
+    return row ? row->name : QString();
 }
 
 std::optional<QString> BrowserCatalogue::browserForTerminatedApplication(const QVariantMap& userInfo)
@@ -169,12 +166,12 @@ std::optional<QString> BrowserCatalogue::browserForTerminatedApplication(const Q
             return key;
     }
     // Opera ships under several application names; only its identifier is stable. The browsers
-    // added since are known by either.
+    // added since the settings' first five are known by either.
     if (bundleIdentifier == operaID)
         return opera;
     for (const BrowserTable::Browser& browser : BrowserTable::all()) {
-        if (detectionOrder().indexOf(browser.identifier) < 5)
-            continue;
+        if (BrowserTable::settingsTemplate(browser) == browser.name)
+            continue; // one of the first five
         if (name == browser.name || bundleIdentifier == browser.identifier)
             return browser.name;
     }

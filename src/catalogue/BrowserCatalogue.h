@@ -65,12 +65,14 @@ public:
     BrowserCatalogue(Workspace& workspace, UserDefaults& defaults, Sandbox& sandbox,
                      QObject* parent = nullptr);
 
-    // The bundle identifier of a browser key or tile name (a prefix test); "" for anything else.
+    // The bundle identifier of a browser key or tile name (the longest browser name it starts with);
+    // "" for anything else.
     static QString browserIDFor(const QString& name);
     // The browser key of a bundle identifier; "" for any other identifier.
     static QString browserForID(const QString& bundleIdentifier);
     // The browser key of a quitting application: Safari, Google Chrome, Chromium and Firefox by
-    // exact name, Opera by bundle identifier whatever its name; no value for anything else.
+    // exact name, Opera by bundle identifier whatever its name, every later row by either; no value
+    // for anything else.
     static std::optional<QString> browserForTerminatedApplication(const QVariantMap& userInfo);
 
     // The bundle identifiers of the installed browsers, in detection order; asked anew each time.

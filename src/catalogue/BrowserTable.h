@@ -19,20 +19,11 @@ enum class Family
     Firefox,  // a profiles root holding profiles.ini and profile folders, a cache root beside it
 };
 
-// How a browser was installed on Linux; each way keeps its data in folders of its own.
-enum class Kind
-{
-    Native, // deb or rpm: ~/.config, ~/.cache, ~/.mozilla, ...
-    Flatpak,
-    Snap,
-};
-
-// One install's folders, below the home folder. A "*" component stands for each revision of a Snap
+// One install's folders (deb or rpm, a Flatpak, a Snap), below the home folder. A "*" component stands for each revision of a Snap
 // (every revision keeps its own copy of the data); data roots are tried in order, and each one that
 // exists and has its family's shape is an install of its own.
 struct Install
 {
-    Kind kind;
     QStringList dataRoots;
     QString cacheRoot;
     QStringList desktopEntries = {};

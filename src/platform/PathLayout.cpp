@@ -28,12 +28,6 @@ std::optional<QString> below(const QString& path, const QString& prefix)
     return std::nullopt;
 }
 
-bool isReference(const QString& layout)
-{
-    return layout == PathLayout::macOS ||
-           (layout != PathLayout::linux_ && PathLayout::platformDefault() == PathLayout::macOS);
-}
-
 } // namespace
 
 namespace PathLayout {
@@ -49,12 +43,12 @@ QString platformDefault()
 
 bool isReferenceLayout(const QString& layout)
 {
-    return isReference(layout);
+    return layout == macOS || (layout != linux_ && platformDefault() == macOS);
 }
 
 std::optional<QString> nativePath(const QString& layout, const QString& home, const QString& path)
 {
-    if (isReference(layout))
+    if (isReferenceLayout(layout))
         return path;
     if (!below(path, home + QStringLiteral("/Library")))
         return path;
@@ -70,7 +64,7 @@ QStringList roots(const QString& layout, const QString& home)
     QStringList roots;
     for (const Row& row : kLinuxRows)
         roots.append(home + QLatin1Char('/') +
-                     QLatin1String(isReference(layout) ? row.reference : row.native));
+                     QLatin1String(isReferenceLayout(layout) ? row.reference : row.native));
     return roots;
 }
 
