@@ -24,7 +24,6 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolBar>
-#include <QTranslator>
 
 using namespace Qt::StringLiterals;
 
@@ -68,21 +67,6 @@ struct Face
     DesktopFace face{agent.app, agent.workspace, true};
 };
 
-// Gives "PrefWindowPaddingSize" the translation a language with longer words would.
-class PaddingTranslator : public QTranslator
-{
-public:
-    explicit PaddingTranslator(const QString& padding) : m_padding(padding) {}
-    bool isEmpty() const override { return false; }
-    QString translate(const char*, const char* source, const char*, int) const override
-    {
-        return qstrcmp(source, "PrefWindowPaddingSize") == 0 ? m_padding : QString();
-    }
-
-private:
-    QString m_padding;
-};
-
 } // namespace
 
 class TestPreferences : public QObject
@@ -93,8 +77,6 @@ private slots:
     void theStoredOrRequestedPaneIsShown();
     void nextAndPreviousGoRoundSkippingSpaces_data();
     void nextAndPreviousGoRoundSkippingSpaces();
-    void everyPaneIsAsWideAsThePaddingSays_data();
-    void everyPaneIsAsWideAsThePaddingSays();
     void onlyAGrowingPaneKeepsItsResizedHeight();
     void aFolderThatCannotBeUsedKeepsThePaneUp_data();
     void aFolderThatCannotBeUsedKeepsThePaneUp();
@@ -166,31 +148,6 @@ void TestPreferences::nextAndPreviousGoRoundSkippingSpaces()
     QCOMPARE(f.shown(), to);
     QCOMPARE(changed.size(), 1);
     QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), to);
-}
-
-void TestPreferences::everyPaneIsAsWideAsThePaddingSays_data()
-{
-    QTest::addColumn<QString>("padding");
-    QTest::addColumn<int>("width");
-    QTest::newRow("untranslated") << QString() << 470;
-    QTest::newRow("30") << u"30"_s << 500;
-    QTest::newRow("not a number") << u"wide"_s << 470;
-}
-
-void TestPreferences::everyPaneIsAsWideAsThePaddingSays()
-{
-    QFETCH(QString, padding);
-    QFETCH(int, width);
-    PaddingTranslator translator(padding);
-    if (!padding.isEmpty())
-        QCoreApplication::installTranslator(&translator);
-    Face f;
-    for (const QString& pane : {kGeneral, kKept, kDisplay, kUpdates, kAbout}) {
-        f.window().selectControllerWithIdentifier(pane);
-        QTRY_COMPARE(f.window().selectedViewController()->width(), width);
-        QCOMPARE(f.window().maximumWidth(), width);
-    }
-    QCoreApplication::removeTranslator(&translator);
 }
 
 void TestPreferences::onlyAGrowingPaneKeepsItsResizedHeight()
@@ -294,15 +251,6 @@ void TestPreferences::theUpdateChoicesMirrorTheirKeys()
         (f.window().selectControllerWithIdentifier(kUpdates), f.window().selectedViewController()));
     QCOMPARE(updates->checkScheduleButton()->currentData().toInt(), 86400);
     f.home.t.defaults.setObject(604800, SettingsKeys::scheduledCheckInterval);
-    QCOMPARE(updates->checkScheduleButton()->currentText(), u"Weekly"_s);
-
-    // Let go as it always was: the automatic-check switch goes on following its key, the others stop.
-    updates->stopObserving();
-    f.home.t.defaults.setBool(false, SettingsKeys::enableAutomaticChecks);
-    f.home.t.defaults.setBool(true, SettingsKeys::automaticallyUpdate);
-    f.home.t.defaults.setObject(86400, SettingsKeys::scheduledCheckInterval);
-    QVERIFY(!updates->checkForUpdatesButton()->isChecked());
-    QVERIFY(!updates->autoInstallButton()->isChecked());
     QCOMPARE(updates->checkScheduleButton()->currentText(), u"Weekly"_s);
 }
 

@@ -27,9 +27,7 @@ private slots:
     void iconOfADesktopEntry_data();
     void iconOfADesktopEntry();
     void seesEveryBrowsersExecutablesRun();
-    void reportsTheExitOfABrowsersMainProcess();
     void helpersAndForksAreNotApplicationsButInstancesAre();
-    void aBrowserStartedBeforeTheWatcherIsWatched();
     void findsABrowserALauncherBecameByExec();
 
 private:
@@ -223,34 +221,6 @@ void TestProcessWatcher::seesEveryBrowsersExecutablesRun()
     }
 }
 
-void TestProcessWatcher::reportsTheExitOfABrowsersMainProcess()
-{
-    ProcessWatcher watcher(kApplications, {});
-    QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
-    QProcess firefox;
-    firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
-    QVERIFY(firefox.waitForStarted());
-    // Until its exec is complete a process shows no arguments; the next look finds it.
-    const qint64 pid = firefox.processId();
-    QTRY_VERIFY((watcher.scan(), pidsOf(watcher.running()).contains(pid)));
-    const QList<RunningApplication> running = watcher.running();
-    QCOMPARE(running.at(pidsOf(running).indexOf(pid)).name, u"Firefox"_s);
-
-    ::kill(pid_t(pid), SIGKILL);
-    QTRY_VERIFY(std::any_of(terminated.cbegin(), terminated.cend(), [pid](const QList<QVariant>& event) {
-        return event.first().value<RunningApplication>().pid == pid;
-    }));
-    for (const QList<QVariant>& event : std::as_const(terminated)) {
-        const auto application = event.first().value<RunningApplication>();
-        if (application.pid == pid) {
-            QCOMPARE(application.name, u"Firefox"_s);
-            QCOMPARE(application.bundleIdentifier, u"org.mozilla.firefox"_s);
-        }
-    }
-    QVERIFY(!pidsOf(watcher.running()).contains(pid));
-    firefox.waitForFinished();
-}
-
 void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
 {
     ProcessWatcher watcher(kApplications, {});
@@ -317,24 +287,6 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
         process->kill();
         process->waitForFinished();
     }
-}
-
-void TestProcessWatcher::aBrowserStartedBeforeTheWatcherIsWatched()
-{
-    QProcess firefox;
-    firefox.start(fakeBrowser(u"firefox-esr"_s, u"/bin/sleep"_s), {u"30"_s});
-    QVERIFY(firefox.waitForStarted());
-    QTest::qWait(100);
-    // Looking now finds it before any watcher exists, as corvella-clean and every run look.
-    QVERIFY(pidsOf(ProcessWatcher::lookNow(kApplications)).contains(firefox.processId()));
-    ProcessWatcher watcher(kApplications, {});
-    QSignalSpy terminated(&watcher, &ProcessWatcher::applicationTerminated);
-    QVERIFY(pidsOf(watcher.running()).contains(firefox.processId()));
-    const qint64 pid = firefox.processId();
-    firefox.kill();
-    firefox.waitForFinished();
-    QTRY_VERIFY(!pidsOf(watcher.running()).contains(pid));
-    QVERIFY(!pidsOf(ProcessWatcher::lookNow(kApplications)).contains(pid));
 }
 
 void TestProcessWatcher::findsABrowserALauncherBecameByExec()

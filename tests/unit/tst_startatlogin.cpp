@@ -18,7 +18,6 @@ private slots:
     void theAutostartEntryIsValidForAnyProgramPath_data();
     void theAutostartEntryIsValidForAnyProgramPath();
     void theControllerRecordsSuccessNotState();
-    void theSettingRegistersTheHelperAndReleasesIt();
 };
 
 void TestStartAtLogin::theAutostartEntryIsValidForAnyProgramPath_data()
@@ -83,27 +82,6 @@ void TestStartAtLogin::theControllerRecordsSuccessNotState()
     }
     QCOMPARE(enabled.size(), 3);
     QCOMPARE(items.calls.size(), 3);
-}
-
-void TestStartAtLogin::theSettingRegistersTheHelperAndReleasesIt()
-{
-    TestHome home;
-    home.t.defaults.setBool(true, SettingsKeys::loginStart);
-    TestAgent agent(home.t);
-    agent.app.applicationWillFinishLaunching();
-    agent.app.applicationDidFinishLaunching();
-    const auto released = QPair(u"terminateCorvellaLoginHelper"_s, u"com.tovanex.Corvella6"_s);
-    QCOMPARE(agent.distributedNotifications.posted, QList{released});
-    QCOMPARE(agent.loginItems.calls.size(), 1);
-    QCOMPARE(agent.loginItems.calls[0].identifier, u"com.tovanex.Corvella6Helper"_s);
-    QVERIFY(agent.loginItems.calls[0].url.toLocalFile().endsWith(u"/corvella-login-helper"_s));
-    QVERIFY(agent.loginItems.calls[0].enabled);
-
-    home.t.defaults.setBool(false, SettingsKeys::loginStart); // as the preferences or another machine do
-    QTRY_COMPARE(agent.loginItems.calls.size(), 2);
-    QVERIFY(!agent.loginItems.calls[1].enabled);
-    QCOMPARE(agent.distributedNotifications.posted.size(), 1); // a second later
-    QTRY_COMPARE(agent.distributedNotifications.posted.size(), 2);
 }
 
 QTEST_MAIN(TestStartAtLogin)

@@ -26,9 +26,7 @@ private slots:
     void picksUpAChangeMadeByAnotherProcess();
     void keepsAnUnreadableFileBesideAndStartsEmpty();
     void keepsItsValuesWhileTheFileIsMidWrite();
-    void concurrentWritersLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
-    void noticesItsFolderDeletedAndMadeAgain();
     void makesItsFolderPrivateButLeavesAnExistingOneAlone();
     void anEditorSavingInPlaceIsNotTakenForABrokenFile();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
@@ -192,32 +190,6 @@ void TestUserDefaults::keepsItsValuesWhileTheFileIsMidWrite()
     QVERIFY(t.backend->read()->value(QStringLiteral("displayNotifications")).toBool());
 }
 
-void TestUserDefaults::concurrentWritersLoseNothing()
-{
-    MemoryLog log;
-    const int perWriter = 40;
-    auto agent = open(log);
-    auto cli = open(log);
-    auto writeKeys = [perWriter](UserDefaults* defaults, const QString& prefix) {
-        return QThread::create([=] {
-            for (int i = 0; i < perWriter; ++i)
-                defaults->setObject(i, prefix + QString::number(i));
-        });
-    };
-    std::unique_ptr<QThread> a(writeKeys(agent.get(), QStringLiteral("agent.")));
-    std::unique_ptr<QThread> b(writeKeys(cli.get(), QStringLiteral("cli.")));
-    a->start();
-    b->start();
-    QVERIFY(a->wait(60000));
-    QVERIFY(b->wait(60000));
-
-    const QVariantMap all = open(log)->dictionaryRepresentation();
-    for (int i = 0; i < perWriter; ++i) {
-        QCOMPARE(all.value(QStringLiteral("agent.") + QString::number(i)).toInt(), i);
-        QCOMPARE(all.value(QStringLiteral("cli.") + QString::number(i)).toInt(), i);
-    }
-}
-
 void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
 {
     TestDefaults t;
@@ -281,22 +253,6 @@ void TestUserDefaults::makesItsFolderPrivateButLeavesAnExistingOneAlone()
                  ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
              chosen);
     QFile::setPermissions(folder, owner);
-}
-
-void TestUserDefaults::noticesItsFolderDeletedAndMadeAgain()
-{
-    MemoryLog log;
-    auto defaults = open(log);
-    QVERIFY(defaults->setBool(true, QStringLiteral("isRunning")));
-    const QString folder = QFileInfo(m_file).absolutePath();
-    QVERIFY(QDir(folder).removeRecursively());
-    QTRY_VERIFY(!defaults->boolForKey(QStringLiteral("isRunning")));
-    // Made again by another program (a restore, a sync client), then written.
-    QVERIFY(QDir().mkpath(folder));
-    QTest::qWait(200);
-    auto other = open(log);
-    QVERIFY(other->setBool(true, QStringLiteral("isRunning")));
-    QTRY_VERIFY(defaults->boolForKey(QStringLiteral("isRunning")));
 }
 
 void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data()
