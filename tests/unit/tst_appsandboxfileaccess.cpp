@@ -22,8 +22,6 @@ private slots:
     void aGrantFromThePanelIsRemembered();
     void aCancelledPanelRunsNothing();
     void thePanelStartsAtTheNearestExistingFolder();
-    void thePanelOffersOnlyThePathAndItsAncestors_data();
-    void thePanelOffersOnlyThePathAndItsAncestors();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
     void thePanelRunsOnTheMainThreadForAWorker();
@@ -107,14 +105,6 @@ void TestAppSandboxFileAccess::aGrantFromThePanelIsRemembered()
     m_panel.answer(home());
     QCOMPARE(request(home()), QUrl::fromLocalFile(home()));
     QCOMPARE(m_panel.requests.size(), 1);
-    const OpenPanelRequest& shown = m_panel.requests.first();
-    QCOMPARE(shown.title, QStringLiteral("Allow Access"));
-    QCOMPARE(shown.prompt, QStringLiteral("Allow"));
-    QVERIFY(shown.message.endsWith(
-        QStringLiteral(" needs to access this path to continue. Click Allow to continue.")));
-    QVERIFY(!shown.canCreateDirectories && shown.canChooseFiles && shown.canChooseDirectories);
-    QVERIFY(!shown.allowsMultipleSelection && !shown.showsHiddenFiles);
-
     QVERIFY(
         m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(home()))));
     bool granted = false;
@@ -143,31 +133,6 @@ void TestAppSandboxFileAccess::thePanelStartsAtTheNearestExistingFolder()
     QCOMPARE(m_panel.requests.size(), 2);
     QCOMPARE(m_panel.requests[0].directory, home() + QStringLiteral("/Library"));
     QCOMPARE(m_panel.requests[1].directory, home() + QStringLiteral("/Library"));
-}
-
-void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors_data()
-{
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("the root") << "/" << true;
-    QTest::newRow("the grandparent") << "/home" << true;
-    QTest::newRow("the parent") << "/home/ann" << true;
-    QTest::newRow("the folder itself") << "/home/ann/Library/" << true;
-    QTest::newRow("a subfolder") << "/home/ann/Library/Cookies" << false;
-    QTest::newRow("a sibling") << "/home/ann/Music" << false;
-    QTest::newRow("a longer name") << "/home/annie" << false;
-    QTest::newRow("elsewhere") << "/etc" << false;
-}
-
-void TestAppSandboxFileAccess::thePanelOffersOnlyThePathAndItsAncestors()
-{
-    QFETCH(QString, item);
-    QFETCH(bool, enabled);
-    const AppSandboxFileAccessOpenSavePanelDelegate delegate(
-        QUrl::fromLocalFile(QStringLiteral("/home/ann/Library/")));
-    QCOMPARE(delegate.pathComponents(), QStringList({QStringLiteral("/"), QStringLiteral("home"),
-                                                     QStringLiteral("ann"), QStringLiteral("Library")}));
-    QCOMPARE(delegate.panelShouldEnableURL(QUrl::fromLocalFile(item)), enabled);
 }
 
 void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
