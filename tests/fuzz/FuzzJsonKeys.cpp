@@ -3,6 +3,8 @@
 // rewrite without some members of nested objects.
 #include "sandbox/JsonKeys.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QJsonDocument>
 
 #include <cstdint>
@@ -11,10 +13,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const QList<QStringList> keyPaths = {
-        {QStringLiteral("net")},
-        {QStringLiteral("dns_prefetching")},
-        {QStringLiteral("partition")},
-        {QStringLiteral("profile"), QStringLiteral("content_settings")}};
+        {u"net"_s}, {u"dns_prefetching"_s}, {u"partition"_s}, {u"profile"_s, u"content_settings"_s}};
     const auto text = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
     const std::optional<QByteArray> rewritten = JsonKeys::without(text, keyPaths);
     if (!rewritten)
@@ -25,9 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (JsonKeys::without(*rewritten, keyPaths) != rewritten)
         std::abort();
     // The sites' entries of the per-site settings, as a clean that keeps some sites takes them out.
-    const QList<QStringList> perSite = {
-        {QStringLiteral("partition"), QStringLiteral("per_host_zoom_levels"), QStringLiteral("*")},
-        {QStringLiteral("*")}};
+    const QList<QStringList> perSite = {{u"partition"_s, u"per_host_zoom_levels"_s, u"*"_s}, {u"*"_s}};
     const auto removes = [](const QString& key) { return key.contains(QLatin1Char('a')); };
     const std::optional<QByteArray> members = JsonKeys::withoutMembers(text, perSite, removes);
     if (!members || !QJsonDocument::fromJson(*members).isObject() ||

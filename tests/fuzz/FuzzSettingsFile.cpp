@@ -16,6 +16,8 @@
 #include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
 
+using namespace Qt::StringLiterals;
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -91,7 +93,7 @@ void pullAsSyncedStore(const QByteArray& input)
     for (auto it = entries->cbegin(); it != entries->cend(); ++it)
         store.values.insert(it.key(), it->value);
     TestDefaults local;
-    AppDelegate::initialize(local.defaults, QStringLiteral(":/Defaults.plist"));
+    AppDelegate::initialize(local.defaults, u":/Defaults.plist"_s);
     const QVariantMap before = local.defaults.dictionaryRepresentation();
     CloudSync sync(local.defaults, store, local.log);
     sync.updateFromiCloud();
@@ -116,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     TestDefaults test(*stored);
     UserDefaults& defaults = test.defaults;
-    AppDelegate::initialize(defaults, QStringLiteral(":/Defaults.plist"));
+    AppDelegate::initialize(defaults, u":/Defaults.plist"_s);
 
     const QVariantMap domain = defaults.dictionaryRepresentation();
     for (const QString& key : settingKeys() + domain.keys())

@@ -8,6 +8,8 @@
 #include <QObject>
 #include <QVariantMap>
 
+using namespace Qt::StringLiterals;
+
 #include <cstdio>
 
 class NotificationServer : public QObject
@@ -20,11 +22,11 @@ public slots:
     {
         std::printf("%lld|%s|%s|%s|%s\n", static_cast<long long>(QDateTime::currentMSecsSinceEpoch()),
                     qPrintable(summary), qPrintable(body), qPrintable(icon),
-                    qPrintable(hints.value(QStringLiteral("desktop-entry")).toString()));
+                    qPrintable(hints.value(u"desktop-entry"_s).toString()));
         std::fflush(stdout);
         return ++m_lastId;
     }
-    QStringList GetCapabilities() { return {QStringLiteral("body"), QStringLiteral("actions")}; }
+    QStringList GetCapabilities() { return {u"body"_s, u"actions"_s}; }
     void CloseNotification(uint) {}
 
 private:
@@ -36,9 +38,8 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     NotificationServer server;
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
-                            QDBusConnection::ExportAllSlots) ||
-        !bus.registerService(QStringLiteral("org.freedesktop.Notifications"))) {
+    if (!bus.registerObject(u"/org/freedesktop/Notifications"_s, &server, QDBusConnection::ExportAllSlots) ||
+        !bus.registerService(u"org.freedesktop.Notifications"_s)) {
         std::fprintf(stderr, "fake-notification-server: cannot register on the session bus\n");
         return 1;
     }

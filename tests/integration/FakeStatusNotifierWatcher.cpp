@@ -15,6 +15,8 @@
 #include <QStringList>
 #include <QTimer>
 
+using namespace Qt::StringLiterals;
+
 #include <cstdio>
 
 namespace {
@@ -26,8 +28,8 @@ void collectLabels(const QDBusArgument& argument, QStringList& labels)
     QVariantMap properties;
     argument.beginStructure();
     argument >> id >> properties;
-    if (properties.contains(QStringLiteral("label")))
-        labels.append(properties.value(QStringLiteral("label")).toString());
+    if (properties.contains(u"label"_s))
+        labels.append(properties.value(u"label"_s).toString());
     argument.beginArray();
     while (!argument.atEnd()) {
         QDBusVariant child;
@@ -56,8 +58,7 @@ public slots:
     void RegisterStatusNotifierItem(const QString& service, const QDBusMessage& message)
     {
         // An item names its bus name or its object path; the sender is the bus name either way.
-        const QString path =
-            service.startsWith(QLatin1Char('/')) ? service : QStringLiteral("/StatusNotifierItem");
+        const QString path = service.startsWith(QLatin1Char('/')) ? service : u"/StatusNotifierItem"_s;
         m_items.append(message.service() + path);
         std::printf("registered: %s\n", qPrintable(message.service()));
         std::fflush(stdout);
@@ -74,15 +75,14 @@ private:
     {
         QDBusConnection bus = QDBusConnection::sessionBus();
         QDBusMessage call = QDBusMessage::createMethodCall(m_service, m_itemPath,
-                                                           QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                           QStringLiteral("GetAll"));
-        call << QStringLiteral("org.kde.StatusNotifierItem");
+                                                           u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s);
+        call << u"org.kde.StatusNotifierItem"_s;
         const QDBusMessage reply = bus.call(call);
         if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
             return;
         const QVariantMap properties = qdbus_cast<QVariantMap>(reply.arguments().at(0));
         int light = 0, dark = 0, largest = 0;
-        const QDBusArgument pixmaps = properties.value(QStringLiteral("IconPixmap")).value<QDBusArgument>();
+        const QDBusArgument pixmaps = properties.value(u"IconPixmap"_s).value<QDBusArgument>();
         pixmaps.beginArray();
         while (!pixmaps.atEnd()) {
             int width = 0, height = 0;
@@ -105,14 +105,14 @@ private:
         }
         pixmaps.endArray();
         std::printf("icon: name=%s light=%d dark=%d\n",
-                    qPrintable(properties.value(QStringLiteral("IconName")).toString()), light, dark);
+                    qPrintable(properties.value(u"IconName"_s).toString()), light, dark);
         std::fflush(stdout);
     }
 
     void printMenu()
     {
         QDBusConnection bus = QDBusConnection::sessionBus();
-        QDBusInterface item(m_service, m_itemPath, QStringLiteral("org.kde.StatusNotifierItem"), bus);
+        QDBusInterface item(m_service, m_itemPath, u"org.kde.StatusNotifierItem"_s, bus);
         const QString menuPath = item.property("Menu").value<QDBusObjectPath>().path();
         if (menuPath.isEmpty()) {
             std::printf("menu: none\n");
@@ -122,12 +122,12 @@ private:
         if (!m_watchingMenu) {
             m_watchingMenu = true;
             for (const char* signal : {"LayoutUpdated", "ItemsPropertiesUpdated"})
-                bus.connect(m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"),
-                            QLatin1String(signal), this, SLOT(menuChanged()));
+                bus.connect(m_service, menuPath, u"com.canonical.dbusmenu"_s, QLatin1String(signal), this,
+                            SLOT(menuChanged()));
         }
-        QDBusMessage call = QDBusMessage::createMethodCall(
-            m_service, menuPath, QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("GetLayout"));
-        call << 0 << -1 << QStringList{QStringLiteral("label")};
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(m_service, menuPath, u"com.canonical.dbusmenu"_s, u"GetLayout"_s);
+        call << 0 << -1 << QStringList{u"label"_s};
         const QDBusMessage reply = bus.call(call);
         QStringList labels;
         if (reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2)
@@ -147,9 +147,9 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     Watcher watcher;
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), &watcher,
+    if (!bus.registerObject(u"/StatusNotifierWatcher"_s, &watcher,
                             QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties) ||
-        !bus.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"))) {
+        !bus.registerService(u"org.kde.StatusNotifierWatcher"_s)) {
         std::fprintf(stderr, "fake-status-notifier-watcher: cannot register on the session bus\n");
         return 1;
     }

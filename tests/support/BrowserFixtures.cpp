@@ -1,5 +1,7 @@
 #include "support/BrowserFixtures.h"
 
+using namespace Qt::StringLiterals;
+
 #include "sandbox/Sqlite.h"
 #include "support/TestHome.h"
 
@@ -29,19 +31,19 @@ qint64 rowCount(const QString& database, const QString& table)
     Sqlite db;
     if (!db.openExisting(database, true))
         return -1;
-    const auto rows = db.executeQuery(QStringLiteral("SELECT count(*) AS n FROM ") + table);
-    return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toLongLong() : -1;
+    const auto rows = db.executeQuery(u"SELECT count(*) AS n FROM "_s + table);
+    return rows && !rows->isEmpty() ? rows->first().value(u"n"_s).toLongLong() : -1;
 }
 
 QStringList paths(const char* compact)
 {
     static const QList<std::pair<QString, QString>> aliases{
-        {QStringLiteral("chrome/"), QLatin1String(kChromeRoot) + QLatin1Char('/')},
-        {QStringLiteral("chromium/"), QLatin1String(kChromiumRoot) + QLatin1Char('/')},
-        {QStringLiteral("opera/"), QLatin1String(kOperaRoot) + QLatin1Char('/')},
-        {QStringLiteral("firefox/"), QLatin1String(kFirefoxProfiles) + QLatin1Char('/')},
-        {QStringLiteral("safari/"), QStringLiteral("Library/Safari/")}};
-    QStringList list = QString::fromUtf8(compact).split(QStringLiteral(", "), Qt::SkipEmptyParts);
+        {u"chrome/"_s, QLatin1String(kChromeRoot) + QLatin1Char('/')},
+        {u"chromium/"_s, QLatin1String(kChromiumRoot) + QLatin1Char('/')},
+        {u"opera/"_s, QLatin1String(kOperaRoot) + QLatin1Char('/')},
+        {u"firefox/"_s, QLatin1String(kFirefoxProfiles) + QLatin1Char('/')},
+        {u"safari/"_s, u"Library/Safari/"_s}};
+    QStringList list = QString::fromUtf8(compact).split(u", "_s, Qt::SkipEmptyParts);
     for (QString& path : list) {
         for (const auto& [alias, folder] : aliases) {
             if (path.startsWith(alias))
@@ -54,58 +56,55 @@ QStringList paths(const char* compact)
 void expectGoneAndKept(const TestHome& home, const QStringList& gone, const QStringList& kept)
 {
     for (const QString& path : gone)
-        QVERIFY2(!home.exists(path), qPrintable(QStringLiteral("still there: ") + path));
+        QVERIFY2(!home.exists(path), qPrintable(u"still there: "_s + path));
     for (const QString& path : kept)
-        QVERIFY2(home.exists(path), qPrintable(QStringLiteral("gone: ") + path));
+        QVERIFY2(home.exists(path), qPrintable(u"gone: "_s + path));
 }
 
 void localState(const TestHome& home, const QString& root, const QStringList& profiles)
 {
     QStringList entries;
     for (const QString& profile : profiles)
-        entries.append(QStringLiteral("\"%1\":{\"name\":\"Person %1\"}").arg(profile));
-    home.file(root + QStringLiteral("/Local State"),
-              QStringLiteral("{\"profile\":{\"info_cache\":{%1}}}").arg(entries.join(u',')).toUtf8());
+        entries.append(u"\"%1\":{\"name\":\"Person %1\"}"_s.arg(profile));
+    home.file(root + u"/Local State"_s,
+              u"{\"profile\":{\"info_cache\":{%1}}}"_s.arg(entries.join(u',')).toUtf8());
 }
 
 void chromiumProfile(const TestHome& home, const QString& folder)
 {
-    const QString cookies = QStringLiteral("CREATE TABLE cookies (host_key TEXT, name TEXT, value TEXT)");
-    const QString cookieRow = QStringLiteral("INSERT INTO cookies VALUES ('.example.org', 'sid', '1')");
-    database(home, folder + QStringLiteral("/Cookies"), {cookies, cookieRow});
-    database(home, folder + QStringLiteral("/Network/Cookies"), {cookies, cookieRow});
-    database(home, folder + QStringLiteral("/Origin Bound Certs"),
-             {QStringLiteral("CREATE TABLE origin_bound_certs (origin TEXT)"),
-              QStringLiteral("INSERT INTO origin_bound_certs VALUES ('example.org')"),
-              QStringLiteral("CREATE TABLE channel_id (host TEXT)"),
-              QStringLiteral("INSERT INTO channel_id VALUES ('example.org')")});
-    home.file(folder + QStringLiteral("/Network/Trust Tokens"));
-    home.file(folder + QStringLiteral("/DIPS"));
-    home.file(folder + QStringLiteral("/Bookmarks"), "{\"roots\":{}}");
-    database(home, folder + QStringLiteral("/Login Data"),
-             {QStringLiteral("CREATE TABLE logins (origin_url TEXT)"),
-              QStringLiteral("INSERT INTO logins VALUES ('https://example.org/')")});
+    const QString cookies = u"CREATE TABLE cookies (host_key TEXT, name TEXT, value TEXT)"_s;
+    const QString cookieRow = u"INSERT INTO cookies VALUES ('.example.org', 'sid', '1')"_s;
+    database(home, folder + u"/Cookies"_s, {cookies, cookieRow});
+    database(home, folder + u"/Network/Cookies"_s, {cookies, cookieRow});
+    database(home, folder + u"/Origin Bound Certs"_s,
+             {u"CREATE TABLE origin_bound_certs (origin TEXT)"_s,
+              u"INSERT INTO origin_bound_certs VALUES ('example.org')"_s,
+              u"CREATE TABLE channel_id (host TEXT)"_s, u"INSERT INTO channel_id VALUES ('example.org')"_s});
+    home.file(folder + u"/Network/Trust Tokens"_s);
+    home.file(folder + u"/DIPS"_s);
+    home.file(folder + u"/Bookmarks"_s, "{\"roots\":{}}");
+    database(home, folder + u"/Login Data"_s,
+             {u"CREATE TABLE logins (origin_url TEXT)"_s,
+              u"INSERT INTO logins VALUES ('https://example.org/')"_s});
 }
 
 void firefoxProfile(const TestHome& home, const QString& name, const QString& profilesRoot)
 {
     const QString folder = profilesRoot + QLatin1Char('/') + name;
-    database(home, folder + QStringLiteral("/cookies.sqlite"),
-             {QStringLiteral("CREATE TABLE moz_cookies (host TEXT)"),
-              QStringLiteral("INSERT INTO moz_cookies VALUES ('.example.org')")});
-    database(home, folder + QStringLiteral("/permissions.sqlite"),
-             {QStringLiteral("CREATE TABLE moz_perms (origin TEXT)")});
-    database(home, folder + QStringLiteral("/places.sqlite"),
-             {QStringLiteral("CREATE TABLE moz_bookmarks (id INTEGER)")});
-    home.file(folder + QStringLiteral("/bounce-tracking-protection.sqlite"));
-    home.file(folder + QStringLiteral("/logins.json"), "{\"logins\":[]}");
-    home.file(folder + QStringLiteral("/prefs.js"));
+    database(
+        home, folder + u"/cookies.sqlite"_s,
+        {u"CREATE TABLE moz_cookies (host TEXT)"_s, u"INSERT INTO moz_cookies VALUES ('.example.org')"_s});
+    database(home, folder + u"/permissions.sqlite"_s, {u"CREATE TABLE moz_perms (origin TEXT)"_s});
+    database(home, folder + u"/places.sqlite"_s, {u"CREATE TABLE moz_bookmarks (id INTEGER)"_s});
+    home.file(folder + u"/bounce-tracking-protection.sqlite"_s);
+    home.file(folder + u"/logins.json"_s, "{\"logins\":[]}");
+    home.file(folder + u"/prefs.js"_s);
 }
 
 void chromiumHistory(const TestHome& home, const QString& folder)
 {
     database(
-        home, folder + QStringLiteral("/History"),
+        home, folder + u"/History"_s,
         {QStringLiteral(
              "CREATE TABLE urls(id INTEGER PRIMARY KEY AUTOINCREMENT,url LONGVARCHAR,title "
              "LONGVARCHAR,visit_count INTEGER DEFAULT 0 NOT NULL,typed_count INTEGER DEFAULT 0 NOT "
@@ -114,7 +113,7 @@ void chromiumHistory(const TestHome& home, const QString& folder)
              "CREATE TABLE visits(id INTEGER PRIMARY KEY AUTOINCREMENT,url INTEGER NOT "
              "NULL,visit_time INTEGER NOT NULL,from_visit INTEGER,transition INTEGER DEFAULT 0 NOT "
              "NULL,segment_id INTEGER,visit_duration INTEGER DEFAULT 0 NOT NULL)"),
-         QStringLiteral("CREATE TABLE visit_source(id INTEGER PRIMARY KEY,source INTEGER NOT NULL)"),
+         u"CREATE TABLE visit_source(id INTEGER PRIMARY KEY,source INTEGER NOT NULL)"_s,
          QStringLiteral("CREATE TABLE keyword_search_terms (keyword_id INTEGER NOT NULL,url_id INTEGER NOT "
                         "NULL,term LONGVARCHAR NOT NULL,normalized_term LONGVARCHAR NOT NULL)"),
          QStringLiteral("CREATE TABLE downloads (id INTEGER PRIMARY KEY,guid VARCHAR NOT NULL,current_path "
@@ -127,19 +126,19 @@ void chromiumHistory(const TestHome& home, const QString& folder)
                         "(2,'https://b.example/?q=x','B',1,1,13300000000000001,0)"),
          QStringLiteral("INSERT INTO visits VALUES (1,1,13300000000000000,0,805306376,1,0),"
                         "(2,2,13300000000000001,0,805306369,0,0)"),
-         QStringLiteral("INSERT INTO visit_source VALUES (1,0)"),
-         QStringLiteral("INSERT INTO keyword_search_terms VALUES (3,2,'x','x')"),
-         QStringLiteral("INSERT INTO downloads VALUES (1,'g','/home/u/a.zip','/home/u/a.zip',1)"),
-         QStringLiteral("INSERT INTO segments VALUES (1,'http://a.example/',1)"),
-         QStringLiteral("INSERT INTO segment_usage VALUES (1,1,13300000000000000,1)")});
+         u"INSERT INTO visit_source VALUES (1,0)"_s,
+         u"INSERT INTO keyword_search_terms VALUES (3,2,'x','x')"_s,
+         u"INSERT INTO downloads VALUES (1,'g','/home/u/a.zip','/home/u/a.zip',1)"_s,
+         u"INSERT INTO segments VALUES (1,'http://a.example/',1)"_s,
+         u"INSERT INTO segment_usage VALUES (1,1,13300000000000000,1)"_s});
     database(
-        home, folder + QStringLiteral("/Web Data"),
+        home, folder + u"/Web Data"_s,
         {QStringLiteral("CREATE TABLE keywords (id INTEGER PRIMARY KEY,short_name VARCHAR NOT NULL,keyword "
                         "VARCHAR NOT NULL,url VARCHAR NOT NULL,date_created INTEGER DEFAULT 0)"),
          QStringLiteral("CREATE TABLE autofill (name VARCHAR, value VARCHAR, value_lower VARCHAR, "
                         "date_created INTEGER DEFAULT 0, date_last_used INTEGER DEFAULT 0, count INTEGER "
                         "DEFAULT 1, PRIMARY KEY (name, value))"),
-         QStringLiteral("CREATE TABLE autofill_profiles (guid VARCHAR PRIMARY KEY, date_modified INTEGER)"),
+         u"CREATE TABLE autofill_profiles (guid VARCHAR PRIMARY KEY, date_modified INTEGER)"_s,
          QStringLiteral("CREATE TABLE credit_cards (guid VARCHAR PRIMARY KEY, name_on_card VARCHAR, "
                         "expiration_month INTEGER, expiration_year INTEGER, card_number_encrypted BLOB)"),
          QStringLiteral("CREATE TABLE token_service (service VARCHAR PRIMARY KEY NOT NULL,encrypted_token "
@@ -148,17 +147,17 @@ void chromiumHistory(const TestHome& home, const QString& folder)
              "INSERT INTO keywords VALUES (2,'DuckDuckGo','duckduckgo.com','https://duckduckgo.com/"
              "?q={searchTerms}',0),(3,'Mine','mine.example','https://mine.example/?q={searchTerms}',"
              "13300000000000000)"),
-         QStringLiteral("INSERT INTO autofill VALUES ('email','me@example.org','me@example.org',1,1,1)"),
-         QStringLiteral("INSERT INTO autofill_profiles VALUES ('a-guid',1)"),
-         QStringLiteral("INSERT INTO credit_cards VALUES ('c-guid','Me',1,2030,x'00')"),
-         QStringLiteral("INSERT INTO token_service VALUES ('AccountId-1',x'00')")});
+         u"INSERT INTO autofill VALUES ('email','me@example.org','me@example.org',1,1,1)"_s,
+         u"INSERT INTO autofill_profiles VALUES ('a-guid',1)"_s,
+         u"INSERT INTO credit_cards VALUES ('c-guid','Me',1,2030,x'00')"_s,
+         u"INSERT INTO token_service VALUES ('AccountId-1',x'00')"_s});
 }
 
 void firefoxPlaces(const TestHome& home, const QString& name, const QStringList& downloads)
 {
     const QString folder = QLatin1String(kFirefoxProfiles) + QLatin1Char('/') + name;
     database(
-        home, folder + QStringLiteral("/places.sqlite"),
+        home, folder + u"/places.sqlite"_s,
         {QStringLiteral(
              "CREATE TABLE moz_places (id INTEGER PRIMARY KEY, url LONGVARCHAR, title LONGVARCHAR, "
              "rev_host LONGVARCHAR, visit_count INTEGER DEFAULT 0, hidden INTEGER DEFAULT 0 NOT NULL, "
@@ -188,36 +187,36 @@ void firefoxPlaces(const TestHome& home, const QString& name, const QStringList&
                         "(1,1,1700000000000000,1),(2,2,1700000000000001,1)"),
          QStringLiteral("INSERT INTO moz_bookmarks (id, type, fk, parent, title) VALUES (1,2,NULL,0,'root'),"
                         "(2,1,1,1,'Kept'),(3,1,3,1,'Never')"),
-         QStringLiteral("INSERT INTO moz_inputhistory VALUES (2,'vis',1)"),
-         QStringLiteral("INSERT INTO moz_annos VALUES (1,1,1,'note')")});
+         u"INSERT INTO moz_inputhistory VALUES (2,'vis',1)"_s,
+         u"INSERT INTO moz_annos VALUES (1,1,1,'note')"_s});
     if (downloads.isEmpty())
         return;
-    QStringList statements{QStringLiteral("CREATE TABLE moz_downloads (id INTEGER PRIMARY KEY, name TEXT)")};
+    QStringList statements{u"CREATE TABLE moz_downloads (id INTEGER PRIMARY KEY, name TEXT)"_s};
     for (QString download : downloads)
-        statements << QStringLiteral("INSERT INTO moz_downloads (name) VALUES ('%1')")
-                          .arg(download.replace(QLatin1Char('\''), QStringLiteral("''")));
-    database(home, folder + QStringLiteral("/downloads.sqlite"), statements);
+        statements << u"INSERT INTO moz_downloads (name) VALUES ('%1')"_s.arg(
+            download.replace(QLatin1Char('\''), u"''"_s));
+    database(home, folder + u"/downloads.sqlite"_s, statements);
 }
 
 void siteDatabases(const TestHome& home, const QString& folder, const QStringList& origins)
 {
-    QStringList statements{QStringLiteral("CREATE TABLE Databases (origin TEXT, name TEXT)"),
-                           QStringLiteral("CREATE TABLE Origins (origin TEXT)")};
+    QStringList statements{u"CREATE TABLE Databases (origin TEXT, name TEXT)"_s,
+                           u"CREATE TABLE Origins (origin TEXT)"_s};
     for (const QString& origin : origins) {
         QString quoted = origin;
-        quoted.replace(QLatin1Char('\''), QStringLiteral("''"));
-        statements << QStringLiteral("INSERT INTO Databases VALUES ('%1', 'db')").arg(quoted)
-                   << QStringLiteral("INSERT INTO Origins VALUES ('%1')").arg(quoted);
-        home.file(folder + QLatin1Char('/') + origin + QStringLiteral("/0000000000000001.db"));
+        quoted.replace(QLatin1Char('\''), u"''"_s);
+        statements << u"INSERT INTO Databases VALUES ('%1', 'db')"_s.arg(quoted)
+                   << u"INSERT INTO Origins VALUES ('%1')"_s.arg(quoted);
+        home.file(folder + QLatin1Char('/') + origin + u"/0000000000000001.db"_s);
     }
-    database(home, folder + QStringLiteral("/Databases.db"), statements);
+    database(home, folder + u"/Databases.db"_s, statements);
 }
 
 void localStorageFiles(const TestHome& home, const QString& folder, const QStringList& names)
 {
     for (const QString& name : names) {
         home.file(folder + QLatin1Char('/') + name);
-        home.file(folder + QLatin1Char('/') + name + QStringLiteral("-journal"));
+        home.file(folder + QLatin1Char('/') + name + u"-journal"_s);
     }
 }
 
@@ -259,16 +258,14 @@ QList<QByteArray> levelDbKeys(const QString& folder)
 void firefoxStorage(const TestHome& home, const QString& name, const QStringList& scopes)
 {
     const QString folder = QLatin1String(kFirefoxProfiles) + QLatin1Char('/') + name;
-    QStringList statements{
-        QStringLiteral("CREATE TABLE webappsstore2 (originKey TEXT, scope TEXT, key TEXT)")};
+    QStringList statements{u"CREATE TABLE webappsstore2 (originKey TEXT, scope TEXT, key TEXT)"_s};
     for (QString scope : scopes)
-        statements << QStringLiteral("INSERT INTO webappsstore2 VALUES ('k', '%1', 'v')")
-                          .arg(scope.replace(QLatin1Char('\''), QStringLiteral("''")));
-    database(home, folder + QStringLiteral("/webappsstore.sqlite"), statements);
+        statements << u"INSERT INTO webappsstore2 VALUES ('k', '%1', 'v')"_s.arg(
+            scope.replace(QLatin1Char('\''), u"''"_s));
+    database(home, folder + u"/webappsstore.sqlite"_s, statements);
     for (const char* kind : {"default", "temporary", "permanent"})
-        home.file(folder + QStringLiteral("/storage/") + QLatin1String(kind) +
-                  QStringLiteral("/https+++example.org/ls/data.sqlite"));
-    home.file(folder + QStringLiteral("/storage.sqlite"));
+        home.file(folder + u"/storage/"_s + QLatin1String(kind) + u"/https+++example.org/ls/data.sqlite"_s);
+    home.file(folder + u"/storage.sqlite"_s);
 }
 
 } // namespace BrowserFixtures

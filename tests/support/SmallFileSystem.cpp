@@ -1,5 +1,7 @@
 #include "support/SmallFileSystem.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QFile>
 
 #include <fcntl.h>
@@ -26,8 +28,8 @@ QString SmallFileSystem::path(const QString& relative) const
 
 void SmallFileSystem::fill() const
 {
-    const int fd = ::open(QFile::encodeName(path(QStringLiteral("filler"))).constData(),
-                          O_WRONLY | O_CREAT | O_APPEND, 0600);
+    const int fd =
+        ::open(QFile::encodeName(path(u"filler"_s)).constData(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     static const char block[4096] = {};
     while (::write(fd, block, sizeof block) > 0) {
     }

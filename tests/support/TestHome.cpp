@@ -1,5 +1,7 @@
 #include "support/TestHome.h"
 
+using namespace Qt::StringLiterals;
+
 #include "platform/SettingsKeys.h"
 #include "support/PlistFixtures.h"
 
@@ -8,13 +10,12 @@
 #include <QFileInfo>
 
 TestHome::TestHome(bool granted, const QString& parent)
-    : dir(parent.isEmpty() ? QDir::tempPath() + QStringLiteral("/home-XXXXXX")
-                           : parent + QStringLiteral("/home-XXXXXX")),
+    : dir(parent.isEmpty() ? QDir::tempPath() + u"/home-XXXXXX"_s : parent + u"/home-XXXXXX"_s),
       sandbox({t.defaults, bookmarks, panel, t.log})
 {
     // The canonical path, so that paths the file layer resolves compare equal.
     t.defaults.setObject(QFileInfo(dir.path()).canonicalFilePath(), SettingsKeys::userFolder);
-    t.defaults.setObject(QStringLiteral("macOS"), SettingsKeys::browserLayout);
+    t.defaults.setObject(u"macOS"_s, SettingsKeys::browserLayout);
     if (granted) {
         panel.answer(path());
         sandbox.enableAccess();

@@ -6,6 +6,8 @@
 #include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -70,33 +72,29 @@ void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
 {
     QVERIFY(recordGrant(home()));
     bool granted = false;
-    QCOMPARE(request(home() + QStringLiteral("/Library/Cookies/Cookies.binarycookies"), &granted),
-             folderUrl(home()));
+    QCOMPARE(request(home() + u"/Library/Cookies/Cookies.binarycookies"_s, &granted), folderUrl(home()));
     QVERIFY(granted);
     QVERIFY(m_panel.requests.isEmpty());
 }
 
 void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()
 {
-    QVERIFY(QDir(home()).mkpath(QStringLiteral("a/b")));
+    QVERIFY(QDir(home()).mkpath(u"a/b"_s));
     AppSandboxFileAccessPersist persist(m_t->defaults);
     persist.setBookmarkData("home", folderUrl(home()));
-    persist.setBookmarkData("a", folderUrl(home() + QStringLiteral("/a")));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b/c"))),
-             QByteArray("a"));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/x"))),
-             QByteArray("home"));
-    persist.clearBookmarkDataForURL(folderUrl(home() + QStringLiteral("/a")));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + QStringLiteral("/a/b"))),
-             QByteArray("home"));
+    persist.setBookmarkData("a", folderUrl(home() + u"/a"_s));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + u"/a/b/c"_s)), QByteArray("a"));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + u"/x"_s)), QByteArray("home"));
+    persist.clearBookmarkDataForURL(folderUrl(home() + u"/a"_s));
+    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + u"/a/b"_s)), QByteArray("home"));
 }
 
 void TestAppSandboxFileAccess::aGrantOfTheRootFolderCoversEverything()
 {
     AppSandboxFileAccessPersist persist(m_t->defaults);
-    persist.setBookmarkData(*recordGrant(QStringLiteral("/")), QUrl::fromLocalFile(QStringLiteral("/")));
+    persist.setBookmarkData(*recordGrant(u"/"_s), QUrl::fromLocalFile(u"/"_s));
     QVERIFY(persist.bookmarkDataForURL(QUrl::fromLocalFile(home())));
-    QCOMPARE(request(home()), QUrl::fromLocalFile(QStringLiteral("/")));
+    QCOMPARE(request(home()), QUrl::fromLocalFile(u"/"_s));
     QVERIFY(m_panel.requests.isEmpty());
 }
 
@@ -108,7 +106,7 @@ void TestAppSandboxFileAccess::aGrantFromThePanelIsRemembered()
     QVERIFY(
         m_t->defaults.dataForKey(AppSandboxFileAccessPersist::keyForBookmarkDataForURL(folderUrl(home()))));
     bool granted = false;
-    request(home() + QStringLiteral("/.mozilla/firefox"), &granted);
+    request(home() + u"/.mozilla/firefox"_s, &granted);
     QVERIFY(granted);
     QCOMPARE(m_panel.requests.size(), 1);
 }
@@ -127,21 +125,21 @@ void TestAppSandboxFileAccess::aCancelledPanelRunsNothing()
 
 void TestAppSandboxFileAccess::thePanelStartsAtTheNearestExistingFolder()
 {
-    QVERIFY(QDir(home()).mkpath(QStringLiteral("Library")));
-    request(home() + QStringLiteral("/Library/Caches/Firefox/Profiles"));
-    request(home() + QStringLiteral("/Library"));
+    QVERIFY(QDir(home()).mkpath(u"Library"_s));
+    request(home() + u"/Library/Caches/Firefox/Profiles"_s);
+    request(home() + u"/Library"_s);
     QCOMPARE(m_panel.requests.size(), 2);
-    QCOMPARE(m_panel.requests[0].directory, home() + QStringLiteral("/Library"));
-    QCOMPARE(m_panel.requests[1].directory, home() + QStringLiteral("/Library"));
+    QCOMPARE(m_panel.requests[0].directory, home() + u"/Library"_s);
+    QCOMPARE(m_panel.requests[1].directory, home() + u"/Library"_s);
 }
 
 void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
 {
     QTest::addColumn<QString>("change");
-    QTest::newRow("another folder took its place") << QStringLiteral("replace");
-    QTest::newRow("the folder is gone") << QStringLiteral("remove");
-    QTest::newRow("a link now leads elsewhere") << QStringLiteral("relink");
-    QTest::newRow("a record made up elsewhere") << QStringLiteral("forge");
+    QTest::newRow("another folder took its place") << u"replace"_s;
+    QTest::newRow("the folder is gone") << u"remove"_s;
+    QTest::newRow("a link now leads elsewhere") << u"relink"_s;
+    QTest::newRow("a record made up elsewhere") << u"forge"_s;
 }
 
 // A grant is the user's choice of one folder: a record whose path now holds another folder (or that
@@ -150,8 +148,8 @@ void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing(
 {
     QFETCH(QString, change);
     QDir dir(home());
-    const QString folder = home() + QStringLiteral("/profile"), link = home() + QStringLiteral("/ann");
-    QVERIFY(dir.mkpath(QStringLiteral("profile")) && dir.mkpath(QStringLiteral("elsewhere/profile")));
+    const QString folder = home() + u"/profile"_s, link = home() + u"/ann"_s;
+    QVERIFY(dir.mkpath(u"profile"_s) && dir.mkpath(u"elsewhere/profile"_s));
     QVERIFY(QFile::link(folder, link));
     const QString granted = change == QLatin1String("relink") ? link : folder;
     const QString key = AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(granted));
@@ -163,15 +161,15 @@ void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing(
         QVERIFY(access().hasPermissionForFilePath(granted));
     }
     if (change == QLatin1String("replace") || change == QLatin1String("remove"))
-        QVERIFY(dir.rmdir(QStringLiteral("profile")));
+        QVERIFY(dir.rmdir(u"profile"_s));
     if (change == QLatin1String("replace"))
-        QVERIFY(dir.rename(QStringLiteral("elsewhere/profile"), QStringLiteral("profile")));
+        QVERIFY(dir.rename(u"elsewhere/profile"_s, u"profile"_s));
     if (change == QLatin1String("relink"))
-        QVERIFY(QFile::remove(link) && QFile::link(home() + QStringLiteral("/elsewhere/profile"), link));
+        QVERIFY(QFile::remove(link) && QFile::link(home() + u"/elsewhere/profile"_s, link));
 
-    QVERIFY(!access().hasPermissionForFilePath(granted + QStringLiteral("/cookies.sqlite")));
+    QVERIFY(!access().hasPermissionForFilePath(granted + u"/cookies.sqlite"_s));
     bool ran = true;
-    request(granted + QStringLiteral("/cookies.sqlite"), &ran);
+    request(granted + u"/cookies.sqlite"_s, &ran);
     QVERIFY(!ran);
     QCOMPARE(m_panel.requests.size(), 1);
 }

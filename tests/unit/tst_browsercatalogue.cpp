@@ -59,9 +59,9 @@ void TestBrowserCatalogue::recognisesQuittingBrowsers()
     QFETCH(QString, browser);
     QVariantMap userInfo;
     if (!name.isEmpty())
-        userInfo.insert(QStringLiteral("NSApplicationName"), name);
+        userInfo.insert(u"NSApplicationName"_s, name);
     if (!bundleIdentifier.isEmpty())
-        userInfo.insert(QStringLiteral("NSApplicationBundleIdentifier"), bundleIdentifier);
+        userInfo.insert(u"NSApplicationBundleIdentifier"_s, bundleIdentifier);
     QCOMPARE(Catalogue::browserForTerminatedApplication(userInfo).value_or(QString()), browser);
 }
 
@@ -71,16 +71,15 @@ void TestBrowserCatalogue::enabledOnlyForExactKeys()
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
     enable(home, {Catalogue::safariID, Catalogue::operaID});
-    QVERIFY(catalogue.checkIfBrowserEnabled(QStringLiteral("Safari")));
-    QVERIFY(catalogue.checkIfBrowserEnabled(QStringLiteral("Opera")));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Safari-disabled")));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Firefox")));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Operaa")));
+    QVERIFY(catalogue.checkIfBrowserEnabled(u"Safari"_s));
+    QVERIFY(catalogue.checkIfBrowserEnabled(u"Opera"_s));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Safari-disabled"_s));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Firefox"_s));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Operaa"_s));
     // A channel whose name starts with the stable browser's is a browser of its own.
     enable(home, {Catalogue::googleChromeID});
-    QVERIFY(!catalogue.checkIfBrowserEnabled(QStringLiteral("Google Chrome Beta")));
-    QCOMPARE(Catalogue::browserIDFor(QStringLiteral("Google Chrome Beta-disabled")),
-             QStringLiteral("com.google.Chrome.beta"));
+    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Google Chrome Beta"_s));
+    QCOMPARE(Catalogue::browserIDFor(u"Google Chrome Beta-disabled"_s), u"com.google.Chrome.beta"_s);
 }
 
 void TestBrowserCatalogue::browsersChangedDropsUninstalledBrowsersForGood()
@@ -112,14 +111,12 @@ void TestBrowserCatalogue::userProfilesFromLocalState_data()
     const QByteArray two =
         R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work","x":1}}}})";
     QTest::newRow("Chrome") << u"Google Chrome"_s << two
-                            << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
-                                           {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
+                            << QVariantMap{{u"Default"_s, u"Person 1"_s}, {u"Profile 2"_s, u"Work"_s}};
     QTest::newRow("Chromium") << u"Chromium"_s << two
-                              << QVariantMap{{QStringLiteral("Default"), QStringLiteral("Person 1")},
-                                             {QStringLiteral("Profile 2"), QStringLiteral("Work")}};
+                              << QVariantMap{{u"Default"_s, u"Person 1"_s}, {u"Profile 2"_s, u"Work"_s}};
     QTest::newRow("entry without a name")
         << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":{"Default":{},"P":{"name":"N"}}}})")
-        << QVariantMap{{QStringLiteral("P"), QStringLiteral("N")}};
+        << QVariantMap{{u"P"_s, u"N"_s}};
     QTest::newRow("no info_cache") << u"Chromium"_s << QByteArray(R"({"profile":{}})") << QVariantMap();
     QTest::newRow("broken JSON") << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":)")
                                  << QVariantMap();
@@ -136,9 +133,9 @@ void TestBrowserCatalogue::userProfilesFromLocalState()
     TestHome home;
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    const QString folder = browser == Catalogue::googleChrome ? QStringLiteral("Google/Chrome") : browser;
+    const QString folder = browser == Catalogue::googleChrome ? u"Google/Chrome"_s : browser;
     if (!localState.isEmpty())
-        home.file(QStringLiteral("Library/Application Support/%1/Local State").arg(folder), localState);
+        home.file(u"Library/Application Support/%1/Local State"_s.arg(folder), localState);
     QCOMPARE(catalogue.userProfiles(browser), profiles);
 }
 
@@ -150,8 +147,8 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised_data()
     QTest::addColumn<bool>("processRuns");
     QTest::addColumn<bool>("running");
     const QString self = QString::number(::getpid());
-    const QString chromiumLock = QStringLiteral("Library/Application Support/Chromium/SingletonLock");
-    const QString firefoxLock = QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/lock");
+    const QString chromiumLock = u"Library/Application Support/Chromium/SingletonLock"_s;
+    const QString firefoxLock = u"Library/Application Support/Firefox/Profiles/a.default/lock"_s;
     QTest::newRow("nothing") << u"Chromium"_s << u""_s << u""_s << false << false;
     QTest::newRow("its process") << u"Chromium"_s << u""_s << u""_s << true << true;
     QTest::newRow("live lock") << u"Chromium"_s << chromiumLock << QString(u"host-name-"_s + self) << false
@@ -176,7 +173,7 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised()
     TestHome home;
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    home.file(QStringLiteral("Library/Application Support/Firefox/Profiles/a.default/prefs.js"));
+    home.file(u"Library/Application Support/Firefox/Profiles/a.default/prefs.js"_s);
     if (!lockFile.isEmpty()) {
         home.folder(QFileInfo(lockFile).path());
         if (lockTarget.isEmpty())

@@ -1,6 +1,8 @@
 #include "platform/PropertyList.h"
 #include "support/PlistFixtures.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QDateTime>
 #include <QTest>
 
@@ -23,17 +25,17 @@ private slots:
 namespace {
 QVariantMap sample()
 {
-    return {{QStringLiteral("flag"), true},
-            {QStringLiteral("count"), qint64(-42)},
-            {QStringLiteral("big"), qint64(1) << 40},
-            {QStringLiteral("ratio"), 1.5},
-            {QStringLiteral("name"), QStringLiteral("Zoë's \"profile\" <1>")},
-            {QStringLiteral("lines"), QStringLiteral("a\tb\r\nc \U0001F600")},
-            {QStringLiteral("spaces"), QStringLiteral(" \u3000folder \n")},
-            {QStringLiteral("bytes"), QByteArray("\x00\x01\xff", 3)},
-            {QStringLiteral("when"), QDateTime(QDate(2019, 5, 17), QTime(8, 30, 15), Qt::UTC)},
-            {QStringLiteral("list"), QVariantList{qint64(1), QStringLiteral("two"), QVariantMap()}},
-            {QStringLiteral("nested"), QVariantMap{{QStringLiteral("Safari:cookies"), true}}}};
+    return {{u"flag"_s, true},
+            {u"count"_s, qint64(-42)},
+            {u"big"_s, qint64(1) << 40},
+            {u"ratio"_s, 1.5},
+            {u"name"_s, u"Zoë's \"profile\" <1>"_s},
+            {u"lines"_s, u"a\tb\r\nc \U0001F600"_s},
+            {u"spaces"_s, u" \u3000folder \n"_s},
+            {u"bytes"_s, QByteArray("\x00\x01\xff", 3)},
+            {u"when"_s, QDateTime(QDate(2019, 5, 17), QTime(8, 30, 15), Qt::UTC)},
+            {u"list"_s, QVariantList{qint64(1), u"two"_s, QVariantMap()}},
+            {u"nested"_s, QVariantMap{{u"Safari:cookies"_s, true}}}};
 }
 } // namespace
 
@@ -92,10 +94,9 @@ void TestPropertyList::keepsWhatOtherToolsWrite_data()
         << QVariant(QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC));
     QTest::newRow("2^64 - 1") << xmlWith("<integer>18446744073709551615</integer>")
                               << QVariant(std::numeric_limits<quint64>::max());
-    QTest::newRow("a byte-order mark") << QByteArray("\xEF\xBB\xBF") + xmlWith("<string>Zo\xC3\xAB</string>")
-                                       << QVariant(QStringLiteral("Zo\u00EB"));
-    QString utf16 =
-        QString::fromUtf8(xmlWith("<true/>")).replace(QStringLiteral("UTF-8"), QStringLiteral("UTF-16"));
+    QTest::newRow("a byte-order mark")
+        << QByteArray("\xEF\xBB\xBF") + xmlWith("<string>Zo\xC3\xAB</string>") << QVariant(u"Zo\u00EB"_s);
+    QString utf16 = QString::fromUtf8(xmlWith("<true/>")).replace(u"UTF-8"_s, u"UTF-16"_s);
     QByteArray utf16Bytes("\xFF\xFE");
     utf16Bytes.append(reinterpret_cast<const char*>(utf16.utf16()), utf16.size() * 2);
     QTest::newRow("UTF-16") << utf16Bytes << QVariant(true);
@@ -107,7 +108,7 @@ void TestPropertyList::keepsWhatOtherToolsWrite()
     QFETCH(QVariant, value);
     const auto read = PropertyList::parse(bytes);
     QVERIFY(read);
-    QCOMPARE(read->toMap().value(QStringLiteral("k")), value);
+    QCOMPARE(read->toMap().value(u"k"_s), value);
     // And the same after Corvella writes the file again.
     const auto again = PropertyList::parse(PropertyList::toXml(*read).value_or(QByteArray()));
     QVERIFY(again);
@@ -121,7 +122,7 @@ void TestPropertyList::refusesTextXmlCannotCarry_data()
     QTest::addColumn<QVariant>("value");
     QTest::newRow("control character in a string") << QVariant(QStringLiteral("a\x13"
                                                                               "b"));
-    QTest::newRow("control character in a key") << QVariant(QVariantMap{{QStringLiteral("\x01key"), true}});
+    QTest::newRow("control character in a key") << QVariant(QVariantMap{{u"\x01key"_s, true}});
     QTest::newRow("half a surrogate pair") << QVariant(QVariantList{QString(QChar(0xD800))});
     QTest::newRow("U+FFFF") << QVariant(QString(QChar(0xFFFF)));
 }

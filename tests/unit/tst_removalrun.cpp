@@ -46,7 +46,6 @@ private slots:
     void theLoopCallsSelectedCleanersInOrder();
     void notificationTexts_data();
     void notificationTexts();
-    void aQuitSetsOffASilentAndANotifyingRun();
     void whatAQuitSetsOff_data();
     void whatAQuitSetsOff();
     void withoutAccessARunRemovesNothingAndSaysSoOnce();
@@ -117,29 +116,6 @@ void TestRemovalRun::notificationTexts()
     QFETCH(QStringList, labels);
     QFETCH(QString, text);
     QCOMPARE(RemovalRun::notificationText(browser, labels), text);
-}
-
-void TestRemovalRun::aQuitSetsOffASilentAndANotifyingRun()
-{
-    ProtectedAgent p;
-    p.select({{u"Safari:cookies"_s, true}, {u"Safari:history"_s, true}});
-    QElapsedTimer clock;
-    clock.start();
-    QList<qint64> runTimes;
-    p.agent.cleaners.during = [&](const QString& call) {
-        if (call.startsWith(u"removeCookies"_s))
-            runTimes.append(clock.elapsed());
-    };
-    p.quit(u"Safari"_s, u"com.apple.Safari"_s);
-    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
-    QVERIFY(p.agent.app.waitForRuns(5000));
-    QCOMPARE(runTimes.size(), 2);
-    QVERIFY2(runTimes.at(0) >= 50 && runTimes.at(1) >= 300,
-             qPrintable(u"%1 %2"_s.arg(runTimes.at(0)).arg(runTimes.at(1))));
-    QCOMPARE(p.agent.notifications.delivered().first().title, u"Corvella"_s);
-    QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cookies, History removed from Safari"_s);
-    QTest::qWait(100);
-    QCOMPARE(p.agent.notifications.delivered().size(), 1);
 }
 
 void TestRemovalRun::whatAQuitSetsOff_data()

@@ -10,6 +10,8 @@
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -62,41 +64,40 @@ private slots:
 void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
 {
     TestHome home(false);
-    home.file(QStringLiteral("Library/Cookies/Cookies.binarycookies"));
+    home.file(u"Library/Cookies/Cookies.binarycookies"_s);
     Sandbox& s = home.sandbox;
-    const QString expanded = home.path(QStringLiteral("Library/Cookies/Cookies.binarycookies"));
-    const QString file = QStringLiteral("~/Library/Cookies/Cookies.binarycookies");
+    const QString expanded = home.path(u"Library/Cookies/Cookies.binarycookies"_s);
+    const QString file = u"~/Library/Cookies/Cookies.binarycookies"_s;
 
     QCOMPARE(s.contentsOf(file), QString(QLatin1String("")));
     QCOMPARE(s.dataWithContentsOfFile(file), QByteArray());
     QVERIFY(!s.fileExists(file));
-    QVERIFY(s.folderContentsOf(QStringLiteral("~/Library/Cookies")).isEmpty());
+    QVERIFY(s.folderContentsOf(u"~/Library/Cookies"_s).isEmpty());
     s.remove(file);
-    QVERIFY(home.exists(QStringLiteral("Library/Cookies/Cookies.binarycookies")));
-    s.write(QStringLiteral("x"), file);
-    QCOMPARE(home.read(QStringLiteral("Library/Cookies/Cookies.binarycookies")), QByteArray("data"));
+    QVERIFY(home.exists(u"Library/Cookies/Cookies.binarycookies"_s));
+    s.write(u"x"_s, file);
+    QCOMPARE(home.read(u"Library/Cookies/Cookies.binarycookies"_s), QByteArray("data"));
 
     const QStringList lines = home.t.log.lines();
     QCOMPARE(lines.size(), 6);
-    QCOMPARE(lines.first(), QStringLiteral("Corvella Sandbox has denied access to ") + expanded);
-    QCOMPARE(lines.last(), QStringLiteral("Cookie Sandbox has denied access to ") + expanded);
+    QCOMPARE(lines.first(), u"Corvella Sandbox has denied access to "_s + expanded);
+    QCOMPARE(lines.last(), u"Cookie Sandbox has denied access to "_s + expanded);
     QCOMPARE(home.panel.requests.size(), 6); // asked each time, never remembered
 
     // On this system's layout the line names the real file, not its reference path.
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    s.fileExists(QStringLiteral("~/Library/Preferences/Macromedia/Flash Player/settings.sol"));
-    QCOMPARE(home.t.log.lines().last(),
-             QStringLiteral("Corvella Sandbox has denied access to ") +
-                 home.path(QStringLiteral(".macromedia/Flash_Player/settings.sol")));
+    s.fileExists(u"~/Library/Preferences/Macromedia/Flash Player/settings.sol"_s);
+    QCOMPARE(home.t.log.lines().last(), u"Corvella Sandbox has denied access to "_s +
+                                            home.path(u".macromedia/Flash_Player/settings.sol"_s));
 }
 
 void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
 {
     TestHome home(false);
     home.panel.answer(home.path());
-    home.file(QStringLiteral("a"));
-    QVERIFY(home.sandbox.fileExists(QStringLiteral("~/a")));
-    QVERIFY(home.sandbox.fileExists(QStringLiteral("~/a")));
+    home.file(u"a"_s);
+    QVERIFY(home.sandbox.fileExists(u"~/a"_s));
+    QVERIFY(home.sandbox.fileExists(u"~/a"_s));
     QVERIFY(home.sandbox.enableAccess());
     QCOMPARE(home.panel.requests.size(), 1);
     QCOMPARE(home.panel.requests.first().directory, home.path());
@@ -120,14 +121,14 @@ void TestSandbox::remove()
     QFETCH(QStringList, gone);
     QFETCH(QStringList, kept);
     TestHome home;
-    home.file(QStringLiteral("dir/file"));
-    home.file(QStringLiteral("dir/other"));
-    home.file(QStringLiteral("dir/.hidden"));
-    home.file(QStringLiteral("dir/sub/deep/f"));
-    home.file(QStringLiteral("target/t"));
-    QVERIFY(QFile::link(home.path(QStringLiteral("target")), home.path(QStringLiteral("link"))));
+    home.file(u"dir/file"_s);
+    home.file(u"dir/other"_s);
+    home.file(u"dir/.hidden"_s);
+    home.file(u"dir/sub/deep/f"_s);
+    home.file(u"target/t"_s);
+    QVERIFY(QFile::link(home.path(u"target"_s), home.path(u"link"_s)));
 
-    home.sandbox.remove(QStringLiteral("~/") + target);
+    home.sandbox.remove(u"~/"_s + target);
     for (const QString& path : gone)
         QVERIFY2(!home.exists(path), qPrintable(path));
     for (const QString& path : kept)
@@ -139,42 +140,41 @@ void TestSandbox::removingADatabaseTakesItsCompanions()
 {
     TestHome home;
     for (const char* name : {"Cookies", "Cookies-journal", "Cookies-wal", "Cookies-shm", "Cookies-backup"})
-        home.file(QStringLiteral("Default/") + QLatin1String(name));
-    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
-    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files),
-             QStringList{QStringLiteral("Cookies-backup")});
+        home.file(u"Default/"_s + QLatin1String(name));
+    home.sandbox.remove(u"~/Default/Cookies"_s);
+    QCOMPARE(QDir(home.path(u"Default"_s)).entryList(QDir::Files), QStringList{u"Cookies-backup"_s});
     // A journal outliving its database (a run killed between the two) would be played into the next.
-    home.file(QStringLiteral("Default/Cookies-journal"));
-    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
-    QVERIFY(!home.exists(QStringLiteral("Default/Cookies-journal")));
+    home.file(u"Default/Cookies-journal"_s);
+    home.sandbox.remove(u"~/Default/Cookies"_s);
+    QVERIFY(!home.exists(u"Default/Cookies-journal"_s));
     // The browser seen starting right after the database went (looks: the change, the database, then
     // its journal) does not part the two either.
-    home.file(QStringLiteral("Default/Cookies"));
-    home.file(QStringLiteral("Default/Cookies-journal"));
+    home.file(u"Default/Cookies"_s);
+    home.file(u"Default/Cookies-journal"_s);
     int looks = 0;
     home.sandbox.runStop().arm([&] { return ++looks > 2; }, 0);
-    home.sandbox.remove(QStringLiteral("~/Default/Cookies"));
+    home.sandbox.remove(u"~/Default/Cookies"_s);
     home.sandbox.runStop().disarm();
-    QVERIFY(!home.exists(QStringLiteral("Default/Cookies")));
-    QVERIFY(!home.exists(QStringLiteral("Default/Cookies-journal")));
+    QVERIFY(!home.exists(u"Default/Cookies"_s));
+    QVERIFY(!home.exists(u"Default/Cookies-journal"_s));
 }
 
 void TestSandbox::linksOutOfTheHomeAreRemovedNeverFollowed()
 {
     TestHome home;
     QTemporaryDir outside;
-    PlistFixtures::writeFile(outside.filePath(QStringLiteral("keep/precious")), "precious");
-    home.folder(QStringLiteral("Cache"));
-    QVERIFY(QFile::link(outside.filePath(QStringLiteral("keep")), home.path(QStringLiteral("Cache/escape"))));
+    PlistFixtures::writeFile(outside.filePath(u"keep/precious"_s), "precious");
+    home.folder(u"Cache"_s);
+    QVERIFY(QFile::link(outside.filePath(u"keep"_s), home.path(u"Cache/escape"_s)));
     home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
-    home.sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Cache"));
-    QVERIFY(!home.exists(QStringLiteral("Cache/escape")));
-    QVERIFY(QFile::exists(outside.filePath(QStringLiteral("keep/precious"))));
+    home.sandbox.removeRecursiveSubFilesFor(u"~/Cache"_s);
+    QVERIFY(!home.exists(u"Cache/escape"_s));
+    QVERIFY(QFile::exists(outside.filePath(u"keep/precious"_s)));
 
-    QVERIFY(QFile::link(outside.filePath(QStringLiteral("keep")), home.path(QStringLiteral("Cache/escape"))));
-    home.sandbox.remove(QStringLiteral("~/Cache"));
-    QVERIFY(!home.exists(QStringLiteral("Cache")));
-    QFile precious(outside.filePath(QStringLiteral("keep/precious")));
+    QVERIFY(QFile::link(outside.filePath(u"keep"_s), home.path(u"Cache/escape"_s)));
+    home.sandbox.remove(u"~/Cache"_s);
+    QVERIFY(!home.exists(u"Cache"_s));
+    QFile precious(outside.filePath(u"keep/precious"_s));
     QVERIFY(precious.open(QIODevice::ReadOnly));
     QCOMPARE(precious.readAll(), QByteArray("precious"));
 }
@@ -183,23 +183,23 @@ void TestSandbox::nothingOutsideTheHomeIsChanged()
 {
     TestHome home;
     QTemporaryDir outside;
-    const QString victim = outside.filePath(QStringLiteral("victim"));
+    const QString victim = outside.filePath(u"victim"_s);
     PlistFixtures::writeFile(victim, "keep");
-    QVERIFY(QFile::link(victim, home.path(QStringLiteral("Preferences"))));
+    QVERIFY(QFile::link(victim, home.path(u"Preferences"_s)));
 
     home.sandbox.remove(victim);
-    home.sandbox.remove(QStringLiteral("~"));
-    home.sandbox.remove(QStringLiteral("~/"));
+    home.sandbox.remove(u"~"_s);
+    home.sandbox.remove(u"~/"_s);
     home.sandbox.removeRecursiveSubFilesFor(outside.path());
-    home.sandbox.write(QStringLiteral("changed"), victim);
-    home.sandbox.write(QStringLiteral("changed"), QStringLiteral("~/Preferences")); // through a link
+    home.sandbox.write(u"changed"_s, victim);
+    home.sandbox.write(u"changed"_s, u"~/Preferences"_s); // through a link
     QVERIFY(QFile::exists(victim));
     QVERIFY(QFileInfo(home.path()).isDir());
     QFile f(victim);
     QVERIFY(f.open(QIODevice::ReadOnly));
     QCOMPARE(f.readAll(), QByteArray("keep"));
     QVERIFY(home.t.log.lines().size() >= 5);
-    QVERIFY(home.t.log.lines().first().contains(QStringLiteral("outside the home folder")));
+    QVERIFY(home.t.log.lines().first().contains(u"outside the home folder"_s));
 }
 
 void TestSandbox::unsafeNamesAreRefused_data()
@@ -209,86 +209,84 @@ void TestSandbox::unsafeNamesAreRefused_data()
     QTest::newRow("dot") << ".";
     QTest::newRow("dot dot") << "..";
     QTest::newRow("slash") << "a/b";
-    QTest::newRow("NUL") << QString(QStringLiteral("a") + QChar(0) + QStringLiteral("b"));
+    QTest::newRow("NUL") << QString(u"a"_s + QChar(0) + u"b"_s);
 }
 
 void TestSandbox::unsafeNamesAreRefused()
 {
     QFETCH(QString, name);
     TestHome home;
-    home.file(QStringLiteral("Local Storage/keep"));
-    QVERIFY(!home.sandbox.childPath(QStringLiteral("~/Local Storage"), name));
+    home.file(u"Local Storage/keep"_s);
+    QVERIFY(!home.sandbox.childPath(u"~/Local Storage"_s, name));
     QCOMPARE(home.t.log.lines().size(), 1);
-    QCOMPARE(home.sandbox.childPath(QStringLiteral("~/Profiles/"), QStringLiteral("abc.default")),
-             QStringLiteral("~/Profiles/abc.default"));
+    QCOMPARE(home.sandbox.childPath(u"~/Profiles/"_s, u"abc.default"_s), u"~/Profiles/abc.default"_s);
 
     // A composed path that steps out is refused by the file layer itself.
-    home.sandbox.remove(QStringLiteral("~/Local Storage/../Local Storage"));
-    home.sandbox.remove(QStringLiteral("~/Local Storage/."));
-    QVERIFY(home.exists(QStringLiteral("Local Storage/keep")));
+    home.sandbox.remove(u"~/Local Storage/../Local Storage"_s);
+    home.sandbox.remove(u"~/Local Storage/."_s);
+    QVERIFY(home.exists(u"Local Storage/keep"_s));
     QCOMPARE(home.t.log.lines().size(), 3);
 }
 
 void TestSandbox::removeRecursiveSubFilesKeepsFoldersAndSyncAgentData()
 {
     TestHome home;
-    home.file(QStringLiteral("Caches/a/b.txt"));
-    home.file(QStringLiteral("Caches/.hidden"));
-    home.file(QStringLiteral("Caches/com.apple.SafariBookmarksSyncAgent/c.txt"));
-    home.file(QStringLiteral("Caches/x/com.apple.SafariBookmarksSyncAgent.db"));
-    home.sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Caches"));
-    QVERIFY(!home.exists(QStringLiteral("Caches/a/b.txt")));
-    QVERIFY(!home.exists(QStringLiteral("Caches/.hidden")));
-    QVERIFY(QFileInfo(home.path(QStringLiteral("Caches/a"))).isDir());
-    QVERIFY(home.exists(QStringLiteral("Caches/com.apple.SafariBookmarksSyncAgent/c.txt")));
-    QVERIFY(home.exists(QStringLiteral("Caches/x/com.apple.SafariBookmarksSyncAgent.db")));
+    home.file(u"Caches/a/b.txt"_s);
+    home.file(u"Caches/.hidden"_s);
+    home.file(u"Caches/com.apple.SafariBookmarksSyncAgent/c.txt"_s);
+    home.file(u"Caches/x/com.apple.SafariBookmarksSyncAgent.db"_s);
+    home.sandbox.removeRecursiveSubFilesFor(u"~/Caches"_s);
+    QVERIFY(!home.exists(u"Caches/a/b.txt"_s));
+    QVERIFY(!home.exists(u"Caches/.hidden"_s));
+    QVERIFY(QFileInfo(home.path(u"Caches/a"_s)).isDir());
+    QVERIFY(home.exists(u"Caches/com.apple.SafariBookmarksSyncAgent/c.txt"_s));
+    QVERIFY(home.exists(u"Caches/x/com.apple.SafariBookmarksSyncAgent.db"_s));
 }
 
 void TestSandbox::secureDeleteKeepsAFileItCannotOverwrite()
 {
     TestHome home;
-    const QString locked = home.file(QStringLiteral("Default/locked"), "secret");
-    const QString plain = home.file(QStringLiteral("Default/plain"), "secret");
+    const QString locked = home.file(u"Default/locked"_s, "secret");
+    const QString plain = home.file(u"Default/plain"_s, "secret");
     QVERIFY(QFile::setPermissions(plain, QFileDevice::Permissions(0x6666)));
     QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::ReadOther));
-    for (const QString& folder : {home.path(), home.path(QStringLiteral("Default"))})
+    for (const QString& folder : {home.path(), home.path(u"Default"_s)})
         QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
     home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
     QVERIFY(asUnprivilegedUser([&] {
-        home.sandbox.remove(QStringLiteral("~/Default/locked"));
-        home.sandbox.remove(QStringLiteral("~/Default/plain"));
+        home.sandbox.remove(u"~/Default/locked"_s);
+        home.sandbox.remove(u"~/Default/plain"_s);
         return true;
     }));
-    QCOMPARE(home.read(QStringLiteral("Default/locked")), QByteArray("secret"));
-    QVERIFY(!home.exists(QStringLiteral("Default/plain")));
+    QCOMPARE(home.read(u"Default/locked"_s), QByteArray("secret"));
+    QVERIFY(!home.exists(u"Default/plain"_s));
 
     // Without secure deletion the same file goes.
     home.t.defaults.setBool(false, SettingsKeys::secureDeleteData);
     QVERIFY(asUnprivilegedUser([&] {
-        home.sandbox.remove(QStringLiteral("~/Default/locked"));
+        home.sandbox.remove(u"~/Default/locked"_s);
         return true;
     }));
-    QVERIFY(!home.exists(QStringLiteral("Default/locked")));
+    QVERIFY(!home.exists(u"Default/locked"_s));
 }
 
 void TestSandbox::writeIsAtomicAndKeepsPermissions()
 {
     TestHome home;
-    const QString prefs = home.file(QStringLiteral("Default/Preferences"), "{}");
+    const QString prefs = home.file(u"Default/Preferences"_s, "{}");
     QVERIFY(QFile::setPermissions(prefs,
                                   QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
-    const QVariantMap dict{
-        {QStringLiteral("TopSites"), QVariantList{QStringLiteral("https://example.org/")}}};
-    home.sandbox.write(dict, QStringLiteral("~/Default/Preferences"));
-    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/Default/Preferences")), dict);
+    const QVariantMap dict{{u"TopSites"_s, QVariantList{u"https://example.org/"_s}}};
+    home.sandbox.write(dict, u"~/Default/Preferences"_s);
+    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(u"~/Default/Preferences"_s), dict);
     QCOMPARE(QFile::permissions(prefs), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                             QFileDevice::ReadGroup | QFileDevice::ReadUser |
                                             QFileDevice::WriteUser);
-    home.sandbox.write(QByteArray("{\"a\":1}"), QStringLiteral("~/Default/Preferences"));
-    QCOMPARE(home.read(QStringLiteral("Default/Preferences")), QByteArray("{\"a\":1}"));
+    home.sandbox.write(QByteArray("{\"a\":1}"), u"~/Default/Preferences"_s);
+    QCOMPARE(home.read(u"Default/Preferences"_s), QByteArray("{\"a\":1}"));
     // No temporary file is left beside it.
-    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden),
-             QStringList{QStringLiteral("Preferences")});
+    QCOMPARE(QDir(home.path(u"Default"_s)).entryList(QDir::Files | QDir::Hidden),
+             QStringList{u"Preferences"_s});
 }
 
 void TestSandbox::linuxLayoutMapsReferencePaths_data()
@@ -325,7 +323,7 @@ void TestSandbox::linuxLayoutMapsReferencePaths()
     home.file(reference);
     if (!native.isEmpty())
         home.file(native);
-    home.sandbox.remove(QStringLiteral("~/") + reference);
+    home.sandbox.remove(u"~/"_s + reference);
     if (native.isEmpty()) {
         QVERIFY(home.exists(reference));
     } else {
@@ -339,7 +337,7 @@ struct ListedPreview final : RemovalPreview
 {
     void record(const QString& action, const QString& path, qint64 bytes, const QString& detail) override
     {
-        lines.append(QStringLiteral("%1 %2 %3 %4").arg(action, path).arg(bytes).arg(detail).trimmed());
+        lines.append(u"%1 %2 %3 %4"_s.arg(action, path).arg(bytes).arg(detail).trimmed());
     }
     QStringList lines;
 };
@@ -350,32 +348,29 @@ void TestSandbox::aPreviewReportsAndChangesNothing()
     TestHome home;
     ListedPreview preview;
     Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, &preview});
-    home.file(QStringLiteral("Cookies/a"), "12345");
-    home.file(QStringLiteral("Cache/x/y"), "123");
-    home.file(QStringLiteral("Cache/z"), "1");
-    const QString db = home.path(QStringLiteral("History.db"));
+    home.file(u"Cookies/a"_s, "12345");
+    home.file(u"Cache/x/y"_s, "123");
+    home.file(u"Cache/z"_s, "1");
+    const QString db = home.path(u"History.db"_s);
     {
         Sqlite sqlite(db);
-        sqlite.executeQuery(QStringLiteral("CREATE TABLE t (v)"));
-        sqlite.executeQuery(QStringLiteral("INSERT INTO t VALUES (1)"));
+        sqlite.executeQuery(u"CREATE TABLE t (v)"_s);
+        sqlite.executeQuery(u"INSERT INTO t VALUES (1)"_s);
     }
     const qint64 dbSize = QFileInfo(db).size();
-    sandbox.remove(QStringLiteral("~/Cookies"));
-    sandbox.removeRecursiveSubFilesFor(QStringLiteral("~/Cache"));
-    sandbox.write(QByteArray("new"), QStringLiteral("~/Cookies/a"));
-    sandbox.runSql(QStringLiteral("DELETE FROM t"), QStringLiteral("~/History.db"));
+    sandbox.remove(u"~/Cookies"_s);
+    sandbox.removeRecursiveSubFilesFor(u"~/Cache"_s);
+    sandbox.write(QByteArray("new"), u"~/Cookies/a"_s);
+    sandbox.runSql(u"DELETE FROM t"_s, u"~/History.db"_s);
     // Reading still works, so a preview walks the same steps as a real run.
-    QCOMPARE(sandbox.returnArrayFromSql(QStringLiteral(" select v from t"), QStringLiteral("~/History.db"))
-                 ->size(),
-             1);
-    QCOMPARE(preview.lines,
-             QStringList({QStringLiteral("remove %1 5").arg(home.path(QStringLiteral("Cookies"))),
-                          QStringLiteral("remove files below %1 4").arg(home.path(QStringLiteral("Cache"))),
-                          QStringLiteral("write %1 3").arg(home.path(QStringLiteral("Cookies/a"))),
-                          QStringLiteral("change %1 %2 DELETE FROM t").arg(db).arg(dbSize)}));
-    QCOMPARE(home.read(QStringLiteral("Cookies/a")), QByteArray("12345"));
-    QVERIFY(home.exists(QStringLiteral("Cache/x/y")) && home.exists(QStringLiteral("Cache/z")));
-    QCOMPARE(Sqlite(db).executeQuery(QStringLiteral("SELECT v FROM t"))->size(), 1);
+    QCOMPARE(sandbox.returnArrayFromSql(u" select v from t"_s, u"~/History.db"_s)->size(), 1);
+    QCOMPARE(preview.lines, QStringList({u"remove %1 5"_s.arg(home.path(u"Cookies"_s)),
+                                         u"remove files below %1 4"_s.arg(home.path(u"Cache"_s)),
+                                         u"write %1 3"_s.arg(home.path(u"Cookies/a"_s)),
+                                         u"change %1 %2 DELETE FROM t"_s.arg(db).arg(dbSize)}));
+    QCOMPARE(home.read(u"Cookies/a"_s), QByteArray("12345"));
+    QVERIFY(home.exists(u"Cache/x/y"_s) && home.exists(u"Cache/z"_s));
+    QCOMPARE(Sqlite(db).executeQuery(u"SELECT v FROM t"_s)->size(), 1);
 }
 
 void TestSandbox::aFailedWriteLeavesTheOldFile()
@@ -384,31 +379,31 @@ void TestSandbox::aFailedWriteLeavesTheOldFile()
     if (!disk.isMounted())
         QSKIP("a small file system cannot be mounted here (needs root)");
     TestHome home(true, disk.path());
-    const QString prefs = home.file(QStringLiteral("Default/Preferences"), "{\"homepage\":\"kept\"}");
+    const QString prefs = home.file(u"Default/Preferences"_s, "{\"homepage\":\"kept\"}");
     disk.fill();
-    home.sandbox.write(QByteArray(20000, ' '), QStringLiteral("~/Default/Preferences"));
+    home.sandbox.write(QByteArray(20000, ' '), u"~/Default/Preferences"_s);
     QFile file(prefs);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("{\"homepage\":\"kept\"}"));
-    QCOMPARE(QDir(home.path(QStringLiteral("Default"))).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    QVERIFY(!home.t.log.lines().filter(QStringLiteral("could not write")).isEmpty());
+    QCOMPARE(QDir(home.path(u"Default"_s)).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    QVERIFY(!home.t.log.lines().filter(u"could not write"_s).isEmpty());
 }
 
 void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data()
 {
     QTest::addColumn<QString>("sql");
     QTest::addColumn<bool>("listed");
-    QTest::newRow("select") << QStringLiteral("SELECT v FROM t") << false;
-    QTest::newRow("reading pragma") << QStringLiteral("PRAGMA user_version") << false;
-    QTest::newRow("setting pragma") << QStringLiteral("PRAGMA user_version=7") << true;
-    QTest::newRow("journal mode") << QStringLiteral("PRAGMA journal_mode=WAL") << true;
-    QTest::newRow("delete") << QStringLiteral("DELETE FROM t") << true;
-    QTest::newRow("update") << QStringLiteral("UPDATE t SET v = 2 WHERE v = 1") << true;
+    QTest::newRow("select") << u"SELECT v FROM t"_s << false;
+    QTest::newRow("reading pragma") << u"PRAGMA user_version"_s << false;
+    QTest::newRow("setting pragma") << u"PRAGMA user_version=7"_s << true;
+    QTest::newRow("journal mode") << u"PRAGMA journal_mode=WAL"_s << true;
+    QTest::newRow("delete") << u"DELETE FROM t"_s << true;
+    QTest::newRow("update") << u"UPDATE t SET v = 2 WHERE v = 1"_s << true;
     // What would change nothing is not listed: a preview says what would go.
-    QTest::newRow("delete from an empty table") << QStringLiteral("DELETE FROM empty WHERE v = 1") << false;
-    QTest::newRow("quoted empty table") << QStringLiteral("UPDATE \"empty\" SET v = 2") << false;
-    QTest::newRow("no such table") << QStringLiteral("DELETE FROM gone") << false;
-    QTest::newRow("vacuum") << QStringLiteral("VACUUM") << false;
+    QTest::newRow("delete from an empty table") << u"DELETE FROM empty WHERE v = 1"_s << false;
+    QTest::newRow("quoted empty table") << u"UPDATE \"empty\" SET v = 2"_s << false;
+    QTest::newRow("no such table") << u"DELETE FROM gone"_s << false;
+    QTest::newRow("vacuum") << u"VACUUM"_s << false;
 }
 
 void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview()
@@ -416,30 +411,30 @@ void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview()
     QFETCH(QString, sql);
     QFETCH(bool, listed);
     TestHome home;
-    const QString db = home.path(QStringLiteral("History"));
+    const QString db = home.path(u"History"_s);
     {
         Sqlite sqlite(db);
-        sqlite.executeQuery(QStringLiteral("CREATE TABLE t (v)"));
-        sqlite.executeQuery(QStringLiteral("CREATE TABLE empty (v)"));
-        sqlite.executeQuery(QStringLiteral("INSERT INTO t VALUES (1)"));
+        sqlite.executeQuery(u"CREATE TABLE t (v)"_s);
+        sqlite.executeQuery(u"CREATE TABLE empty (v)"_s);
+        sqlite.executeQuery(u"INSERT INTO t VALUES (1)"_s);
     }
-    const QByteArray before = home.read(QStringLiteral("History"));
+    const QByteArray before = home.read(u"History"_s);
     ListedPreview preview;
     Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, &preview});
-    sandbox.runSql(sql, QStringLiteral("~/History"));
+    sandbox.runSql(sql, u"~/History"_s);
     QCOMPARE(preview.lines.size(), listed ? 1 : 0);
-    QCOMPARE(home.read(QStringLiteral("History")), before);
-    QVERIFY(!home.exists(QStringLiteral("History-wal")));
+    QCOMPARE(home.read(u"History"_s), before);
+    QVERIFY(!home.exists(u"History-wal"_s));
 }
 
 void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("sql");
-    QTest::newRow("zero bytes, create") << QByteArray() << QStringLiteral("CREATE TABLE x (a)");
-    QTest::newRow("zero bytes, vacuum") << QByteArray() << QStringLiteral("VACUUM");
-    QTest::newRow("zero bytes, pragma") << QByteArray() << QStringLiteral("PRAGMA user_version=7");
-    QTest::newRow("JSON") << QByteArray("{\"a\":1}") << QStringLiteral("VACUUM");
+    QTest::newRow("zero bytes, create") << QByteArray() << u"CREATE TABLE x (a)"_s;
+    QTest::newRow("zero bytes, vacuum") << QByteArray() << u"VACUUM"_s;
+    QTest::newRow("zero bytes, pragma") << QByteArray() << u"PRAGMA user_version=7"_s;
+    QTest::newRow("JSON") << QByteArray("{\"a\":1}") << u"VACUUM"_s;
 }
 
 void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten()
@@ -447,47 +442,46 @@ void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten()
     QFETCH(QByteArray, content);
     QFETCH(QString, sql);
     TestHome home;
-    home.file(QStringLiteral("Web Data"), content);
-    home.sandbox.runSql(sql, QStringLiteral("~/Web Data"));
-    QCOMPARE(home.read(QStringLiteral("Web Data")), content);
-    QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden),
-             QStringList{QStringLiteral("Web Data")});
+    home.file(u"Web Data"_s, content);
+    home.sandbox.runSql(sql, u"~/Web Data"_s);
+    QCOMPARE(home.read(u"Web Data"_s), content);
+    QCOMPARE(QDir(home.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"Web Data"_s});
 }
 
 void TestSandbox::specialFilesReadAsNothing_data()
 {
     QTest::addColumn<QString>("kind");
-    QTest::newRow("FIFO") << QStringLiteral("fifo");
-    QTest::newRow("link to /dev/zero") << QStringLiteral("zero");
-    QTest::newRow("folder") << QStringLiteral("folder");
+    QTest::newRow("FIFO") << u"fifo"_s;
+    QTest::newRow("link to /dev/zero") << u"zero"_s;
+    QTest::newRow("folder") << u"folder"_s;
 }
 
 void TestSandbox::specialFilesReadAsNothing()
 {
     QFETCH(QString, kind);
     TestHome home;
-    const QString path = home.path(QStringLiteral("Local State"));
+    const QString path = home.path(u"Local State"_s);
     if (kind == QLatin1String("fifo"))
         QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     else if (kind == QLatin1String("zero"))
-        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
+        QVERIFY(QFile::link(u"/dev/zero"_s, path));
     else
-        home.folder(QStringLiteral("Local State"));
+        home.folder(u"Local State"_s);
     QElapsedTimer clock;
     clock.start();
-    QVERIFY(!home.sandbox.contentsOf(QStringLiteral("~/Local State")));
-    QVERIFY(!home.sandbox.dataWithContentsOfFile(QStringLiteral("~/Local State")));
-    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(QStringLiteral("~/Local State")).isEmpty());
+    QVERIFY(!home.sandbox.contentsOf(u"~/Local State"_s));
+    QVERIFY(!home.sandbox.dataWithContentsOfFile(u"~/Local State"_s));
+    QVERIFY(home.sandbox.dictionaryWithContentsOfFile(u"~/Local State"_s).isEmpty());
     QVERIFY(clock.elapsed() < 1000);
 }
 
 void TestSandbox::onlyTheChosenFolderIsRecorded()
 {
     TestHome home;
-    home.file(QStringLiteral("Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb/LOG"));
-    home.sandbox.remove(QStringLiteral("~/Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb"));
-    home.sandbox.write(QByteArray("{}"), QStringLiteral("~/Library/Preferences.json"));
-    home.sandbox.fileExists(QStringLiteral("~/Library/Caches"));
+    home.file(u"Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb/LOG"_s);
+    home.sandbox.remove(u"~/Library/Caches/https_secret-clinic.example_0.indexeddb.leveldb"_s);
+    home.sandbox.write(QByteArray("{}"), u"~/Library/Preferences.json"_s);
+    home.sandbox.fileExists(u"~/Library/Caches"_s);
     auto records = [&] {
         return home.t.defaults.dictionaryRepresentation().keys().filter(
             AppSandboxFileAccessPersist::keyPrefix);
@@ -497,7 +491,7 @@ void TestSandbox::onlyTheChosenFolderIsRecorded()
     QCOMPARE(records(), homeOnly);
     // Records below the granted folder that earlier versions wrote go at the next start, also those
     // of folders that no longer exist (their keys end in "/").
-    for (const QString& below : {QStringLiteral("Library/Caches/x"), QStringLiteral("Library/gone/")})
+    for (const QString& below : {u"Library/Caches/x"_s, u"Library/gone/"_s})
         home.t.defaults.setObject(QByteArray("old"), AppSandboxFileAccessPersist::keyForBookmarkDataForURL(
                                                          QUrl::fromLocalFile(home.path(below))));
     QVERIFY(AppSandboxFileAccessPersist(home.t.defaults).removeRecordsBelowGrants());
@@ -530,7 +524,7 @@ void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
     TestHome home;
     home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
     QTemporaryDir outside;
-    const QString real = outside.filePath(QStringLiteral("real"));
+    const QString real = outside.filePath(u"real"_s);
     QVERIFY(QDir().mkpath(real + QLatin1Char('/') + QFileInfo(target).path().mid(linked.size())));
     QVERIFY(PlistFixtures::writeFile(real + target.mid(linked.size()), "visited"));
     if (!ownedByUser)
@@ -539,12 +533,11 @@ void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
     QVERIFY(QFile::link(real, home.path(linked)));
     // The file layer of the install whose roots these are.
     ProblemReport problems;
-    Sandbox sandbox =
-        Sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems})
-            .forRoots({QStringLiteral("~/.config/chromium"), QStringLiteral("~/.cache/chromium")});
-    sandbox.remove(QStringLiteral("~/") + target);
+    Sandbox sandbox = Sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, nullptr, &problems})
+                          .forRoots({u"~/.config/chromium"_s, u"~/.cache/chromium"_s});
+    sandbox.remove(u"~/"_s + target);
     QCOMPARE(!QFile::exists(real + target.mid(linked.size())), removed);
-    QCOMPARE(home.t.log.lines().filter(QStringLiteral("outside the home folder")).isEmpty(), removed);
+    QCOMPARE(home.t.log.lines().filter(u"outside the home folder"_s).isEmpty(), removed);
     QCOMPARE(problems.lines().isEmpty(), removed); // what corvella-clean warns about
 }
 
@@ -552,10 +545,10 @@ void TestSandbox::danglingLinksAreRemoved()
 {
     TestHome home;
     // Browsers' lock files are links to "host-pid", which names no file at all.
-    QVERIFY(QFile::link(QStringLiteral("myhost-4242"), home.path(QStringLiteral("SingletonLock"))));
-    QVERIFY(QFile::link(QStringLiteral("/nonexistent/target"), home.path(QStringLiteral("outside"))));
-    home.sandbox.remove(QStringLiteral("~/SingletonLock"));
-    home.sandbox.remove(QStringLiteral("~/outside"));
+    QVERIFY(QFile::link(u"myhost-4242"_s, home.path(u"SingletonLock"_s)));
+    QVERIFY(QFile::link(u"/nonexistent/target"_s, home.path(u"outside"_s)));
+    home.sandbox.remove(u"~/SingletonLock"_s);
+    home.sandbox.remove(u"~/outside"_s);
     QVERIFY(QDir(home.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).isEmpty());
 }
 

@@ -4,6 +4,8 @@
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
+using namespace Qt::StringLiterals;
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -45,7 +47,7 @@ private:
 void TestSecureDelete::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
-    m_file = m_dir->filePath(QStringLiteral("Cookies"));
+    m_file = m_dir->filePath(u"Cookies"_s);
     m_original = QByteArray(3000, 'x');
     QVERIFY(PlistFixtures::writeFile(m_file, m_original));
 }
@@ -105,7 +107,7 @@ void TestSecureDelete::aFileThatCannotBeOpenedForWritingFails()
 
 void TestSecureDelete::aLinkIsNeverWrittenThrough()
 {
-    const QString link = m_dir->filePath(QStringLiteral("link"));
+    const QString link = m_dir->filePath(u"link"_s);
     QVERIFY(QFile::link(m_file, link));
     QVERIFY(!SecureDelete::wipe(link));
     QCOMPARE(contents(m_file), m_original);
@@ -115,14 +117,14 @@ void TestSecureDelete::aFileSharedByAnotherHardLinkIsOnlyUnlinked()
 {
     TestHome home;
     home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
-    const QString cookies = home.file(QStringLiteral("Library/Cookies/Cookies.binarycookies"), m_original);
+    const QString cookies = home.file(u"Library/Cookies/Cookies.binarycookies"_s, m_original);
     // The other name lies outside the home folder: its content is not Corvella's to destroy.
-    const QString outside = m_dir->filePath(QStringLiteral("backup"));
+    const QString outside = m_dir->filePath(u"backup"_s);
     QVERIFY(::link(QFile::encodeName(cookies).constData(), QFile::encodeName(outside).constData()) == 0);
-    home.sandbox.remove(QStringLiteral("~/Library/Cookies/Cookies.binarycookies"));
+    home.sandbox.remove(u"~/Library/Cookies/Cookies.binarycookies"_s);
     QVERIFY(!QFile::exists(cookies));
     QCOMPARE(contents(outside), m_original);
-    QCOMPARE(home.t.log.lines().filter(QStringLiteral("other hard links")).size(), 1);
+    QCOMPARE(home.t.log.lines().filter(u"other hard links"_s).size(), 1);
 }
 
 void TestSecureDelete::wipesFilesItCannotNameByPath_data()
@@ -154,8 +156,8 @@ void TestSecureDelete::wipesFilesItCannotNameByPath()
     ::close(dir);
     QCOMPARE(::write(fd, m_original.constData(), size_t(m_original.size())), ssize_t(m_original.size()));
     // The descriptor outlives the unlink and shows what the wipe left in the data.
-    home.sandbox.remove(QStringLiteral("~/Library/Caches/Firefox"));
-    QVERIFY(!home.exists(QStringLiteral("Library/Caches/Firefox")));
+    home.sandbox.remove(u"~/Library/Caches/Firefox"_s);
+    QVERIFY(!home.exists(u"Library/Caches/Firefox"_s));
     QByteArray left(m_original.size(), 0);
     QCOMPARE(::pread(fd, left.data(), size_t(left.size()), 0), ssize_t(left.size()));
     ::close(fd);
@@ -185,25 +187,22 @@ void TestSecureDelete::aLargeSparseFileIsWipedWithoutFillingItsHoles()
 void TestSecureDelete::theOverwriteReachesTheDiskBeforeTheUnlink()
 {
     // A real ext4 file system in an image, so what is on the "device" can be read afterwards.
-    const QString image = m_dir->filePath(QStringLiteral("disk.img"));
-    const QString mountPoint = m_dir->filePath(QStringLiteral("mnt"));
+    const QString image = m_dir->filePath(u"disk.img"_s);
+    const QString mountPoint = m_dir->filePath(u"mnt"_s);
     QDir().mkpath(mountPoint);
     QFile(image).open(QIODevice::WriteOnly);
     QFile(image).resize(8 * 1024 * 1024);
-    if (::geteuid() != 0 ||
-        QProcess::execute(QStringLiteral("mkfs.ext4"), {QStringLiteral("-q"), QStringLiteral("-F"), image}) !=
-            0 ||
-        QProcess::execute(QStringLiteral("mount"),
-                          {QStringLiteral("-o"), QStringLiteral("loop"), image, mountPoint}) != 0)
+    if (::geteuid() != 0 || QProcess::execute(u"mkfs.ext4"_s, {u"-q"_s, u"-F"_s, image}) != 0 ||
+        QProcess::execute(u"mount"_s, {u"-o"_s, u"loop"_s, image, mountPoint}) != 0)
         QSKIP("an ext4 image cannot be mounted here (needs root and loop devices)");
     const QByteArray secret = QByteArray("CORVELLA-SECRET-").repeated(4096); // 64 KiB
-    const QString file = mountPoint + QStringLiteral("/Cookies");
+    const QString file = mountPoint + u"/Cookies"_s;
     QVERIFY(PlistFixtures::writeFile(file, secret));
     ::sync();
     // What the file layer does: wipe, then unlink at once.
     QVERIFY(SecureDelete::wipe(file));
     QVERIFY(QFile::remove(file));
-    QCOMPARE(QProcess::execute(QStringLiteral("umount"), {mountPoint}), 0);
+    QCOMPARE(QProcess::execute(u"umount"_s, {mountPoint}), 0);
     QFile device(image);
     QVERIFY(device.open(QIODevice::ReadOnly));
     QCOMPARE(device.readAll().count("CORVELLA-SECRET-"), 0);

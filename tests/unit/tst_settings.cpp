@@ -4,6 +4,8 @@
 #include "support/PlistFixtures.h"
 #include "support/TestAgent.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -46,20 +48,18 @@ void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
     const QVariantMap settings = t.defaults.dictionaryForKey(SettingsKeys::settings);
     for (const char* category : {"cache", "downloads", "flash"}) {
         const QString key = QLatin1String(category);
-        QCOMPARE(settings.value(QStringLiteral("Brave:") + key),
-                 settings.value(QStringLiteral("Chromium:") + key));
-        QCOMPARE(settings.value(QStringLiteral("Floorp:") + key),
-                 settings.value(QStringLiteral("Firefox:") + key));
+        QCOMPARE(settings.value(u"Brave:"_s + key), settings.value(u"Chromium:"_s + key));
+        QCOMPARE(settings.value(u"Floorp:"_s + key), settings.value(u"Firefox:"_s + key));
     }
-    QVERIFY(settings.value(QStringLiteral("Brave:cache")).isValid());
+    QVERIFY(settings.value(u"Brave:cache"_s).isValid());
 }
 
 void TestSettings::aMissingDefaultsResourceRegistersNothing()
 {
     QTemporaryDir dir;
-    const QString broken = dir.filePath(QStringLiteral("Defaults.plist"));
+    const QString broken = dir.filePath(u"Defaults.plist"_s);
     QVERIFY(PlistFixtures::writeFile(broken, "<plist><dict><key>showInMenu</key>"));
-    for (const QString& resource : {broken, dir.filePath(QStringLiteral("missing.plist"))}) {
+    for (const QString& resource : {broken, dir.filePath(u"missing.plist"_s)}) {
         TestDefaults t;
         AppDelegate::initialize(t.defaults, resource);
         QVERIFY(!t.defaults.boolForKey(SettingsKeys::showInMenu));
@@ -72,16 +72,12 @@ void TestSettings::theMirrorHoldsOnlySelectedEntries_data()
 {
     QTest::addColumn<QVariantMap>("settings");
     QTest::addColumn<QStringList>("mirrored");
-    QTest::newRow("true and false") << QVariantMap{{QStringLiteral("Safari:cookies"), true},
-                                                   {QStringLiteral("Safari:cache"), false}}
-                                    << QStringList{QStringLiteral("Safari:cookies")};
+    QTest::newRow("true and false") << QVariantMap{{u"Safari:cookies"_s, true}, {u"Safari:cache"_s, false}}
+                                    << QStringList{u"Safari:cookies"_s};
     QTest::newRow("other kinds are not selections")
-        << QVariantMap{{QStringLiteral("Firefox:history"), 1},
-                       {QStringLiteral("Firefox:cache"), QStringLiteral("true")},
-                       {QStringLiteral("Firefox:forms"), true}}
-        << QStringList{QStringLiteral("Firefox:forms")};
-    QTest::newRow("nothing selected")
-        << QVariantMap{{QStringLiteral("Opera:cookies"), false}} << QStringList{};
+        << QVariantMap{{u"Firefox:history"_s, 1}, {u"Firefox:cache"_s, u"true"_s}, {u"Firefox:forms"_s, true}}
+        << QStringList{u"Firefox:forms"_s};
+    QTest::newRow("nothing selected") << QVariantMap{{u"Opera:cookies"_s, false}} << QStringList{};
 }
 
 void TestSettings::theMirrorHoldsOnlySelectedEntries()
@@ -105,13 +101,13 @@ void TestSettings::theMirrorIsReplacedNotMerged()
     TestAgent agent(t);
     AppDelegate& app = agent.app;
     app.startObservingSettings();
-    t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cookies"), true}}, SettingsKeys::settings);
-    t.defaults.setObject(QVariantMap{{QStringLiteral("Chromium:cache"), true}}, SettingsKeys::settings);
-    QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Chromium:cache")});
+    t.defaults.setObject(QVariantMap{{u"Chromium:cookies"_s, true}}, SettingsKeys::settings);
+    t.defaults.setObject(QVariantMap{{u"Chromium:cache"_s, true}}, SettingsKeys::settings);
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Chromium:cache"_s});
     // Another process (the command-line cleaner, a synced copy) changes the store.
     t.backend->changeExternally(
-        QVariantMap{{SettingsKeys::settings, QVariantMap{{QStringLiteral("Opera:history"), true}}}});
-    QCOMPARE(app.settingsController().content().keys(), QStringList{QStringLiteral("Opera:history")});
+        QVariantMap{{SettingsKeys::settings, QVariantMap{{u"Opera:history"_s, true}}}});
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Opera:history"_s});
     app.stopObservingSettings();
     t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
     QCOMPARE(app.settingsController().content().size(), 1);
@@ -124,16 +120,16 @@ void TestSettings::aCategoryChoiceReachesTheMirror()
     TestAgent agent(t);
     AppDelegate& app = agent.app;
     app.startObservingSettings();
-    app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("history"), true);
-    app.setCategorySelected(QStringLiteral("Firefox"), QStringLiteral("cache"), false);
+    app.setCategorySelected(u"Firefox"_s, u"history"_s, true);
+    app.setCategorySelected(u"Firefox"_s, u"cache"_s, false);
     const QVariantMap content = app.settingsController().content();
-    QVERIFY(SettingsController::isSelected(content, QStringLiteral("Firefox"), QStringLiteral("history")));
-    QVERIFY(!SettingsController::isSelected(content, QStringLiteral("Firefox"), QStringLiteral("cache")));
-    QVERIFY(!content.contains(QStringLiteral("Firefox:cache")));
+    QVERIFY(SettingsController::isSelected(content, u"Firefox"_s, u"history"_s));
+    QVERIFY(!SettingsController::isSelected(content, u"Firefox"_s, u"cache"_s));
+    QVERIFY(!content.contains(u"Firefox:cache"_s));
     // The stored dictionary keeps the false entry and the shipped choices of other browsers.
     const QVariantMap stored = t.backend->read()->value(SettingsKeys::settings).toMap();
-    QCOMPARE(stored.value(QStringLiteral("Firefox:cache")), QVariant(false));
-    QCOMPARE(stored.value(QStringLiteral("Safari:cache")), QVariant(true));
+    QCOMPARE(stored.value(u"Firefox:cache"_s), QVariant(false));
+    QCOMPARE(stored.value(u"Safari:cache"_s), QVariant(true));
 }
 
 void TestSettings::protectionCannotBeOnWithoutABrowser()
@@ -142,7 +138,7 @@ void TestSettings::protectionCannotBeOnWithoutABrowser()
     TestAgent agent(t);
     AppDelegate& app = agent.app;
     QSignalSpy enabled(&app, &AppDelegate::mainSwitchEnabledChanged);
-    t.defaults.setObject(QVariantList{QStringLiteral("org.mozilla.firefox")}, SettingsKeys::enabledBrowsers);
+    t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
     t.defaults.setBool(true, SettingsKeys::isRunning);
     app.checkEnabledButton();
     QVERIFY(app.isValid());

@@ -1,6 +1,8 @@
 #include "sandbox/Sqlite.h"
 #include "support/TestHome.h"
 
+using namespace Qt::StringLiterals;
+
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
@@ -23,9 +25,8 @@ private slots:
 private:
     int count(const QString& table)
     {
-        const auto rows =
-            m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT COUNT(*) AS n FROM ") + table, m_db);
-        return rows && !rows->isEmpty() ? rows->first().value(QStringLiteral("n")).toInt() : -1;
+        const auto rows = m_home->sandbox.returnArrayFromSql(u"SELECT COUNT(*) AS n FROM "_s + table, m_db);
+        return rows && !rows->isEmpty() ? rows->first().value(u"n"_s).toInt() : -1;
     }
     std::unique_ptr<TestHome> m_home;
     QString m_db;
@@ -34,34 +35,30 @@ private:
 void TestSqlite::init()
 {
     m_home = std::make_unique<TestHome>();
-    m_db = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Default")) +
-           QStringLiteral("/Cookies");
+    m_db = m_home->folder(u"Library/Application Support/Chromium/Default"_s) + u"/Cookies"_s;
     Sqlite db;
     QVERIFY(db.open(m_db));
     QVERIFY(db.executeNonQuery(
-        QStringLiteral("CREATE TABLE cookies (id INTEGER, host TEXT, value BLOB, ratio REAL, note TEXT)")));
-    QVERIFY(db.executeNonQuery(
-        QStringLiteral("INSERT INTO cookies VALUES (42, 'example.org', x'00ff10', 1.5, NULL)")));
-    QVERIFY(
-        db.executeNonQuery(QStringLiteral("INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')")));
-    QVERIFY(db.executeNonQuery(QStringLiteral("CREATE TABLE empty (id INTEGER)")));
+        u"CREATE TABLE cookies (id INTEGER, host TEXT, value BLOB, ratio REAL, note TEXT)"_s));
+    QVERIFY(db.executeNonQuery(u"INSERT INTO cookies VALUES (42, 'example.org', x'00ff10', 1.5, NULL)"_s));
+    QVERIFY(db.executeNonQuery(u"INSERT INTO cookies VALUES (2, 'tracker.test', x'', 0.25, 'n')"_s));
+    QVERIFY(db.executeNonQuery(u"CREATE TABLE empty (id INTEGER)"_s));
 }
 
 void TestSqlite::onlyTheFirstStatementRuns()
 {
-    m_home->sandbox.runSql(
-        QStringLiteral("DELETE FROM cookies WHERE id = 42; DELETE FROM cookies WHERE id = 2"), m_db);
-    const auto rows = m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT id FROM cookies"), m_db);
-    const QList<QVariantMap> expected{QVariantMap{{QStringLiteral("id"), QStringLiteral("2")}}};
+    m_home->sandbox.runSql(u"DELETE FROM cookies WHERE id = 42; DELETE FROM cookies WHERE id = 2"_s, m_db);
+    const auto rows = m_home->sandbox.returnArrayFromSql(u"SELECT id FROM cookies"_s, m_db);
+    const QList<QVariantMap> expected{QVariantMap{{u"id"_s, u"2"_s}}};
     QCOMPARE(*rows, expected);
 }
 
 void TestSqlite::aMissingDatabaseIsNeverCreated()
 {
-    const QString folder = m_home->folder(QStringLiteral("Library/Application Support/Chromium/Profile 1"));
-    const QString missing = folder + QStringLiteral("/Cookies");
-    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies"), missing);
-    QCOMPARE(*m_home->sandbox.returnArrayFromSql(QStringLiteral("SELECT 1"), missing), QList<QVariantMap>());
+    const QString folder = m_home->folder(u"Library/Application Support/Chromium/Profile 1"_s);
+    const QString missing = folder + u"/Cookies"_s;
+    m_home->sandbox.runSql(u"DELETE FROM cookies"_s, missing);
+    QCOMPARE(*m_home->sandbox.returnArrayFromSql(u"SELECT 1"_s, missing), QList<QVariantMap>());
     QVERIFY(QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
     QVERIFY(m_home->t.log.lines().isEmpty());
 }
@@ -93,15 +90,15 @@ void TestSqlite::aLockedDatabaseReturnsQuicklyUnchanged()
     Sqlite browser;
     QVERIFY(browser.open(m_db));
     QVERIFY(browser.beginTransaction());
-    QVERIFY(browser.executeNonQuery(QStringLiteral("UPDATE cookies SET host = host")));
+    QVERIFY(browser.executeNonQuery(u"UPDATE cookies SET host = host"_s));
 
     QElapsedTimer timer;
     timer.start();
-    m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies"), m_db);
+    m_home->sandbox.runSql(u"DELETE FROM cookies"_s, m_db);
     QVERIFY2(timer.elapsed() < 5000, "a locked database must not hold the removal run");
 
     QVERIFY(browser.rollback());
-    QCOMPARE(count(QStringLiteral("cookies")), 2);
+    QCOMPARE(count(u"cookies"_s), 2);
 }
 
 void TestSqlite::aStatementRunningWhenTheBrowserStartsIsUndone()
@@ -113,9 +110,9 @@ void TestSqlite::aStatementRunningWhenTheBrowserStartsIsUndone()
     m_home->sandbox.runStop().arm([] { return true; });
     QVERIFY(!m_home->sandbox.runSql(slow, m_db));
     QVERIFY(m_home->sandbox.runStop().disarm());
-    QCOMPARE(count(QStringLiteral("cookies")), 2);
-    QVERIFY(m_home->sandbox.runSql(QStringLiteral("DELETE FROM cookies WHERE id = 2"), m_db));
-    QCOMPARE(count(QStringLiteral("cookies")), 1);
+    QCOMPARE(count(u"cookies"_s), 2);
+    QVERIFY(m_home->sandbox.runSql(u"DELETE FROM cookies WHERE id = 2"_s, m_db));
+    QCOMPARE(count(u"cookies"_s), 1);
 }
 
 QTEST_GUILESS_MAIN(TestSqlite)

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
@@ -51,19 +53,17 @@ void TestUserDefaults::init()
 void TestUserDefaults::keepsValuesAcrossInstances()
 {
     MemoryLog log;
-    const QVariantMap settings{{QStringLiteral("Firefox:cookies"), true},
-                               {QStringLiteral("Firefox:cache"), false}};
+    const QVariantMap settings{{u"Firefox:cookies"_s, true}, {u"Firefox:cache"_s, false}};
     {
         auto defaults = open(log);
-        defaults->setBool(true, QStringLiteral("isRunning"));
-        defaults->setObject(QVariantList{QStringLiteral("org.mozilla.firefox")},
-                            QStringLiteral("enabledBrowsers"));
-        defaults->setObject(settings, QStringLiteral("settings"));
-        defaults->setObject(QByteArray("\x01\x02"), QStringLiteral("bd_file:///home/ann/"));
-        defaults->setBool(true, QStringLiteral("gone"));
-        defaults->removeObjectForKey(QStringLiteral("gone"));
+        defaults->setBool(true, u"isRunning"_s);
+        defaults->setObject(QVariantList{u"org.mozilla.firefox"_s}, u"enabledBrowsers"_s);
+        defaults->setObject(settings, u"settings"_s);
+        defaults->setObject(QByteArray("\x01\x02"), u"bd_file:///home/ann/"_s);
+        defaults->setBool(true, u"gone"_s);
+        defaults->removeObjectForKey(u"gone"_s);
     }
-    QVERIFY(m_file.endsWith(QStringLiteral(".config/corvella/com.tovanex.Corvella6.plist")));
+    QVERIFY(m_file.endsWith(u".config/corvella/com.tovanex.Corvella6.plist"_s));
     QFile file(m_file);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.readAll().contains("<plist version=\"1.0\">"));
@@ -71,12 +71,11 @@ void TestUserDefaults::keepsValuesAcrossInstances()
              QFileDevice::Permissions());
 
     auto reopened = open(log);
-    QVERIFY(reopened->boolForKey(QStringLiteral("isRunning")));
-    QCOMPARE(reopened->arrayForKey(QStringLiteral("enabledBrowsers")),
-             QVariantList{QStringLiteral("org.mozilla.firefox")});
-    QCOMPARE(reopened->dictionaryForKey(QStringLiteral("settings")), settings);
-    QCOMPARE(reopened->dataForKey(QStringLiteral("bd_file:///home/ann/")), QByteArray("\x01\x02"));
-    QVERIFY(!reopened->objectForKey(QStringLiteral("gone")));
+    QVERIFY(reopened->boolForKey(u"isRunning"_s));
+    QCOMPARE(reopened->arrayForKey(u"enabledBrowsers"_s), QVariantList{u"org.mozilla.firefox"_s});
+    QCOMPARE(reopened->dictionaryForKey(u"settings"_s), settings);
+    QCOMPARE(reopened->dataForKey(u"bd_file:///home/ann/"_s), QByteArray("\x01\x02"));
+    QVERIFY(!reopened->objectForKey(u"gone"_s));
     QVERIFY(log.lines().isEmpty());
 }
 
@@ -84,51 +83,50 @@ void TestUserDefaults::fallsBackToRegisteredValuesAndAbsentRules()
 {
     TestDefaults t;
     UserDefaults& d = t.defaults;
-    d.registerDefaults(
-        {{QStringLiteral("showInMenu"), true}, {QStringLiteral("name"), QStringLiteral("registered")}});
-    QVERIFY(d.boolForKey(QStringLiteral("showInMenu")));
-    d.setBool(false, QStringLiteral("showInMenu"));
-    QVERIFY(!d.boolForKey(QStringLiteral("showInMenu")));
-    d.removeObjectForKey(QStringLiteral("showInMenu"));
-    QVERIFY(d.boolForKey(QStringLiteral("showInMenu")));
-    QVERIFY(!t.backend->read()->contains(QStringLiteral("showInMenu")));
+    d.registerDefaults({{u"showInMenu"_s, true}, {u"name"_s, u"registered"_s}});
+    QVERIFY(d.boolForKey(u"showInMenu"_s));
+    d.setBool(false, u"showInMenu"_s);
+    QVERIFY(!d.boolForKey(u"showInMenu"_s));
+    d.removeObjectForKey(u"showInMenu"_s);
+    QVERIFY(d.boolForKey(u"showInMenu"_s));
+    QVERIFY(!t.backend->read()->contains(u"showInMenu"_s));
 
     // Absent, or of another kind: false, empty, no value.
-    QVERIFY(!d.boolForKey(QStringLiteral("absent")));
-    QVERIFY(d.arrayForKey(QStringLiteral("absent")).isEmpty());
-    QVERIFY(d.dictionaryForKey(QStringLiteral("name")).isEmpty());
-    QVERIFY(!d.stringForKey(QStringLiteral("absent")));
-    QCOMPARE(d.stringForKey(QStringLiteral("name")), QStringLiteral("registered"));
-    QVERIFY(!d.dataForKey(QStringLiteral("name")));
+    QVERIFY(!d.boolForKey(u"absent"_s));
+    QVERIFY(d.arrayForKey(u"absent"_s).isEmpty());
+    QVERIFY(d.dictionaryForKey(u"name"_s).isEmpty());
+    QVERIFY(!d.stringForKey(u"absent"_s));
+    QCOMPARE(d.stringForKey(u"name"_s), u"registered"_s);
+    QVERIFY(!d.dataForKey(u"name"_s));
     // "Empty" and "no value" stay apart.
-    d.setObject(QString(QLatin1String("")), QStringLiteral("empty"));
-    QCOMPARE(d.stringForKey(QStringLiteral("empty")), QString());
-    QVERIFY(d.stringForKey(QStringLiteral("empty")).has_value());
-    QVERIFY(!d.setObject(QVariant(QPointF()), QStringLiteral("point")));
-    QVERIFY(!d.objectForKey(QStringLiteral("point")));
+    d.setObject(QString(QLatin1String("")), u"empty"_s);
+    QCOMPARE(d.stringForKey(u"empty"_s), QString());
+    QVERIFY(d.stringForKey(u"empty"_s).has_value());
+    QVERIFY(!d.setObject(QVariant(QPointF()), u"point"_s));
+    QVERIFY(!d.objectForKey(u"point"_s));
 }
 
 void TestUserDefaults::signalsEachChangeWithOldAndNewValue()
 {
     TestDefaults t;
-    t.defaults.registerDefaults({{QStringLiteral("hideDock"), true}});
+    t.defaults.registerDefaults({{u"hideDock"_s, true}});
     QSignalSpy values(&t.defaults, &UserDefaults::valueChanged);
     QSignalSpy domain(&t.defaults, &UserDefaults::defaultsChanged);
 
-    t.defaults.setBool(false, QStringLiteral("hideDock"));
+    t.defaults.setBool(false, u"hideDock"_s);
     QCOMPARE(values.size(), 1);
-    QCOMPARE(values[0][0].toString(), QStringLiteral("hideDock"));
+    QCOMPARE(values[0][0].toString(), u"hideDock"_s);
     QCOMPARE(values[0][1], QVariant(true));
     QCOMPARE(values[0][2], QVariant(false));
     QCOMPARE(domain.size(), 1);
 
     // The same value again changes nothing: no signal, no write.
     const int writes = t.backend->writes();
-    t.defaults.setBool(false, QStringLiteral("hideDock"));
+    t.defaults.setBool(false, u"hideDock"_s);
     QCOMPARE(values.size(), 1);
     QCOMPARE(t.backend->writes(), writes);
 
-    t.defaults.removeObjectForKey(QStringLiteral("hideDock"));
+    t.defaults.removeObjectForKey(u"hideDock"_s);
     QCOMPARE(values.size(), 2);
     QCOMPARE(values[1][2], QVariant(true));
 }
@@ -137,21 +135,21 @@ void TestUserDefaults::picksUpAChangeMadeByAnotherProcess()
 {
     MemoryLog log;
     auto agent = open(log);
-    agent->setBool(false, QStringLiteral("isRunning"));
+    agent->setBool(false, u"isRunning"_s);
     QSignalSpy values(agent.get(), &UserDefaults::valueChanged);
 
     auto other = open(log); // the command-line cleaner, say
-    other->setBool(true, QStringLiteral("isRunning"));
+    other->setBool(true, u"isRunning"_s);
 
-    QTRY_VERIFY_WITH_TIMEOUT(agent->boolForKey(QStringLiteral("isRunning")), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(agent->boolForKey(u"isRunning"_s), 5000);
     QCOMPARE(values.size(), 1);
-    QCOMPARE(values[0][0].toString(), QStringLiteral("isRunning"));
+    QCOMPARE(values[0][0].toString(), u"isRunning"_s);
 
     // A user's editor that rewrites the file in place.
     QVariantMap edited = other->dictionaryRepresentation();
-    edited.insert(QStringLiteral("displayNotifications"), true);
+    edited.insert(u"displayNotifications"_s, true);
     QVERIFY(PlistFixtures::writeFile(m_file, PlistFixtures::binary(edited)));
-    QTRY_VERIFY_WITH_TIMEOUT(agent->boolForKey(QStringLiteral("displayNotifications")), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(agent->boolForKey(u"displayNotifications"_s), 5000);
 }
 
 void TestUserDefaults::keepsAnUnreadableFileBesideAndStartsEmpty()
@@ -160,34 +158,34 @@ void TestUserDefaults::keepsAnUnreadableFileBesideAndStartsEmpty()
     QVERIFY(PlistFixtures::writeFile(m_file, broken));
     MemoryLog log;
     auto defaults = open(log);
-    QVERIFY(!defaults->boolForKey(QStringLiteral("isRunning")));
+    QVERIFY(!defaults->boolForKey(u"isRunning"_s));
     QCOMPARE(log.lines().size(), 1);
 
-    const QStringList kept = QDir(QFileInfo(m_file).absolutePath())
-                                 .entryList({QStringLiteral("com.tovanex.Corvella6.plist.unreadable-*")});
+    const QStringList kept =
+        QDir(QFileInfo(m_file).absolutePath()).entryList({u"com.tovanex.Corvella6.plist.unreadable-*"_s});
     QCOMPARE(kept.size(), 1);
     QFile keptFile(QFileInfo(m_file).absolutePath() + QLatin1Char('/') + kept.first());
     QVERIFY(keptFile.open(QIODevice::ReadOnly));
     QCOMPARE(keptFile.readAll(), broken);
     QVERIFY(log.lines().first().contains(kept.first()));
 
-    defaults->setBool(true, QStringLiteral("isRunning"));
-    QVERIFY(open(log)->boolForKey(QStringLiteral("isRunning")));
+    defaults->setBool(true, u"isRunning"_s);
+    QVERIFY(open(log)->boolForKey(u"isRunning"_s));
     QCOMPARE(log.lines().size(), 1);
 }
 
 void TestUserDefaults::keepsItsValuesWhileTheFileIsMidWrite()
 {
-    TestDefaults t(QVariantMap{{QStringLiteral("isRunning"), true}});
+    TestDefaults t(QVariantMap{{u"isRunning"_s, true}});
     t.backend->changeExternally(std::nullopt);
-    QVERIFY(t.defaults.boolForKey(QStringLiteral("isRunning")));
+    QVERIFY(t.defaults.boolForKey(u"isRunning"_s));
     QVERIFY(t.backend->quarantined().isEmpty());
 
     // Still unreadable when we write: it is set aside, and our values carry on.
-    t.defaults.setBool(true, QStringLiteral("displayNotifications"));
+    t.defaults.setBool(true, u"displayNotifications"_s);
     QCOMPARE(t.backend->quarantined().size(), 1);
-    QVERIFY(t.backend->read()->value(QStringLiteral("isRunning")).toBool());
-    QVERIFY(t.backend->read()->value(QStringLiteral("displayNotifications")).toBool());
+    QVERIFY(t.backend->read()->value(u"isRunning"_s).toBool());
+    QVERIFY(t.backend->read()->value(u"displayNotifications"_s).toBool());
 }
 
 void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
@@ -197,8 +195,7 @@ void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
     connect(
         &t.defaults, &UserDefaults::valueChanged, this, [&] { seenOn = QThread::currentThread(); },
         Qt::DirectConnection);
-    std::unique_ptr<QThread> worker(
-        QThread::create([&] { t.defaults.setBool(true, QStringLiteral("isRunning")); }));
+    std::unique_ptr<QThread> worker(QThread::create([&] { t.defaults.setBool(true, u"isRunning"_s); }));
     worker->start();
     QVERIFY(worker->wait(10000));
     QTRY_VERIFY(seenOn != nullptr);
@@ -209,8 +206,8 @@ void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
 {
     MemoryLog log;
     auto defaults = open(log);
-    QVERIFY(defaults->setBool(true, QStringLiteral("isRunning")));
-    const QByteArray edited = *PropertyList::toXml(QVariantMap{{QStringLiteral("editorKey"), true}});
+    QVERIFY(defaults->setBool(true, u"isRunning"_s));
+    const QByteArray edited = *PropertyList::toXml(QVariantMap{{u"editorKey"_s, true}});
     std::atomic<bool> done = false;
     // Truncates, then writes in two parts, as editors that save in place do.
     std::thread editor([&] {
@@ -228,10 +225,10 @@ void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
         done = true;
     });
     for (int i = 0; !done; ++i)
-        defaults->setBool(i % 2, QStringLiteral("isRunning"));
+        defaults->setBool(i % 2, u"isRunning"_s);
     editor.join();
     const QStringList setAside =
-        QDir(QFileInfo(m_file).absolutePath()).entryList({QStringLiteral("*.unreadable-*")}, QDir::Files);
+        QDir(QFileInfo(m_file).absolutePath()).entryList({u"*.unreadable-*"_s}, QDir::Files);
     QVERIFY2(setAside.isEmpty(), qPrintable(setAside.join(u' ')));
 }
 
@@ -271,23 +268,22 @@ void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWe
     const QString file = UserDefaults::filePathForHome(disk.path());
     MemoryLog log;
     auto defaults = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
-    QVERIFY(defaults->setObject(QVariantList{QStringLiteral("org.mozilla.firefox")},
-                                QStringLiteral("enabledBrowsers")));
+    QVERIFY(defaults->setObject(QVariantList{u"org.mozilla.firefox"_s}, u"enabledBrowsers"_s));
     QFile original(file);
     QVERIFY(original.open(QIODevice::ReadOnly));
     const QByteArray before = original.readAll();
     if (fullDisk)
         disk.fill();
     else
-        QVERIFY(disk.makeReadOnly(QStringLiteral(".config/corvella")));
-    QVERIFY(!defaults->setObject(QString(5000, QLatin1Char('x')), QStringLiteral("padding")));
-    QVERIFY(!defaults->objectForKey(QStringLiteral("padding")));
+        QVERIFY(disk.makeReadOnly(u".config/corvella"_s));
+    QVERIFY(!defaults->setObject(QString(5000, QLatin1Char('x')), u"padding"_s));
+    QVERIFY(!defaults->objectForKey(u"padding"_s));
     QVERIFY(original.seek(0));
     QCOMPARE(original.readAll(), before);
-    QCOMPARE(log.lines().filter(QStringLiteral("could not save its settings")).size(), 1);
+    QCOMPARE(log.lines().filter(u"could not save its settings"_s).size(), 1);
     // The file still reads: a later start keeps every choice.
     auto reopened = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
-    QCOMPARE(reopened->arrayForKey(QStringLiteral("enabledBrowsers")).size(), 1);
+    QCOMPARE(reopened->arrayForKey(u"enabledBrowsers"_s).size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestUserDefaults)
