@@ -6,7 +6,6 @@
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
-#include "support/SmallFileSystem.h"
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
@@ -46,7 +45,6 @@ private slots:
     void removeRecursiveSubFilesKeepsFoldersAndSyncAgentData();
     void secureDeleteKeepsAFileItCannotOverwrite();
     void writeIsAtomicAndKeepsPermissions();
-    void aFailedWriteLeavesTheOldFile();
     void sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data();
     void sqlThatWouldChangeADatabaseDoesNotRunInAPreview();
     void aFileThatIsNoDatabaseIsNeverWritten_data();
@@ -371,22 +369,6 @@ void TestSandbox::aPreviewReportsAndChangesNothing()
     QCOMPARE(home.read(u"Cookies/a"_s), QByteArray("12345"));
     QVERIFY(home.exists(u"Cache/x/y"_s) && home.exists(u"Cache/z"_s));
     QCOMPARE(Sqlite(db).executeQuery(u"SELECT v FROM t"_s)->size(), 1);
-}
-
-void TestSandbox::aFailedWriteLeavesTheOldFile()
-{
-    SmallFileSystem disk;
-    if (!disk.isMounted())
-        QSKIP("a small file system cannot be mounted here (needs root)");
-    TestHome home(true, disk.path());
-    const QString prefs = home.file(u"Default/Preferences"_s, "{\"homepage\":\"kept\"}");
-    disk.fill();
-    home.sandbox.write(QByteArray(20000, ' '), u"~/Default/Preferences"_s);
-    QFile file(prefs);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("{\"homepage\":\"kept\"}"));
-    QCOMPARE(QDir(home.path(u"Default"_s)).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    QVERIFY(!home.t.log.lines().filter(u"could not write"_s).isEmpty());
 }
 
 void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data()
