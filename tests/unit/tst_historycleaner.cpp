@@ -22,13 +22,10 @@ namespace F = BrowserFixtures;
 
 namespace {
 
-using TableCounts = QMap<QString, int>; // table: rows left
 const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
 const QString kSafari = u"Library/Safari/"_s;
-const QStringList kQuarantine{u"Library/Preferences/com.apple.LaunchServices.QuarantineEvents"_s,
-                              u"Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2"_s};
 
 // Every browser's history categories run against one home, as a removal run would call them.
 void clean(TestHome& home, const QString& browser, const QStringList& categories)
@@ -110,17 +107,13 @@ private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
     void historyForgetsWhatVisitsTaughtPreferences();
-    void chromiumDatabasesKeepWhatTheCategorySpares_data();
-    void chromiumDatabasesKeepWhatTheCategorySpares();
-    void firefoxHistoryKeepsBookmarkedPlaces();
-    void firefoxDownloadsTakePlacesNamedLikeThem_data();
-    void firefoxDownloadsTakePlacesNamedLikeThem();
+    void databasesKeepWhatTheCategorySpares_data();
+    void databasesKeepWhatTheCategorySpares();
     void safariTopSitesKeepThePinnedOnes();
     void safariLastSessionKeepsPinnedTabs_data();
     void safariLastSessionKeepsPinnedTabs();
     void websitePrefsRewriteKeepsEverythingElse_data();
     void websitePrefsRewriteKeepsEverythingElse();
-    void firefoxSitePreferencesGoGlobalOnesStay();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
     void firefoxSessionKeepsOnlyItsPinnedTabs();
     void chromiumSessionKeepsOnlyItsPinnedTabs_data();
@@ -181,6 +174,10 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
         "chrome/Default/History");
     row("Firefox forms, in folders only", "Firefox", "forms", "firefox/a.default/formhistory.sqlite",
         "Documents/linked/formhistory.sqlite, firefox/a.default/logins.json");
+    row("Firefox downloads with the system's records", "Firefox", "downloads",
+        "firefox/a.default/downloads.sqlite, Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
+        "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
+        "firefox/a.default/places.sqlite");
     row("Firefox favicons", "Firefox", "favicons",
         "firefox/a.default/favicons.sqlite, firefox/a.default/favicons.sqlite-wal, "
         "firefox/a.default/favicons.sqlite-shm",
@@ -241,94 +238,85 @@ void TestHistoryCleaner::historyForgetsWhatVisitsTaughtPreferences()
                         R"({"cookies":{"a.org":{"setting":2}}}}}})"));
 }
 
-void TestHistoryCleaner::chromiumDatabasesKeepWhatTheCategorySpares_data()
+void TestHistoryCleaner::databasesKeepWhatTheCategorySpares_data()
 {
+    QTest::addColumn<QString>("browser");
     QTest::addColumn<QString>("category");
     QTest::addColumn<QString>("database");
-    QTest::addColumn<TableCounts>("counts");
-    QTest::newRow("history keeps the downloads")
-        << u"history"_s << u"History"_s << TableCounts{{u"urls"_s, 0},         {u"visits"_s, 0},
-                                                       {u"visit_source"_s, 0}, {u"keyword_search_terms"_s, 0},
-                                                       {u"downloads"_s, 1},    {u"segments"_s, 1}};
-    QTest::newRow("downloads keep the history")
-        << u"downloads"_s << u"History"_s
-        << TableCounts{{u"downloads"_s, 0}, {u"segments"_s, 0}, {u"segment_usage"_s, 0}, {u"urls"_s, 2}};
-    QTest::newRow("forms keep search engines and sign-ins") << u"forms"_s << u"Web Data"_s
-                                                            << TableCounts{{u"autofill"_s, 0},
-                                                                           {u"autofill_profiles"_s, 0},
-                                                                           {u"credit_cards"_s, 0},
-                                                                           {u"keywords"_s, 2},
-                                                                           {u"token_service"_s, 1}};
-    QTest::newRow("searchEngines keep the built-in one")
-        << u"searchEngines"_s << u"Web Data"_s
-        << TableCounts{{u"keywords"_s, 1}, {u"autofill"_s, 1}, {u"token_service"_s, 1}};
-}
-
-void TestHistoryCleaner::chromiumDatabasesKeepWhatTheCategorySpares()
-{
-    QFETCH(QString, category);
-    QFETCH(QString, database);
-    QFETCH(TableCounts, counts);
-    TestHome home;
-    F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
-    const QStringList profiles{kChrome + u"/Default"_s, kChrome + u"/Profile 1"_s, kOpera};
-    for (const QString& profile : profiles)
-        F::chromiumHistory(home, profile);
-    clean(home, u"Google Chrome"_s, {category});
-    clean(home, u"Opera"_s, {category});
-    for (const QString& profile : profiles) {
-        for (auto it = counts.cbegin(); it != counts.cend(); ++it)
-            QVERIFY2(F::rowCount(home.path(profile + u'/' + database), it.key()) == it.value(),
-                     qPrintable(profile + u' ' + it.key()));
-    }
-    if (category == u"searchEngines"_s)
-        QCOMPARE(column(home.path(kOpera + u"/Web Data"_s), u"SELECT short_name FROM keywords"_s),
-                 u"DuckDuckGo"_s);
-}
-
-void TestHistoryCleaner::firefoxHistoryKeepsBookmarkedPlaces()
-{
-    TestHome home;
-    F::firefoxPlaces(home, u"a.default"_s, {});
-    const QString places = home.path(kFirefox + u"/a.default/places.sqlite"_s);
-    clean(home, u"Firefox"_s, {u"history"_s});
+    QTest::addColumn<QString>(
+        "query"); // SQL; "rows of T U": the tables' row counts; "no X": X not in the file
+    QTest::addColumn<QString>("result");
+    const auto row = [](const char* name, const char* browser, const char* category, const char* database,
+                        const char* query, const char* result) {
+        QTest::newRow(name) << QString::fromLatin1(browser) << QString::fromLatin1(category)
+                            << F::paths(database).first() << QString::fromUtf8(query)
+                            << QString::fromUtf8(result);
+    };
+    const char* places = "firefox/a.default/places.sqlite";
+    row("Chromium history keeps the downloads", "Google Chrome", "history", "chrome/Default/History",
+        "rows of urls visits visit_source keyword_search_terms downloads segments", "0,0,0,0,1,1");
+    row("Chromium downloads keep the history", "Google Chrome", "downloads", "chrome/Default/History",
+        "rows of downloads segments segment_usage urls", "0,0,0,2");
+    row("Chromium forms keep search engines and sign-ins", "Google Chrome", "forms",
+        "chrome/Default/Web Data", "rows of autofill autofill_profiles credit_cards keywords token_service",
+        "0,0,0,2,1");
+    row("Opera's search engines keep the built-in one", "Opera", "searchEngines", "opera/Web Data",
+        "SELECT short_name FROM keywords", "DuckDuckGo");
+    row("search engines keep forms and sign-ins", "Opera", "searchEngines", "opera/Web Data",
+        "rows of autofill token_service", "1,1");
     // Place 2, visited and not bookmarked, goes; the bookmarked one loses its statistics; the never
     // visited ones are untouched.
-    QCOMPARE(column(places, u"SELECT id || ':' || visit_count || ':' || frecency || ':' || "
-                            u"ifnull(last_visit_date, '-') FROM moz_places ORDER BY id"_s),
-             u"1:0:0:-,3:0:-1:-,4:0:0:-,5:0:0:-,6:0:0:-"_s);
-    QCOMPARE(column(places, u"SELECT (SELECT count(*) FROM moz_historyvisits) || (SELECT count(*) FROM "
-                            u"moz_inputhistory) || (SELECT count(*) FROM moz_bookmarks)"_s),
-             u"003"_s);
-    QCOMPARE(column(places, u"PRAGMA integrity_check"_s), u"ok"_s);
+    row("Firefox history keeps bookmarked places", "Firefox", "history", places,
+        "SELECT id || ':' || visit_count || ':' || frecency || ':' || ifnull(last_visit_date, '-') FROM "
+        "moz_places ORDER BY id",
+        "1:0:0:-,3:0:-1:-,4:0:0:-,5:0:0:-,6:0:0:-");
+    row("Firefox history takes visits and typed input", "Firefox", "history", places,
+        "rows of moz_historyvisits moz_inputhistory moz_bookmarks", "0,0,3");
+    row("Firefox history leaves a sound database", "Firefox", "history", places, "PRAGMA integrity_check",
+        "ok");
+    row("Firefox downloads take the places named like them", "Firefox", "downloads", places,
+        "SELECT id FROM moz_places ORDER BY id", "1,2,3,6");
+    row("a quote in a name leaves that one place", "Firefox", "downloads", places, "rows of moz_annos", "0");
+    row("no downloads: no change", "Firefox", "downloads", "firefox/b.default/places.sqlite",
+        "SELECT id FROM moz_places ORDER BY id", "1,2,3,4,5,6");
+    // A site's zoom goes, the one for every site (the default the user chose) stays.
+    row("Firefox site preferences go, global ones stay", "Firefox", "websitePrefs",
+        "firefox/a.default/content-prefs.sqlite", "rows of groups prefs settings", "0,1,1");
+    row("nothing of the site is left in the file", "Firefox", "websitePrefs",
+        "firefox/a.default/content-prefs.sqlite", "no clinic.example", "");
 }
 
-void TestHistoryCleaner::firefoxDownloadsTakePlacesNamedLikeThem_data()
+void TestHistoryCleaner::databasesKeepWhatTheCategorySpares()
 {
-    QTest::addColumn<QStringList>("downloads");
-    QTest::addColumn<QString>("places");
-    QTest::addColumn<int>("annotations");
-    QTest::newRow("a quote leaves that one place")
-        << QStringList{u"a.zip"_s, u"b.pdf"_s, u"it's.txt"_s} << u"1,2,3,6"_s << 0;
-    QTest::newRow("no downloads: no change") << QStringList() << u"1,2,3,4,5,6"_s << 1;
-}
-
-void TestHistoryCleaner::firefoxDownloadsTakePlacesNamedLikeThem()
-{
-    QFETCH(QStringList, downloads);
-    QFETCH(QString, places);
-    QFETCH(int, annotations);
+    QFETCH(QString, database);
+    QFETCH(QString, query);
     TestHome home;
-    F::firefoxPlaces(home, u"a.default"_s, downloads);
-    for (const QString& record : kQuarantine)
-        home.file(record);
-    clean(home, u"Firefox"_s, {u"downloads"_s});
-    const QString database = home.path(kFirefox + u"/a.default/places.sqlite"_s);
-    QCOMPARE(column(database, u"SELECT id FROM moz_places ORDER BY id"_s), places);
-    QCOMPARE(F::rowCount(database, u"moz_annos"_s), annotations);
-    QVERIFY(!home.exists(kFirefox + u"/a.default/downloads.sqlite"_s));
-    for (const QString& record : kQuarantine)
-        QVERIFY(!home.exists(record));
+    F::localState(home, kChrome, {u"Default"_s});
+    F::chromiumHistory(home, kChrome + u"/Default"_s);
+    F::chromiumHistory(home, kOpera);
+    F::firefoxPlaces(home, u"a.default"_s, {u"a.zip"_s, u"b.pdf"_s, u"it's.txt"_s});
+    F::firefoxPlaces(home, u"b.default"_s, {});
+    F::database(
+        home, kFirefox + u"/a.default/content-prefs.sqlite"_s,
+        {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+         u"CREATE TABLE settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
+         u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER REFERENCES groups(id), settingID "
+         "INTEGER NOT NULL REFERENCES settings(id), value BLOB, timestamp INTEGER NOT NULL DEFAULT 0)"_s,
+         u"INSERT INTO groups VALUES (1, 'clinic.example')"_s,
+         u"INSERT INTO settings VALUES (1, 'browser.content.full-zoom')"_s,
+         u"INSERT INTO prefs VALUES (1, NULL, 1, 1.5, 0), (2, 1, 1, 2.0, 0)"_s});
+    QFETCH(QString, browser);
+    QFETCH(QString, category);
+    clean(home, browser, {category});
+    QStringList result;
+    if (query.startsWith(u"no "_s))
+        QVERIFY(!home.read(database).contains(query.mid(3).toUtf8()));
+    else if (query.startsWith(u"rows of "_s))
+        for (const QString& table : query.mid(8).split(u' '))
+            result.append(QString::number(F::rowCount(home.path(database), table)));
+    else
+        result.append(column(home.path(database), query));
+    QTEST(result.join(u','), "result");
 }
 
 void TestHistoryCleaner::safariTopSitesKeepThePinnedOnes()
@@ -423,28 +411,6 @@ void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse()
     QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s), after);
     QCOMPARE(QFile::permissions(preferences) & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther),
              QFile::ReadOwner);
-}
-
-// Firefox's content preferences: the per-site rows (a site's zoom) go, the ones for every site (the
-// default zoom the user chose) stay.
-void TestHistoryCleaner::firefoxSitePreferencesGoGlobalOnesStay()
-{
-    TestHome home;
-    const QString prefs = F::database(
-        home, kFirefox + u"/a.default/content-prefs.sqlite"_s,
-        {u"CREATE TABLE groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
-         u"CREATE TABLE settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL)"_s,
-         u"CREATE TABLE prefs (id INTEGER PRIMARY KEY, groupID INTEGER REFERENCES groups(id), "
-         "settingID INTEGER NOT NULL REFERENCES settings(id), value BLOB, timestamp INTEGER NOT NULL DEFAULT 0)"_s,
-         u"INSERT INTO groups VALUES (1, 'clinic.example')"_s,
-         u"INSERT INTO settings VALUES (1, 'browser.content.full-zoom')"_s,
-         u"INSERT INTO prefs VALUES (1, NULL, 1, 1.5, 0)"_s,
-         u"INSERT INTO prefs VALUES (2, 1, 1, 2.0, 0)"_s});
-    clean(home, u"Firefox"_s, {u"websitePrefs"_s});
-    QCOMPARE(F::rowCount(prefs, u"groups"_s), 0);
-    QCOMPARE(F::rowCount(prefs, u"prefs"_s), 1);
-    QCOMPARE(F::rowCount(prefs, u"settings"_s), 1);
-    QVERIFY(!home.read(kFirefox + u"/a.default/content-prefs.sqlite"_s).contains("clinic.example"));
 }
 
 void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs_data()
