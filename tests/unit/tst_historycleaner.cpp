@@ -109,9 +109,8 @@ private slots:
     void historyForgetsWhatVisitsTaughtPreferences();
     void databasesKeepWhatTheCategorySpares_data();
     void databasesKeepWhatTheCategorySpares();
-    void safariTopSitesKeepThePinnedOnes();
-    void safariLastSessionKeepsPinnedTabs_data();
-    void safariLastSessionKeepsPinnedTabs();
+    void safariKeepsWhatIsPinned_data();
+    void safariKeepsWhatIsPinned();
     void websitePrefsRewriteKeepsEverythingElse_data();
     void websitePrefsRewriteKeepsEverythingElse();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
@@ -319,9 +318,11 @@ void TestHistoryCleaner::databasesKeepWhatTheCategorySpares()
     QTEST(result.join(u','), "result");
 }
 
-void TestHistoryCleaner::safariTopSitesKeepThePinnedOnes()
+void TestHistoryCleaner::safariKeepsWhatIsPinned_data()
 {
-    TestHome home;
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QVariantMap>("before"); // empty: no file
+    QTest::addColumn<QVariant>("after");     // invalid: the file is gone
     const auto site = [](const QString& url, const QVariant& pinned) {
         QVariantMap entry{{u"TopSiteURLString"_s, url}};
         if (pinned.isValid())
@@ -330,32 +331,22 @@ void TestHistoryCleaner::safariTopSitesKeepThePinnedOnes()
     };
     const QVariantList sites{site(u"a"_s, true),     site(u"b"_s, false), site(u"c"_s, qint64(1)),
                              site(u"d"_s, u"YES"_s), site(u"e"_s, {}),    site(u"f"_s, true)};
-    const QVariantMap topSites{{u"TopSites"_s, sites}, {u"DisplayedSitesLastModified"_s, qint64(7)}};
-    QVERIFY(
-        PlistFixtures::writeFile(home.path(kSafari + u"TopSites.plist"_s), PlistFixtures::binary(topSites)));
-    clean(home, u"Safari"_s, {u"history"_s});
-    QCOMPARE(plist(home.path(kSafari + u"TopSites.plist"_s)),
-             QVariant(QVariantMap{{u"TopSites"_s, QVariantList{sites.at(0), sites.at(5)}},
-                                  {u"DisplayedSitesLastModified"_s, qint64(7)}}));
-
-    TestHome empty; // no top sites yet: a file with none
-    empty.folder(kSafari);
-    clean(empty, u"Safari"_s, {u"history"_s});
-    QCOMPARE(plist(empty.path(kSafari + u"TopSites.plist"_s)),
-             QVariant(QVariantMap{{u"TopSites"_s, QVariantList()}}));
-}
-
-void TestHistoryCleaner::safariLastSessionKeepsPinnedTabs_data()
-{
-    QTest::addColumn<QVariantMap>("session");
-    QTest::addColumn<QVariant>("after"); // invalid: the file is gone
+    QTest::newRow("top sites: only those pinned with true")
+        << u"TopSites.plist"_s
+        << QVariantMap{{u"TopSites"_s, sites}, {u"DisplayedSitesLastModified"_s, qint64(7)}}
+        << QVariant(QVariantMap{{u"TopSites"_s, QVariantList{sites.at(0), sites.at(5)}},
+                                {u"DisplayedSitesLastModified"_s, qint64(7)}});
+    QTest::newRow("no top sites yet: a file with none")
+        << u"TopSites.plist"_s << QVariantMap() << QVariant(QVariantMap{{u"TopSites"_s, QVariantList()}});
     const QVariantList pinned{QVariantMap{{u"URL"_s, u"https://pinned.example/"_s}}};
     const auto window = [](const QString& name) {
         return QVariantMap{{u"Name"_s, name}, {u"TabStates"_s, QVariantList{u"tab"_s}}};
     };
-    QTest::newRow("no pinned tabs: the file goes")
-        << QVariantMap{{u"SessionWindows"_s, QVariantList{window(u"1"_s)}}} << QVariant();
+    QTest::newRow("last session without pinned tabs: the file goes")
+        << u"LastSession.plist"_s << QVariantMap{{u"SessionWindows"_s, QVariantList{window(u"1"_s)}}}
+        << QVariant();
     QTest::newRow("pinned tabs: the first window without its tabs")
+        << u"LastSession.plist"_s
         << QVariantMap{{u"SessionPinnedTabs"_s, pinned},
                        {u"SessionWindows"_s, QVariantList{window(u"1"_s), window(u"2"_s), window(u"3"_s)}},
                        {u"SessionVersion"_s, u"1.0"_s}}
@@ -364,18 +355,21 @@ void TestHistoryCleaner::safariLastSessionKeepsPinnedTabs_data()
                                 {u"SessionVersion"_s, u"1.0"_s}});
     const QVariantMap noWindows{{u"SessionPinnedTabs"_s, QVariantList()},
                                 {u"SessionWindows"_s, QVariantList()}};
-    QTest::newRow("pinned but no windows: as it was") << noWindows << QVariant(noWindows);
+    QTest::newRow("pinned but no windows: as it was")
+        << u"LastSession.plist"_s << noWindows << QVariant(noWindows);
 }
 
-void TestHistoryCleaner::safariLastSessionKeepsPinnedTabs()
+void TestHistoryCleaner::safariKeepsWhatIsPinned()
 {
-    QFETCH(QVariantMap, session);
-    QFETCH(QVariant, after);
+    QFETCH(QString, file);
+    QFETCH(QVariantMap, before);
     TestHome home;
-    const QString path = home.path(kSafari + u"LastSession.plist"_s);
-    QVERIFY(PlistFixtures::writeFile(path, PlistFixtures::binary(session)));
+    const QString path = home.path(kSafari + file);
+    home.folder(kSafari);
+    if (!before.isEmpty())
+        QVERIFY(PlistFixtures::writeFile(path, PlistFixtures::binary(before)));
     clean(home, u"Safari"_s, {u"history"_s});
-    QCOMPARE(plist(path), after);
+    QTEST(plist(path), "after");
 }
 
 void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse_data()
