@@ -28,6 +28,7 @@ private slots:
     void picksUpAChangeMadeByAnotherProcess();
     void keepsAnUnreadableFileBesideAndStartsEmpty();
     void keepsItsValuesWhileTheFileIsMidWrite();
+    void twoWritersAtOnceLoseNothing();
     void signalsOnTheMainThreadWhenWrittenFromAWorker();
     void makesItsFolderPrivateButLeavesAnExistingOneAlone();
     void anEditorSavingInPlaceIsNotTakenForABrokenFile();
@@ -186,6 +187,24 @@ void TestUserDefaults::keepsItsValuesWhileTheFileIsMidWrite()
     QCOMPARE(t.backend->quarantined().size(), 1);
     QVERIFY(t.backend->read()->value(u"isRunning"_s).toBool());
     QVERIFY(t.backend->read()->value(u"displayNotifications"_s).toBool());
+}
+
+// The agent and corvella-clean, say, each writing its own keys at the same moment.
+void TestUserDefaults::twoWritersAtOnceLoseNothing()
+{
+    MemoryLog log;
+    auto agent = open(log), cli = open(log);
+    const auto writer = [](UserDefaults* defaults, const QString& prefix) {
+        for (int i = 0; i < 40; ++i)
+            defaults->setObject(i, prefix + QString::number(i));
+    };
+    std::thread a(writer, agent.get(), u"agent."_s), b(writer, cli.get(), u"cli."_s);
+    a.join();
+    b.join();
+    const QVariantMap all = open(log)->dictionaryRepresentation();
+    for (int i = 0; i < 40; ++i)
+        QVERIFY(all.value(u"agent."_s + QString::number(i)) == i &&
+                all.value(u"cli."_s + QString::number(i)) == i);
 }
 
 void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
