@@ -3,12 +3,12 @@
 // rewrite without some members of nested objects.
 #include "sandbox/JsonKeys.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QJsonDocument>
 
 #include <cstdint>
 #include <cstdlib>
+
+using namespace Qt::StringLiterals;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

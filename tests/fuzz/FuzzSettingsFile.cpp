@@ -16,11 +16,11 @@
 #include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
 
-using namespace Qt::StringLiterals;
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -77,7 +77,6 @@ private slots:
     void theStoredOrRequestedPaneIsShown();
     void nextAndPreviousGoRoundSkippingSpaces_data();
     void nextAndPreviousGoRoundSkippingSpaces();
-    void onlyAGrowingPaneKeepsItsResizedHeight();
     void aFolderThatCannotBeUsedKeepsThePaneUp_data();
     void aFolderThatCannotBeUsedKeepsThePaneUp();
     void controlsAndSettingsFollowEachOther_data();
@@ -148,25 +147,6 @@ void TestPreferences::nextAndPreviousGoRoundSkippingSpaces()
     QCOMPARE(f.shown(), to);
     QCOMPARE(changed.size(), 1);
     QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), to);
-}
-
-void TestPreferences::onlyAGrowingPaneKeepsItsResizedHeight()
-{
-    Face f({{PreferencesWindowController::frameKey(kAbout), u"{{0, 0}, {470, 640}}"_s},
-            {PreferencesWindowController::frameKey(kDisplay), u"{{0, 0}, {470, 640}}"_s}});
-    f.window().selectControllerWithIdentifier(kAbout);
-    QTRY_COMPARE(f.window().selectedViewController()->height(), 640);
-    f.window().selectControllerWithIdentifier(kDisplay);
-    const int natural = f.window().selectedViewController()->sizeHint().height();
-    QTRY_VERIFY(f.window().selectedViewController()->height() < 640);
-    QVERIFY(std::abs(f.window().selectedViewController()->height() - natural) < 40);
-    QCOMPARE(f.window().maximumHeight(), f.window().height()); // a fixed pane cannot be stretched
-
-    // Resizing the growing pane is remembered.
-    f.window().selectControllerWithIdentifier(kAbout);
-    f.window().resize(f.window().width(), f.window().height() + 50);
-    QTRY_COMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::frameKey(kAbout)),
-                 u"{{0, 0}, {470, 690}}"_s);
 }
 
 void TestPreferences::aFolderThatCannotBeUsedKeepsThePaneUp_data()

@@ -8,9 +8,9 @@
 #include <QObject>
 #include <QVariantMap>
 
-using namespace Qt::StringLiterals;
-
 #include <cstdio>
+
+using namespace Qt::StringLiterals;
 
 class NotificationServer : public QObject
 {

@@ -15,9 +15,9 @@
 #include <QStringList>
 #include <QTimer>
 
-using namespace Qt::StringLiterals;
-
 #include <cstdio>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 

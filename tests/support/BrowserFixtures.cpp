@@ -1,7 +1,5 @@
 #include "support/BrowserFixtures.h"
 
-using namespace Qt::StringLiterals;
-
 #include "sandbox/Sqlite.h"
 #include "support/TestHome.h"
 
@@ -13,6 +11,8 @@ using namespace Qt::StringLiterals;
 #include <leveldb/db.h>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace BrowserFixtures {
 

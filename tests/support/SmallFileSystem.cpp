@@ -1,12 +1,12 @@
 #include "support/SmallFileSystem.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QFile>
 
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 SmallFileSystem::SmallFileSystem(int kibibytes)
 {

@@ -1,13 +1,13 @@
 #include "support/TestHome.h"
 
-using namespace Qt::StringLiterals;
-
 #include "platform/SettingsKeys.h"
 #include "support/PlistFixtures.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+using namespace Qt::StringLiterals;
 
 TestHome::TestHome(bool granted, const QString& parent)
     : dir(parent.isEmpty() ? QDir::tempPath() + u"/home-XXXXXX"_s : parent + u"/home-XXXXXX"_s),

@@ -6,19 +6,18 @@
 #include "sandbox/FileUrl.h"
 #include "support/TestDefaults.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+
+using namespace Qt::StringLiterals;
 
 class TestAppSandboxFileAccess : public QObject
 {
     Q_OBJECT
 private slots:
     void init();
-    void aFolderGrantServesEveryPathBelowIt();
     void theNearestRecordedAncestorWins();
     void aGrantOfTheRootFolderCoversEverything();
     void aGrantFromThePanelIsRemembered();
@@ -66,15 +65,6 @@ void TestAppSandboxFileAccess::init()
     QVERIFY(m_home->isValid());
     m_t = std::make_unique<TestDefaults>();
     m_panel = ScriptedOpenPanel();
-}
-
-void TestAppSandboxFileAccess::aFolderGrantServesEveryPathBelowIt()
-{
-    QVERIFY(recordGrant(home()));
-    bool granted = false;
-    QCOMPARE(request(home() + u"/Library/Cookies/Cookies.binarycookies"_s, &granted), folderUrl(home()));
-    QVERIFY(granted);
-    QVERIFY(m_panel.requests.isEmpty());
 }
 
 void TestAppSandboxFileAccess::theNearestRecordedAncestorWins()

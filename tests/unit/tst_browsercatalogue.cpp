@@ -8,8 +8,9 @@
 
 #include <unistd.h>
 
-using Catalogue = BrowserCatalogue;
 using namespace Qt::StringLiterals;
+
+using Catalogue = BrowserCatalogue;
 
 class TestBrowserCatalogue : public QObject
 {

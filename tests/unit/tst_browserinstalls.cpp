@@ -9,6 +9,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 using BrowserTable::Family;
 

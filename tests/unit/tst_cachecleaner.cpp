@@ -13,6 +13,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 namespace {
@@ -31,7 +32,6 @@ class TestCacheCleaner : public QObject
 private slots:
     void eachBrowserLosesItsCaches_data();
     void eachBrowserLosesItsCaches();
-    void linksInCacheFoldersGoAsLinks();
     void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
     void preferencesLoseOnlyTheNetworkPredictions_data();
     void preferencesLoseOnlyTheNetworkPredictions();
@@ -92,23 +92,6 @@ void TestCacheCleaner::eachBrowserLosesItsCaches()
         QVERIFY(home.exists(u"Library/Caches/CloudKit/com.apple.Safari/db"_s));
     if (browser == u"Opera"_s) // the cache cleaner's channel-identifier wipe
         QCOMPARE(F::rowCount(home.path(kOpera + u"/Origin Bound Certs"_s), u"channel_id"_s), 0);
-}
-
-void TestCacheCleaner::linksInCacheFoldersGoAsLinks()
-{
-    TestHome home;
-    F::localState(home, kChrome, {u"Default"_s});
-    const QString target = home.file(u"Documents/keep.txt"_s, "mine");
-    QDir().mkpath(home.path(u"Library/Caches/Google/Chrome/Default/Cache"_s));
-    QVERIFY(QFile::link(target, home.path(u"Library/Caches/Google/Chrome/Default/Cache/link"_s)));
-    QVERIFY(QFile::link(home.path(u"Documents"_s),
-                        home.path(u"Library/Caches/Google/Chrome/Default/folder-link"_s)));
-    FakeWorkspace workspace;
-    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    BrowserCleaners({home.sandbox, catalogue, home.t.defaults, home.t.log})
-        .removeBrowserCache(u"Google Chrome"_s);
-    QVERIFY(!QFileInfo::exists(home.path(u"Library/Caches/Google/Chrome/Default"_s)));
-    QCOMPARE(home.read(u"Documents/keep.txt"_s), QByteArray("mine"));
 }
 
 // profiles.ini may list a profile by its full path (IsRelative=0): one in the home folder is cleaned like

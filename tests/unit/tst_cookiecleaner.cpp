@@ -11,6 +11,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 namespace {

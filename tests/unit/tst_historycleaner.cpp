@@ -18,6 +18,7 @@
 #include <QtEndian>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 namespace {

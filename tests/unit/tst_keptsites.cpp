@@ -10,6 +10,7 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 namespace {

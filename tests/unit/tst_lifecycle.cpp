@@ -12,9 +12,8 @@ class TestLifecycle : public QObject
     Q_OBJECT
 private slots:
     void theFirstLaunchOpensThePopoverAndDoesNotWatch();
-    void laterLaunchesWatchTheApplicationsFolders();
-    void aRefusedGrantIsLoggedAndTriedAgain();
-    void aGrantMadeWhileRunningFinishesTheStartUp();
+    void laterLaunchesWatchOnceTheHomeIsGranted_data();
+    void laterLaunchesWatchOnceTheHomeIsGranted();
     void safariGetsItsScriptsAndTheScriptsUrlShowsTheirFolder();
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
@@ -35,50 +34,41 @@ void TestLifecycle::theFirstLaunchOpensThePopoverAndDoesNotWatch()
     QTRY_COMPARE(popover.size(), 1);
 }
 
-void TestLifecycle::laterLaunchesWatchTheApplicationsFolders()
+void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted_data()
 {
-    TestHome home;
+    QTest::addColumn<QString>("grant");
+    QTest::newRow("recorded before the launch") << u"recorded"_s;
+    QTest::newRow("refused, then given when tried again") << u"asked again"_s;
+    QTest::newRow("refused, then given by corvella-clean meanwhile") << u"elsewhere"_s;
+}
+
+void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted()
+{
+    QFETCH(QString, grant);
+    TestHome home(grant == u"recorded"_s);
     home.t.defaults.setBool(false, SettingsKeys::firstRun);
     TestAgent agent(home.t);
     agent.app.applicationWillFinishLaunching();
     agent.app.applicationDidFinishLaunching();
+    QCOMPARE(agent.app.watchingApplicationsFolder(), grant == u"recorded"_s);
+    if (grant != u"recorded"_s) {
+        QVERIFY(home.t.log.lines().contains(u"Corvella Sandbox has denied access to /Applications"_s));
+        QCOMPARE(agent.folderWatch.starts, 0);
+        agent.panel.requests.clear();
+        if (grant == u"asked again"_s) {
+            agent.panel.answer(home.path());
+            agent.app.watchApplicationsFolder();
+        } else { // the grant lands in the shared settings
+            home.panel.answer(home.path());
+            QVERIFY(home.sandbox.enableAccess());
+            QVERIFY(agent.panel.requests.isEmpty());
+        }
+    }
     QVERIFY(agent.app.watchingApplicationsFolder());
     QCOMPARE(agent.folderWatch.watchedPaths, QStringList{u"/Applications"_s});
     QCOMPARE(agent.folderWatch.latency, 3000);
-    agent.app.watchApplicationsFolder();
+    agent.app.watchApplicationsFolder(); // once is enough
     QCOMPARE(agent.folderWatch.starts, 1);
-    QVERIFY(agent.panel.requests.isEmpty()); // the recorded grant of the home folder served
-}
-
-void TestLifecycle::aRefusedGrantIsLoggedAndTriedAgain()
-{
-    TestHome home(false);
-    home.t.defaults.setBool(false, SettingsKeys::firstRun);
-    TestAgent agent(home.t);
-    agent.app.applicationDidFinishLaunching();
-    QVERIFY(!agent.app.watchingApplicationsFolder());
-    QVERIFY(home.t.log.lines().contains(u"Corvella Sandbox has denied access to /Applications"_s));
-    QCOMPARE(agent.folderWatch.starts, 0);
-    agent.panel.answer(home.path());
-    agent.app.watchApplicationsFolder();
-    QVERIFY(agent.app.watchingApplicationsFolder());
-    QCOMPARE(agent.folderWatch.starts, 1);
-}
-
-void TestLifecycle::aGrantMadeWhileRunningFinishesTheStartUp()
-{
-    TestHome home(false);
-    home.t.defaults.setBool(false, SettingsKeys::firstRun);
-    TestAgent agent(home.t);
-    agent.app.applicationDidFinishLaunching();
-    QVERIFY(!agent.app.watchingApplicationsFolder());
-    agent.panel.requests.clear();
-    // corvella-clean --allow-home-access, run meanwhile, records the grant in the shared settings.
-    home.panel.answer(home.path());
-    QVERIFY(home.sandbox.enableAccess());
-    QVERIFY(agent.app.watchingApplicationsFolder());
-    QCOMPARE(agent.folderWatch.starts, 1);
-    QVERIFY(agent.panel.requests.isEmpty());
 }
 
 void TestLifecycle::safariGetsItsScriptsAndTheScriptsUrlShowsTheirFolder()

@@ -1,10 +1,10 @@
 #include "platform/PropertyList.h"
 #include "support/PlistFixtures.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QDateTime>
 #include <QTest>
+
+using namespace Qt::StringLiterals;
 
 class TestPropertyList : public QObject
 {

@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 // The controller on a temporary home, protecting Safari and Firefox.

@@ -9,8 +9,6 @@
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -19,6 +17,8 @@ using namespace Qt::StringLiterals;
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 // "a b c" as a list of relative paths.

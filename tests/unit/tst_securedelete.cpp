@@ -4,8 +4,6 @@
 #include "support/TestHome.h"
 #include "support/Unprivileged.h"
 
-using namespace Qt::StringLiterals;
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +13,8 @@ using namespace Qt::StringLiterals;
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+using namespace Qt::StringLiterals;
 
 class TestSecureDelete : public QObject
 {

@@ -4,14 +4,14 @@
 #include "support/PlistFixtures.h"
 #include "support/TestAgent.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <pwd.h>
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 class TestSettings : public QObject
 {
@@ -24,7 +24,6 @@ private slots:
     void theMirrorIsReplacedNotMerged();
     void aCategoryChoiceReachesTheMirror();
     void protectionCannotBeOnWithoutABrowser();
-    void hidingTheStatusItemBringsTheWindowIconBack();
 };
 
 void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
@@ -150,21 +149,6 @@ void TestSettings::protectionCannotBeOnWithoutABrowser()
     QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
     QCOMPARE(enabled.size(), 2);
     QCOMPARE(enabled.last().first(), QVariant(false));
-}
-
-void TestSettings::hidingTheStatusItemBringsTheWindowIconBack()
-{
-    TestDefaults t;
-    t.defaults.setBool(true, SettingsKeys::showInMenu);
-    t.defaults.setBool(true, SettingsKeys::hideDock);
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    app.startObservingSettings();
-    QSignalSpy dock(&app, &AppDelegate::dockPolicyChanged);
-    t.defaults.setBool(false, SettingsKeys::showInMenu);
-    QVERIFY(!t.backend->read()->value(SettingsKeys::hideDock).toBool());
-    QCOMPARE(dock.size(), 1);
-    QCOMPARE(dock.last().first(), QVariant(false));
 }
 
 QTEST_GUILESS_MAIN(TestSettings)

@@ -1,14 +1,14 @@
 #include "sandbox/Sqlite.h"
 #include "support/TestHome.h"
 
-using namespace Qt::StringLiterals;
-
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTest>
 
 #include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
 
 class TestSqlite : public QObject
 {

@@ -13,6 +13,7 @@
 #include <leveldb/db.h>
 
 using namespace Qt::StringLiterals;
+
 namespace F = BrowserFixtures;
 
 namespace {

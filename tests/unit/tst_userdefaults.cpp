@@ -8,14 +8,14 @@
 #include <atomic>
 #include <thread>
 
-using namespace Qt::StringLiterals;
-
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+
+using namespace Qt::StringLiterals;
 
 class TestUserDefaults : public QObject
 {
