@@ -72,7 +72,6 @@ private slots:
     void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
-    void theProtectSwitchActivatesAndDeactivates();
     void aToggleChangesExactlyItsSettingAndFollowsIt();
     void onlyCategoriesThatCanExistHereAreOffered();
     void theMenuAsksForABrowserWhileNoneIsActivated();
@@ -95,40 +94,47 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules_data()
 {
     QTest::addColumn<bool>("activated");
     QTest::addColumn<bool>("settingsOpen");
-    QTest::addColumn<bool>("click");
+    QTest::addColumn<QString>("action"); // on the tile, or on the popover's protect switch
     QTest::addColumn<QString>("info");
     QTest::addColumn<int>("height");
     QTest::addColumn<bool>("activatedAfter");
     QTest::addColumn<bool>("editingAfter");
+    const QString activate = u"Click to activate protection for"_s,
+                  change = u"Click to change settings for"_s;
     QTest::newRow("not activated, hover")
-        << false << false << false << u"Click to activate protection for"_s << 132 << false << false;
-    QTest::newRow("not activated, click")
-        << false << false << true << u"Click to activate protection for"_s << 132 << true << true;
-    QTest::newRow("activated, hover")
-        << true << false << false << u"Click to change settings for"_s << 132 << true << false;
-    QTest::newRow("activated, click") << true << false << true << QString() << 435 << true << true;
-    QTest::newRow("settings open, click")
-        << true << true << true << u"Click to change settings for"_s << 132 << false << false;
+        << false << false << u"hover"_s << activate << 132 << false << false;
+    QTest::newRow("not activated, click") << false << false << u"click"_s << activate << 132 << true << true;
+    QTest::newRow("activated, hover") << true << false << u"hover"_s << change << 132 << true << false;
+    QTest::newRow("activated, click") << true << false << u"click"_s << QString() << 435 << true << true;
+    QTest::newRow("settings open, click") << true << true << u"click"_s << change << 132 << false << false;
+    // What the switch did shows at once: the browser's settings, or the invitation to activate.
+    QTest::newRow("the switch turned on")
+        << false << false << u"switch"_s << QString() << 435 << true << true;
+    QTest::newRow("the switch turned off")
+        << true << false << u"switch"_s << activate << 132 << false << false;
 }
 
 void TestDesktopFace::tilesFollowTheHoverAndClickRules()
 {
     QFETCH(bool, activated);
     QFETCH(bool, settingsOpen);
-    QFETCH(bool, click);
+    QFETCH(QString, action);
     Face f({kChromiumID}, activated ? QStringList{kChromiumID} : QStringList());
     const QString tileName = activated ? u"Chromium"_s : u"Chromium-disabled"_s;
     if (settingsOpen) {
         QTest::mouseClick(f.tile(tileName), Qt::LeftButton);
         QVERIFY(f.agent.app.editingBrowserSettings());
     }
-    if (click) {
+    if (action == u"click"_s) {
         QTest::mousePress(f.tile(tileName), Qt::LeftButton);
     } else {
         QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
         QApplication::sendEvent(f.tile(tileName), &enter);
     }
     QTRY_VERIFY(f.popover().isVisible());
+    QCOMPARE(f.popover().protectSwitch()->accessibleName(), u"Protect Chromium"_s);
+    if (action == u"switch"_s)
+        QTest::mouseClick(f.popover().protectSwitch(), Qt::LeftButton);
     QFETCH(QString, info);
     QFETCH(int, height);
     QCOMPARE(f.popover().browserText(), u"Chromium"_s);
@@ -199,27 +205,6 @@ void TestDesktopFace::thePopoverAndTheTraySayWhenABrowserWasLastCleaned()
     QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
     QApplication::sendEvent(f.tile(u"Chromium"_s), &enter);
     QTRY_COMPARE(f.popover().lastCleanedText(), said);
-}
-
-void TestDesktopFace::theProtectSwitchActivatesAndDeactivates()
-{
-    Face f({kChromiumID}, {});
-    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
-    QApplication::sendEvent(f.tile(u"Chromium-disabled"_s), &enter);
-    QTRY_VERIFY(f.popover().isVisible());
-    ToggleSwitch* protect = f.popover().protectSwitch();
-    QCOMPARE(protect->accessibleName(), u"Protect Chromium"_s);
-    QVERIFY(!protect->isChecked());
-    QTest::mouseClick(protect, Qt::LeftButton);
-    QVERIFY(f.activated().contains(kChromiumID));
-    // What it did shows at once: the browser's settings, the switch on.
-    QVERIFY(f.popover().settingsViewShown());
-    QVERIFY(protect->isChecked());
-    QTest::mouseClick(protect, Qt::LeftButton);
-    QVERIFY(!f.activated().contains(kChromiumID));
-    QVERIFY(!f.popover().settingsViewShown());
-    QCOMPARE(f.popover().infoText(), u"Click to activate protection for"_s);
-    QVERIFY(!protect->isChecked());
 }
 
 void TestDesktopFace::aToggleChangesExactlyItsSettingAndFollowsIt()
