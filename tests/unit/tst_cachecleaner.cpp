@@ -1,6 +1,5 @@
 #include "catalogue/BrowserCatalogue.h"
 #include "cleaners/BrowserCleaners.h"
-#include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"
 #include "support/PlistFixtures.h"
@@ -22,77 +21,16 @@ const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
 const QByteArray kPreferences =
     R"({"profile":{"name":"x"},"net":{"http_server_properties":{"servers":[{"https://a.org":{}}]},"network_prediction_options":2},"dns_prefetching":{"host":["a.org"]},"bookmark_bar":{"show":true}})";
-const QStringList kShared{u"Library/Caches/Adobe/Flash Player/x"_s,
-                          u"Library/Caches/QuickTime/downloads/y"_s};
 } // namespace
 
 class TestCacheCleaner : public QObject
 {
     Q_OBJECT
 private slots:
-    void eachBrowserLosesItsCaches_data();
-    void eachBrowserLosesItsCaches();
     void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
     void preferencesLoseOnlyTheNetworkPredictions_data();
     void preferencesLoseOnlyTheNetworkPredictions();
 };
-
-void TestCacheCleaner::eachBrowserLosesItsCaches_data()
-{
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QStringList>("gone");
-    QTest::addColumn<QStringList>("kept");
-    const auto row = [](const char* name, const char* browser, const char* gone, const char* kept) {
-        QTest::newRow(name) << QString::fromLatin1(browser) << kShared + F::paths(gone) << F::paths(kept);
-    };
-    row("Safari, its cookie and HSTS lists included", "Safari",
-        "Library/Caches/com.apple.Safari/Cache.db, Library/Caches/com.apple.Safari/Cache.db-wal, "
-        "Library/Caches/com.apple.Safari/fsCachedData/1, Library/Cookies/Cookies.plist, "
-        "Library/Cookies/HSTS.plist, safari/Template Icons/a.png, "
-        "Library/Containers/com.apple.Safari/Data/Library/Caches/WebKit/z, "
-        "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/fsCachedData/q, "
-        "Library/Caches/CloudKit/com.apple.Safari/db/file",
-        "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/Extensions/e, "
-        "Library/Cookies/Cookies.binarycookies, "
-        "Library/Caches/CloudKit/com.apple.Safari/com.apple.SafariBookmarksSyncAgent/s");
-    row("Opera: its whole cache root", "Opera",
-        "Library/Caches/com.operasoftware.Opera/Cache/data_0, opera/GPUCache/d, "
-        "opera/Service Worker/ScriptCache/s, opera/DawnCache/d",
-        "opera/Cookies, opera/Bookmarks");
-    row("Google Chrome: the profiles of Local State", "Google Chrome",
-        "Library/Caches/Google/Chrome/Default/Cache/data_0, chrome/Default/GPUCache/d, "
-        "chrome/Default/Pepper Data/Shockwave Flash/CacheWritableAdobeRoot/c, chrome/GrShaderCache/g",
-        "Library/Caches/Google/Chrome/Profile 9/Cache/data_0, chrome/Default/Cookies, "
-        "chrome/Default/Pepper Data/Shockwave Flash/WritableRoot/w");
-    row("Firefox", "Firefox",
-        "Library/Caches/Firefox/Profiles/a.default/cache2/entries/e, "
-        "firefox/a.default/SiteSecurityServiceState.txt, firefox/a.default/AlternateServices.bin",
-        "firefox/a.default/places.sqlite, firefox/a.default/cookies.sqlite");
-    row("an unknown key: the shared caches only", "Netscape", "", "Library/Caches/com.apple.Safari/Cache.db");
-}
-
-void TestCacheCleaner::eachBrowserLosesItsCaches()
-{
-    QFETCH(QString, browser);
-    QFETCH(QStringList, gone);
-    QFETCH(QStringList, kept);
-    TestHome home;
-    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
-    F::localState(home, kChrome, {u"Default"_s});
-    F::chromiumProfile(home, kChrome + u"/Default"_s);
-    F::chromiumProfile(home, kOpera);
-    F::firefoxProfile(home, u"a.default"_s);
-    for (const QString& path : gone + kept)
-        home.file(path);
-    FakeWorkspace workspace;
-    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    BrowserCleaners({home.sandbox, catalogue, home.t.defaults, home.t.log}).removeBrowserCache(browser);
-    F::expectGoneAndKept(home, gone, kept);
-    if (browser == u"Safari"_s) // the CloudKit cache keeps its folders
-        QVERIFY(home.exists(u"Library/Caches/CloudKit/com.apple.Safari/db"_s));
-    if (browser == u"Opera"_s) // the cache cleaner's channel-identifier wipe
-        QCOMPARE(F::rowCount(home.path(kOpera + u"/Origin Bound Certs"_s), u"channel_id"_s), 0);
-}
 
 // profiles.ini may list a profile by its full path (IsRelative=0): one in the home folder is cleaned like
 // those in the profiles folder, its cache being in its own folder; one outside is reported and left.

@@ -1,6 +1,7 @@
 #include "catalogue/BrowserCatalogue.h"
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/MozLz4.h"
+#include "core/RemovalRun.h"
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
@@ -24,18 +25,21 @@ namespace F = BrowserFixtures;
 namespace {
 
 const QString kChrome = QLatin1String(F::kChromeRoot);
+const QString kChromium = QLatin1String(F::kChromiumRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
 const QString kSafari = u"Library/Safari/"_s;
 
-// Every browser's history categories run against one home, as a removal run would call them.
+// The categories run against one home through the removal run's own loop, as a quit would run them.
 void clean(TestHome& home, const QString& browser, const QStringList& categories)
 {
     FakeWorkspace workspace;
     BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
     BrowserCleaners cleaners({home.sandbox, catalogue, home.t.defaults, home.t.log});
+    QVariantMap choices;
     for (const QString& category : categories)
-        cleaners.removeBrowserHistory(browser, category);
+        choices.insert(SettingsKeys::settingsKey(browser, category), true);
+    RemovalRun::performCategoryLoop(browser, choices, cleaners);
 }
 
 // The first column of the rows, joined with ",".
@@ -101,7 +105,7 @@ QList<std::pair<int, QByteArray>> snssCommands(const QByteArray& file)
 
 } // namespace
 
-class TestHistoryCleaner : public QObject
+class TestCategories : public QObject
 {
     Q_OBJECT
 private slots:
@@ -122,7 +126,7 @@ private slots:
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
 };
 
-void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
+void TestCategories::eachCategoryRemovesItsFiles_data()
 {
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QString>("category");
@@ -191,6 +195,70 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
         "firefox/a.default/content-prefs.sqlite");
     row("Firefox webpage: nothing", "Firefox", "webpage", "", everything);
     row("an unknown browser: nothing", "Netscape", "history", "", everything);
+    // Cookies: what sign-ins are made of, and nothing else.
+    const QString kept =
+        u"chrome/Default/Bookmarks, chrome/Default/Login Data, firefox/a.default/places.sqlite, "
+        "firefox/a.default/logins.json, "_s;
+    row("Google Chrome cookies: the profiles of Local State only", "Google Chrome", "cookies+",
+        "chrome/Default/Cookies, chrome/Profile 1/Cookies, chrome/Default/Network/Cookies, "
+        "chrome/Profile 1/DIPS, chrome/Default/Network/Trust Tokens",
+        qPrintable(kept + u"chrome/Profile 9/Cookies, chromium/Default/Cookies, opera/Cookies, "
+                          "Library/Cookies/Cookies.binarycookies"_s));
+    row("Chromium cookies", "Chromium", "cookies+",
+        "chromium/Default/Cookies, chromium/Default/Network/Cookies", "chrome/Default/Cookies");
+    row("Opera cookies: its root is its only profile", "Opera", "cookies+",
+        "opera/Cookies, opera/Network/Cookies", qPrintable(kept + u"chrome/Default/Cookies"_s));
+    row("Chromium cookies without today's layouts", "Chromium", "cookies", "chromium/Default/Cookies",
+        "chromium/Default/Network/Cookies");
+    row("Firefox cookies: permissions go with them", "Firefox", "cookies+",
+        "firefox/a.default/cookies.sqlite, firefox/a.default/permissions.sqlite, "
+        "firefox/a.default/bounce-tracking-protection.sqlite",
+        qPrintable(kept + u"chrome/Default/Cookies"_s));
+    row("Safari cookies", "Safari", "cookies+", "Library/Cookies/Cookies.binarycookies",
+        "chrome/Default/Cookies");
+    // Caches, and the caches every browser shares.
+    const QString shared = u"Library/Caches/Adobe/Flash Player/x, Library/Caches/QuickTime/downloads/y, "_s;
+    row("Safari cache, its cookie and HSTS lists included", "Safari", "cache+",
+        qPrintable(shared +
+                   u"Library/Caches/com.apple.Safari/Cache.db, Library/Caches/com.apple.Safari/Cache.db-wal, "
+                   "Library/Caches/com.apple.Safari/fsCachedData/1, Library/Cookies/Cookies.plist, "
+                   "Library/Cookies/HSTS.plist, safari/Template Icons/a.png, "
+                   "Library/Containers/com.apple.Safari/Data/Library/Caches/WebKit/z, "
+                   "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/fsCachedData/q, "
+                   "Library/Caches/CloudKit/com.apple.Safari/db/file"_s),
+        "Library/Containers/com.apple.Safari/Data/Library/Caches/com.apple.Safari/Extensions/e, "
+        "Library/Cookies/Cookies.binarycookies, Library/Caches/CloudKit/com.apple.Safari/db, "
+        "Library/Caches/CloudKit/com.apple.Safari/com.apple.SafariBookmarksSyncAgent/s");
+    row("Opera cache: its whole cache root", "Opera", "cache+",
+        qPrintable(shared + u"Library/Caches/com.operasoftware.Opera/Cache/data_0, opera/GPUCache/d, "
+                            "opera/Service Worker/ScriptCache/s, opera/DawnCache/d"_s),
+        "opera/Cookies, opera/Bookmarks");
+    row("Google Chrome cache: the profiles of Local State", "Google Chrome", "cache+",
+        qPrintable(shared + u"Library/Caches/Google/Chrome/Default/Cache/data_0, chrome/Default/GPUCache/d, "
+                            "chrome/Default/Pepper Data/Shockwave Flash/CacheWritableAdobeRoot/c, "
+                            "chrome/GrShaderCache/g"_s),
+        "Library/Caches/Google/Chrome/Profile 9/Cache/data_0, chrome/Default/Cookies, "
+        "chrome/Default/Pepper Data/Shockwave Flash/WritableRoot/w");
+    row("Firefox cache", "Firefox", "cache+",
+        qPrintable(
+            shared +
+            u"Library/Caches/Firefox/Profiles/a.default/cache2/entries/e, "
+            "firefox/a.default/SiteSecurityServiceState.txt, firefox/a.default/AlternateServices.bin"_s),
+        "firefox/a.default/places.sqlite, firefox/a.default/cookies.sqlite");
+    row("an unknown browser's cache: the shared caches only", "Netscape", "cache+", qPrintable(shared),
+        "Library/Caches/com.apple.Safari/Cache.db");
+    // Plug-ins: Flash in the shared folder, or in each Chrome profile; Silverlight's folder.
+    const char* flash = "Library/Preferences/Macromedia/Flash Player/settings.sol";
+    const char* pepper = "chrome/Default/Pepper Data/Shockwave Flash/x.sol, "
+                         "chrome/Profile 1/Pepper Data/Shockwave Flash/y.sol";
+    const char* silverlight = "Library/Application Support/Microsoft/Silverlight/is/store";
+    for (const char* browser : {"Safari", "Opera", "Firefox"})
+        row(qPrintable(u"Flash, %1"_s.arg(QLatin1String(browser))), browser, "flash", flash,
+            qPrintable(u"%1, %2"_s.arg(QLatin1String(pepper), QLatin1String(silverlight))));
+    row("Flash, Google Chrome: per profile", "Google Chrome", "flash", pepper,
+        qPrintable(u"%1, %2"_s.arg(QLatin1String(flash), QLatin1String(silverlight))));
+    row("Silverlight", "Firefox", "silverlight", silverlight,
+        qPrintable(u"%1, %2"_s.arg(QLatin1String(pepper), QLatin1String(flash))));
     // Where today's browsers keep the same data.
     row("today: Chromium history", "Google Chrome", "history+",
         "chrome/Default/Sessions/Session_1, chrome/Default/History Index 2026-11, "
@@ -207,7 +275,7 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles_data()
 }
 
 // A category ending in "+" runs with today's layouts cleaned too.
-void TestHistoryCleaner::eachCategoryRemovesItsFiles()
+void TestCategories::eachCategoryRemovesItsFiles()
 {
     QFETCH(QString, browser);
     QFETCH(QString, category);
@@ -215,7 +283,15 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles()
     QFETCH(QStringList, kept);
     TestHome home;
     home.t.defaults.setBool(category.endsWith(u'+'), SettingsKeys::cleanCurrentLayouts);
+    // Chrome with two profiles in "Local State" and a third that is not, Chromium with one, Opera's root
+    // profile, a Firefox profile beside a plain file and a link out of the profiles folder.
     F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
+    for (const QString& profile : {u"/Default"_s, u"/Profile 1"_s, u"/Profile 9"_s})
+        F::chromiumProfile(home, kChrome + profile);
+    F::localState(home, kChromium, {u"Default"_s});
+    F::chromiumProfile(home, kChromium + u"/Default"_s);
+    F::chromiumProfile(home, kOpera);
+    F::firefoxProfile(home, u"a.default"_s);
     for (const QString& path : gone + kept)
         home.file(path);
     home.file(kFirefox + u"/plain-file"_s);
@@ -224,7 +300,7 @@ void TestHistoryCleaner::eachCategoryRemovesItsFiles()
     F::expectGoneAndKept(home, gone, kept);
 }
 
-void TestHistoryCleaner::historyForgetsWhatVisitsTaughtPreferences()
+void TestCategories::historyForgetsWhatVisitsTaughtPreferences()
 {
     TestHome home;
     home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
@@ -238,7 +314,7 @@ void TestHistoryCleaner::historyForgetsWhatVisitsTaughtPreferences()
                         R"({"cookies":{"a.org":{"setting":2}}}}}})"));
 }
 
-void TestHistoryCleaner::databasesKeepWhatTheCategorySpares_data()
+void TestCategories::databasesKeepWhatTheCategorySpares_data()
 {
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QString>("category");
@@ -255,6 +331,12 @@ void TestHistoryCleaner::databasesKeepWhatTheCategorySpares_data()
     const char* places = "firefox/a.default/places.sqlite";
     row("Chromium history keeps the downloads", "Google Chrome", "history", "chrome/Default/History",
         "rows of urls visits visit_source keyword_search_terms downloads segments", "0,0,0,0,1,1");
+    row("Chromium cookies empty the origin-bound certificates", "Google Chrome", "cookies",
+        "chrome/Default/Origin Bound Certs", "rows of origin_bound_certs channel_id", "0,1");
+    row("not those of a profile Local State does not list", "Google Chrome", "cookies",
+        "chrome/Profile 9/Origin Bound Certs", "rows of origin_bound_certs channel_id", "1,1");
+    row("Opera's cache takes the channel identifiers", "Opera", "cache", "opera/Origin Bound Certs",
+        "rows of origin_bound_certs channel_id", "1,0");
     row("Chromium downloads keep the history", "Google Chrome", "downloads", "chrome/Default/History",
         "rows of downloads segments segment_usage urls", "0,0,0,2");
     row("Chromium forms keep search engines and sign-ins", "Google Chrome", "forms",
@@ -286,12 +368,14 @@ void TestHistoryCleaner::databasesKeepWhatTheCategorySpares_data()
         "firefox/a.default/content-prefs.sqlite", "no clinic.example", "");
 }
 
-void TestHistoryCleaner::databasesKeepWhatTheCategorySpares()
+void TestCategories::databasesKeepWhatTheCategorySpares()
 {
     QFETCH(QString, database);
     QFETCH(QString, query);
     TestHome home;
     F::localState(home, kChrome, {u"Default"_s});
+    for (const QString& profile : QStringList{kChrome + u"/Default"_s, kChrome + u"/Profile 9"_s, kOpera})
+        F::chromiumProfile(home, profile);
     F::chromiumHistory(home, kChrome + u"/Default"_s);
     F::chromiumHistory(home, kOpera);
     F::firefoxPlaces(home, u"a.default"_s, {u"a.zip"_s, u"b.pdf"_s, u"it's.txt"_s});
@@ -319,7 +403,7 @@ void TestHistoryCleaner::databasesKeepWhatTheCategorySpares()
     QTEST(result.join(u','), "result");
 }
 
-void TestHistoryCleaner::safariKeepsWhatIsPinned_data()
+void TestCategories::safariKeepsWhatIsPinned_data()
 {
     QTest::addColumn<QString>("file");
     QTest::addColumn<QVariantMap>("before"); // empty: no file
@@ -360,7 +444,7 @@ void TestHistoryCleaner::safariKeepsWhatIsPinned_data()
         << u"LastSession.plist"_s << noWindows << QVariant(noWindows);
 }
 
-void TestHistoryCleaner::safariKeepsWhatIsPinned()
+void TestCategories::safariKeepsWhatIsPinned()
 {
     QFETCH(QString, file);
     QFETCH(QVariantMap, before);
@@ -373,7 +457,7 @@ void TestHistoryCleaner::safariKeepsWhatIsPinned()
     QTEST(plist(path), "after");
 }
 
-void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse_data()
+void TestCategories::websitePrefsRewriteKeepsEverythingElse_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
@@ -394,7 +478,7 @@ void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse_data()
         << QByteArray("{\"partition\":\"\xff\"}") << QByteArray("{\"partition\":\"\xff\"}");
 }
 
-void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse()
+void TestCategories::websitePrefsRewriteKeepsEverythingElse()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
@@ -408,7 +492,7 @@ void TestHistoryCleaner::websitePrefsRewriteKeepsEverythingElse()
              QFile::ReadOwner);
 }
 
-void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs_data()
+void TestCategories::firefoxSessionKeepsOnlyItsPinnedTabs_data()
 {
     QTest::addColumn<bool>("pinned");
     QTest::addColumn<bool>("cookiesChosen");
@@ -419,7 +503,7 @@ void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs_data()
 
 // Firefox restores pinned tabs from the session at every start: history takes the rest of the session
 // (other tabs, back history, closed tabs and windows, form data), not them.
-void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs()
+void TestCategories::firefoxSessionKeepsOnlyItsPinnedTabs()
 {
     QFETCH(bool, pinned);
     QFETCH(bool, cookiesChosen);
@@ -466,7 +550,7 @@ void TestHistoryCleaner::firefoxSessionKeepsOnlyItsPinnedTabs()
     QCOMPARE(kept.contains(u"cookies"_s), !cookiesChosen);
 }
 
-void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs_data()
+void TestCategories::chromiumSessionKeepsOnlyItsPinnedTabs_data()
 {
     QTest::addColumn<qint32>("version");
     QTest::addColumn<QByteArray>("after"); // commands after the session's own
@@ -482,7 +566,7 @@ void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs_data()
 // The browser restores the last session when it continues where the user left off: history takes
 // every other tab and window, the pinned tab's back history, its form values and referrer; the pinned
 // tab stays at its current page.
-void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs()
+void TestCategories::chromiumSessionKeepsOnlyItsPinnedTabs()
 {
     QFETCH(qint32, version);
     QFETCH(QByteArray, after);
@@ -529,7 +613,7 @@ void TestHistoryCleaner::chromiumSessionKeepsOnlyItsPinnedTabs()
     QCOMPARE(file.left(8), session.left(8));
 }
 
-void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data()
+void TestCategories::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data()
 {
     QTest::addColumn<QString>("chosen"); // the default engine's id
     QTest::addColumn<bool>("defaultKept");
@@ -539,7 +623,7 @@ void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data
 
 // Search engines removes the engines added from sites, not the user's choice among Firefox's own, nor
 // what an add-on brings.
-void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault()
+void TestCategories::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault()
 {
     QFETCH(QString, chosen);
     QFETCH(bool, defaultKept);
@@ -572,5 +656,5 @@ void TestHistoryCleaner::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault()
     QCOMPARE(kept[u"metaData"_s].toObject().contains(u"defaultEngineIdHash"_s), defaultKept);
 }
 
-QTEST_GUILESS_MAIN(TestHistoryCleaner)
-#include "tst_historycleaner.moc"
+QTEST_GUILESS_MAIN(TestCategories)
+#include "tst_categories.moc"
