@@ -62,8 +62,6 @@ class TestStorageCleaner : public QObject
 {
     Q_OBJECT
 private slots:
-    void filters_data();
-    void filters();
     void sitesGoExtensionsStay_data();
     void sitesGoExtensionsStay();
     void firefoxScopesAndProfiles();
@@ -72,46 +70,6 @@ private slots:
     void storageBucketsOfSitesGoThoseOfExtensionsStay_data();
     void storageBucketsOfSitesGoThoseOfExtensionsStay();
 };
-
-void TestStorageCleaner::filters_data()
-{
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QStringList>("input");
-    QTest::addColumn<QStringList>("output");
-    const auto row = [](const char* name, const char* filter, const char* browser, const char* input,
-                        const char* output) {
-        QTest::newRow(name) << QString::fromLatin1(filter) << QString::fromLatin1(browser) << F::paths(input)
-                            << F::paths(output);
-    };
-    row("databases: all but extensions, order and duplicates kept", "databases", "",
-        "https_a.org_0, chrome-extension_x_0, file__0, safari-extension_y, https_a.org_0",
-        "https_a.org_0, file__0, https_a.org_0");
-    row("local storage, Safari", "local", "Safari",
-        "https_a.org_0.localstorage, safari-extension_x.localstorage, chrome-extension_y.localstorage, "
-        "leveldb, "
-        "http_b.localstorage-journal",
-        "https_a.org_0.localstorage, chrome-extension_y.localstorage");
-    row("local storage, Opera", "local", "Opera",
-        "httpnounderscore.localstorage, chrome-extension_y.localstorage, safari-extension_x.localstorage",
-        "httpnounderscore.localstorage, safari-extension_x.localstorage");
-    QTest::newRow("Firefox scopes") << u"mozilla"_s << QString()
-                                    << QStringList{u"gro.elpmaxe.:https:443"_s, u"moz-safe-about+home"_s,
-                                                   u""_s}
-                                    << QStringList{u"gro.elpmaxe.:https:443"_s};
-}
-
-void TestStorageCleaner::filters()
-{
-    QFETCH(QString, filter);
-    QFETCH(QString, browser);
-    QFETCH(QStringList, input);
-    QFETCH(QStringList, output);
-    const QStringList result = filter == u"databases"_s ? StorageCleaner::databaseArray(input)
-                               : filter == u"local"_s   ? StorageCleaner::localStorageArray(input, browser)
-                                                        : StorageCleaner::mozillaLocalStorage(input);
-    QCOMPARE(result, output);
-}
 
 void TestStorageCleaner::sitesGoExtensionsStay_data()
 {
