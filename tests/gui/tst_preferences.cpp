@@ -99,8 +99,6 @@ void TestPreferences::theStoredOrRequestedPaneIsShown_data()
     QTest::newRow("About asked for") << QVariant() << QVariantMap{{u"tab"_s, kAbout}} << kAbout;
     QTest::newRow("an unknown pane asked for")
         << QVariant() << QVariantMap{{u"tab"_s, u"Privacy"_s}} << kGeneral;
-    QTest::newRow("a flexible space asked for")
-        << QVariant() << QVariantMap{{u"tab"_s, u"NSToolbarFlexibleSpaceItem"_s}} << kGeneral;
     QTest::newRow("a request without a tab") << QVariant() << QVariantMap{{u"pane"_s, kAbout}} << kGeneral;
 }
 
