@@ -65,10 +65,6 @@ void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
     QTest::addColumn<QVariantMap>("choices");
     QTest::addColumn<QStringList>("calls");
     QTest::addColumn<QStringList>("labels");
-    QTest::newRow("cookies and history")
-        << u"Safari"_s << QVariantMap{{u"Safari:history"_s, true}, {u"Safari:cookies"_s, true}}
-        << QStringList{u"removeCookies Safari"_s, u"removeBrowserHistory Safari history"_s}
-        << QStringList{u"Cookies"_s, u"History"_s};
     QVariantMap all;
     for (const QString& category : SettingsKeys::categories)
         all.insert(SettingsKeys::settingsKey(u"Opera"_s, category), true);

@@ -22,11 +22,9 @@ class TestSecureDelete : public QObject
 private slots:
     void init();
     void wipeKeepsNameAndSizeAndNeverWrites0xFF();
+    void whatCannotBeOverwrittenStaysAsItWas();
     void eachPassRepeatsItsKibibyteOverTheWholeFile_data();
     void eachPassRepeatsItsKibibyteOverTheWholeFile();
-    void aFolderIsNeverOverwritten();
-    void aFileThatCannotBeOpenedForWritingFails();
-    void aLinkIsNeverWrittenThrough();
     void aFileSharedByAnotherHardLinkIsOnlyUnlinked();
     void wipesFilesItCannotNameByPath_data();
     void wipesFilesItCannotNameByPath();
@@ -62,6 +60,22 @@ void TestSecureDelete::wipeKeepsNameAndSizeAndNeverWrites0xFF()
     QVERIFY(SecureDelete::wipeContentsofDir(m_file));
 }
 
+// A folder is no file to overwrite; a link is never written through; a file the user may not write
+// fails the wipe and keeps its bytes.
+void TestSecureDelete::whatCannotBeOverwrittenStaysAsItWas()
+{
+    QVERIFY(SecureDelete::wipe(m_dir->path()));
+    const QString link = m_dir->filePath(u"link"_s);
+    QVERIFY(QFile::link(m_file, link));
+    QVERIFY(!SecureDelete::wipe(link));
+    QVERIFY(QFile::setPermissions(m_file,
+                                  QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther));
+    QVERIFY(QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(0x7777)));
+    const QString file = m_file;
+    QVERIFY(asUnprivilegedUser([file] { return !SecureDelete::wipe(file); }));
+    QCOMPARE(contents(m_file), m_original);
+}
+
 void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile_data()
 {
     QTest::addColumn<int>("phase");
@@ -87,30 +101,6 @@ void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile()
         QVERIFY(!pattern.contains(char(0xFF)) && pattern.count(pattern.at(0)) < 1024);
     for (qsizetype at = 0; at < size; at += 1024)
         QVERIFY2(after.mid(at, 1024) == pattern.left(size - at), qPrintable(QString::number(at)));
-}
-
-void TestSecureDelete::aFolderIsNeverOverwritten()
-{
-    QVERIFY(SecureDelete::wipe(m_dir->path()));
-    QCOMPARE(contents(m_file), m_original);
-}
-
-void TestSecureDelete::aFileThatCannotBeOpenedForWritingFails()
-{
-    QVERIFY(QFile::setPermissions(m_file,
-                                  QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther));
-    QVERIFY(QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(0x7777)));
-    const QString file = m_file;
-    QVERIFY(asUnprivilegedUser([file] { return !SecureDelete::wipe(file); }));
-    QCOMPARE(contents(m_file), m_original);
-}
-
-void TestSecureDelete::aLinkIsNeverWrittenThrough()
-{
-    const QString link = m_dir->filePath(u"link"_s);
-    QVERIFY(QFile::link(m_file, link));
-    QVERIFY(!SecureDelete::wipe(link));
-    QCOMPARE(contents(m_file), m_original);
 }
 
 void TestSecureDelete::aFileSharedByAnotherHardLinkIsOnlyUnlinked()
