@@ -63,9 +63,9 @@ def main():
                 os.remove(gcda)
             subprocess.run([executable, function], capture_output=True, timeout=300,
                            env=dict(os.environ, QT_QPA_PLATFORM="offscreen"))
-            reached[(os.path.basename(executable), function)] = executed_lines(build)
-            print(f"ran {os.path.basename(executable)}::{function}: {len(reached[(os.path.basename(executable), function)])} lines",
-                  file=sys.stderr)
+            test = (os.path.basename(executable), function)
+            reached[test] = executed_lines(build)
+            print(f"ran {test[0]}::{function}: {len(reached[test])} lines", file=sys.stderr)
     counts = {}
     for lines in reached.values():
         for line in lines:
