@@ -287,6 +287,21 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
     const QString activatedWords[] = {tr("activated"), tr("not activated")};
     const auto width = [](const QString(&words)[2]) { return std::max(words[0].size(), words[1].size()); };
     const QStringList offered = browsersOffered(sandbox.layout());
+    // A browser's profiles as the list shows them: Chromium's with the names the user gave them.
+    const auto profilesOf = [&](const QString& browser) {
+        QStringList profiles;
+        if (BrowserCatalogue::hasSingleProfile(browser)) {
+            if (!BrowserCatalogue::installsOf(sandbox, browser).isEmpty())
+                profiles.append(browser);
+        } else if (BrowserCatalogue::isChromiumFamily(browser)) {
+            const QVariantMap map = catalogue.userProfiles(browser);
+            for (auto it = map.cbegin(); it != map.cend(); ++it)
+                profiles.append(QStringLiteral("%1 (%2)").arg(it.key(), it.value().toString()));
+        } else if (BrowserCatalogue::isFirefoxFamily(browser)) {
+            profiles = catalogue.firefoxProfiles(browser);
+        }
+        return profiles;
+    };
     qsizetype nameWidth = 0;
     for (const QString& browser : offered)
         nameWidth = std::max(nameWidth, browser.size() + 2);
@@ -299,19 +314,8 @@ int CleanCommand::list(Sandbox& sandbox, BrowserCatalogue& catalogue)
                        QStringLiteral("  ") +
                        activatedWords[catalogue.checkIfBrowserEnabled(browser) ? 0 : 1].leftJustified(
                            width(activatedWords));
-        QStringList profiles;
-        if (!access) {
-            // nothing is read without the grant
-        } else if (BrowserCatalogue::hasSingleProfile(browser)) {
-            if (!BrowserCatalogue::installsOf(sandbox, browser).isEmpty())
-                profiles.append(browser);
-        } else if (BrowserCatalogue::isChromiumFamily(browser)) {
-            const QVariantMap map = catalogue.userProfiles(browser);
-            for (auto it = map.cbegin(); it != map.cend(); ++it)
-                profiles.append(QStringLiteral("%1 (%2)").arg(it.key(), it.value().toString()));
-        } else if (BrowserCatalogue::isFirefoxFamily(browser)) {
-            profiles = catalogue.firefoxProfiles(browser);
-        }
+        // Nothing is read without the grant.
+        const QStringList profiles = access ? profilesOf(browser) : QStringList();
         if (!profiles.isEmpty())
             line += QStringLiteral("  ") + tr("profiles: %1").arg(profiles.join(QStringLiteral(", ")));
         m_services.out << line.trimmed() << Qt::endl;

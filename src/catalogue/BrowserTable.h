@@ -19,9 +19,9 @@ enum class Family
     Firefox,  // a profiles root holding profiles.ini and profile folders, a cache root beside it
 };
 
-// One install's folders (deb or rpm, a Flatpak, a Snap), below the home folder. A "*" component stands for each revision of a Snap
-// (every revision keeps its own copy of the data); data roots are tried in order, and each one that
-// exists and has its family's shape is an install of its own.
+// One install's folders (deb or rpm, a Flatpak, a Snap), below the home folder. A "*" component stands
+// for each revision of a Snap (every revision keeps its own copy of the data); data roots are tried in
+// order, and each one that exists and has its family's shape is an install of its own.
 struct Install
 {
     QStringList dataRoots;

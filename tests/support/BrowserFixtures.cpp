@@ -35,6 +35,17 @@ qint64 rowCount(const QString& database, const QString& table)
     return rows && !rows->isEmpty() ? rows->first().value(u"n"_s).toLongLong() : -1;
 }
 
+QString column(const QString& database, const QString& sql)
+{
+    Sqlite db;
+    QStringList values;
+    if (db.openExisting(database, true)) {
+        for (const QVariantMap& row : db.executeQuery(sql).value_or(QList<QVariantMap>()))
+            values.append(row.first().toString());
+    }
+    return values.join(u',');
+}
+
 QStringList paths(const char* compact)
 {
     static const QList<std::pair<QString, QString>> aliases{

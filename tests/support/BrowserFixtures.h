@@ -24,6 +24,8 @@ void expectGoneAndKept(const TestHome& home, const QStringList& gone, const QStr
 QString database(const TestHome& home, const QString& relative, const QStringList& statements);
 // One row in each table, so "emptied" can be told from "missing".
 qint64 rowCount(const QString& database, const QString& table);
+// The first column of the query's rows, joined with ","; "" when the database cannot be read.
+QString column(const QString& database, const QString& sql);
 
 // "Local State" of a Chrome or Chromium root, listing the profile folders.
 void localState(const TestHome& home, const QString& root, const QStringList& profiles);

@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 namespace F = BrowserFixtures;
 
 namespace {
-const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
 const QByteArray kPreferences =

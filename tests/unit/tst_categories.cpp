@@ -5,7 +5,6 @@
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
-#include "sandbox/Sqlite.h"
 #include "support/BrowserFixtures.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
@@ -40,18 +39,6 @@ void clean(TestHome& home, const QString& browser, const QStringList& categories
     for (const QString& category : categories)
         choices.insert(SettingsKeys::settingsKey(browser, category), true);
     RemovalRun::performCategoryLoop(browser, choices, cleaners);
-}
-
-// The first column of the rows, joined with ",".
-QString column(const QString& database, const QString& sql)
-{
-    Sqlite db;
-    QStringList values;
-    if (db.openExisting(database, true)) {
-        for (const QVariantMap& row : db.executeQuery(sql).value_or(QList<QVariantMap>()))
-            values.append(row.first().toString());
-    }
-    return values.join(u',');
 }
 
 QVariant plist(const QString& path)
@@ -319,8 +306,8 @@ void TestCategories::databasesKeepWhatTheCategorySpares_data()
     QTest::addColumn<QString>("browser");
     QTest::addColumn<QString>("category");
     QTest::addColumn<QString>("database");
-    QTest::addColumn<QString>(
-        "query"); // SQL; "rows of T U": the tables' row counts; "no X": X not in the file
+    // SQL; "rows of T U": the tables' row counts; "no X": X not in the file.
+    QTest::addColumn<QString>("query");
     QTest::addColumn<QString>("result");
     const auto row = [](const char* name, const char* browser, const char* category, const char* database,
                         const char* query, const char* result) {
@@ -356,9 +343,9 @@ void TestCategories::databasesKeepWhatTheCategorySpares_data()
         "rows of moz_historyvisits moz_inputhistory moz_bookmarks", "0,0,3");
     row("Firefox history leaves a sound database", "Firefox", "history", places, "PRAGMA integrity_check",
         "ok");
-    row("Firefox downloads take the places named like them", "Firefox", "downloads", places,
-        "SELECT id FROM moz_places ORDER BY id", "1,2,3,6");
-    row("a quote in a name leaves that one place", "Firefox", "downloads", places, "rows of moz_annos", "0");
+    row("Firefox downloads take the places named like them, but one whose name holds a quote", "Firefox",
+        "downloads", places, "SELECT id FROM moz_places ORDER BY id", "1,2,3,6");
+    row("and their annotations", "Firefox", "downloads", places, "rows of moz_annos", "0");
     row("no downloads: no change", "Firefox", "downloads", "firefox/b.default/places.sqlite",
         "SELECT id FROM moz_places ORDER BY id", "1,2,3,4,5,6");
     // A site's zoom goes, the one for every site (the default the user chose) stays.
@@ -399,7 +386,7 @@ void TestCategories::databasesKeepWhatTheCategorySpares()
         for (const QString& table : query.mid(8).split(u' '))
             result.append(QString::number(F::rowCount(home.path(database), table)));
     else
-        result.append(column(home.path(database), query));
+        result.append(F::column(home.path(database), query));
     QTEST(result.join(u','), "result");
 }
 

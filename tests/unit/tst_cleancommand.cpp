@@ -90,7 +90,8 @@ void TestCleanCommand::answersAtOnce()
     const QString& used = code == CleanCommand::Success ? cli.out : cli.err;
     QVERIFY2(used.contains(said), qPrintable(used));
     QVERIFY((code == CleanCommand::Success ? cli.err : cli.out).isEmpty());
-    QVERIFY(!cli.homeGrantRecorded() || code != CleanCommand::NoHomeAccess);
+    if (code == CleanCommand::NoHomeAccess)
+        QVERIFY(!cli.homeGrantRecorded());
     // Nothing of another system is offered here: no Safari, no layout to choose.
     if (arguments.contains(u"--help"_s))
         QVERIFY(!cli.out.contains(u"Safari"_s) && !cli.out.contains(u"--layout"_s));

@@ -18,29 +18,6 @@ const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kChromium = QLatin1String(F::kChromiumRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 
-// Chrome with two profiles in "Local State" and a third that is not, Chromium with one, Opera's root
-// profile.
-struct CookieHome
-{
-    CookieHome()
-    {
-        F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
-        for (const QString& profile : {u"Default"_s, u"Profile 1"_s, u"Profile 9"_s})
-            F::chromiumProfile(home, kChrome + u'/' + profile);
-        F::localState(home, kChromium, {u"Default"_s});
-        F::chromiumProfile(home, kChromium + u"/Default"_s);
-        F::chromiumProfile(home, kOpera);
-    }
-    BrowserCleaners cleaners(Sandbox& sandbox)
-    {
-        return BrowserCleaners({sandbox, catalogue, home.t.defaults, home.t.log});
-    }
-
-    TestHome home;
-    FakeWorkspace workspace;
-    BrowserCatalogue catalogue{workspace, home.t.defaults, home.sandbox};
-};
-
 } // namespace
 
 class TestCookieCleaner : public QObject
@@ -53,18 +30,24 @@ private slots:
 
 void TestCookieCleaner::theCacheCleanersChannelWipe()
 {
-    CookieHome h;
-    BrowserCleaners cleaners = h.cleaners(h.home.sandbox);
-    HelperScripts scripts(h.home.sandbox, h.home.t.log);
-    CookieCleaner cookies({h.home.sandbox, h.catalogue, h.home.t.defaults, h.home.t.log}, scripts);
+    TestHome home;
+    F::localState(home, kChrome, {u"Default"_s, u"Profile 1"_s});
+    F::localState(home, kChromium, {u"Default"_s});
+    for (const QString& profile :
+         QStringList{kChrome + u"/Default"_s, kChrome + u"/Profile 1"_s, kChromium + u"/Default"_s, kOpera})
+        F::chromiumProfile(home, profile);
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    HelperScripts scripts(home.sandbox, home.t.log);
+    CookieCleaner cookies({home.sandbox, catalogue, home.t.defaults, home.t.log}, scripts);
     cookies.deleteChromeChannelIDforProfilePath(u"Default"_s, u"Google Chrome"_s);
     cookies.deleteChromeChannelIDforProfilePath(u"Ignored"_s, u"Opera"_s);
     cookies.deleteChromeChannelIDforProfilePath(u"Missing"_s, u"Chromium"_s);
     cookies.deleteChromeChannelIDforProfilePath(u".."_s, u"Chromium"_s);
-    QCOMPARE(F::rowCount(h.home.path(kChrome + u"/Default/Origin Bound Certs"_s), u"channel_id"_s), 0);
-    QCOMPARE(F::rowCount(h.home.path(kOpera + u"/Origin Bound Certs"_s), u"channel_id"_s), 0);
-    QCOMPARE(F::rowCount(h.home.path(kChrome + u"/Profile 1/Origin Bound Certs"_s), u"channel_id"_s), 1);
-    QVERIFY(!h.home.exists(kChromium + u"/Missing"_s)); // no database is created
+    QCOMPARE(F::rowCount(home.path(kChrome + u"/Default/Origin Bound Certs"_s), u"channel_id"_s), 0);
+    QCOMPARE(F::rowCount(home.path(kOpera + u"/Origin Bound Certs"_s), u"channel_id"_s), 0);
+    QCOMPARE(F::rowCount(home.path(kChrome + u"/Profile 1/Origin Bound Certs"_s), u"channel_id"_s), 1);
+    QVERIFY(!home.exists(kChromium + u"/Missing"_s)); // no database is created
 }
 
 void TestCookieCleaner::helperScriptsAreInstalledOnceAndRunBounded()

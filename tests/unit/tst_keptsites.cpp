@@ -3,7 +3,6 @@
 #include "cleaners/KeptSites.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
-#include "sandbox/Sqlite.h"
 #include "support/BrowserFixtures.h"
 #include "support/TestHome.h"
 
@@ -17,18 +16,6 @@ namespace {
 
 const QString kChrome = QLatin1String(F::kChromeRoot) + u"/Default"_s;
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles) + u"/a.default"_s;
-
-// The first column of the rows, in rowid order, joined with ",".
-QString column(const TestHome& home, const QString& database, const QString& sql)
-{
-    Sqlite db;
-    QStringList values;
-    if (db.openExisting(home.path(database), true)) {
-        for (const QVariantMap& row : db.executeQuery(sql).value_or(QList<QVariantMap>()))
-            values.append(row.first().toString());
-    }
-    return values.join(u',');
-}
 
 // A run of cookies, storage and website preferences with example.com kept, and with or without the sites the
 // browser's own settings always allow cookies for.
@@ -197,7 +184,7 @@ void TestKeptSites::chromiumKeepsTheKeptSitesCookiesAndStorage()
     for (const char* folder : {"001", "003"})
         QVERIFY2(!home.exists(fileSystem + u'/' + QLatin1String(folder)), folder);
     for (const char* cookies : {"/Cookies", "/Network/Cookies"})
-        QCOMPARE(column(home, kChrome + QLatin1String(cookies), u"SELECT name FROM cookies"_s),
+        QCOMPARE(F::column(home.path(kChrome + QLatin1String(cookies)), u"SELECT name FROM cookies"_s),
                  exceptions ? u"a,b,f"_s : u"a,b"_s);
     QVERIFY(home.exists(kChrome + u"/IndexedDB/https_mail.example.com_0.indexeddb.leveldb/LOG"_s));
     QVERIFY(!home.exists(kChrome + u"/IndexedDB/https_other.org_0.indexeddb.leveldb"_s));
@@ -233,16 +220,16 @@ void TestKeptSites::firefoxKeepsTheKeptSitesInEveryContainer()
         home.file(kFirefox + u"/storage/default/"_s + QLatin1String(origin) + u"/ls/data.sqlite"_s);
     clean(home, u"Firefox"_s);
 
-    QCOMPARE(column(home, kFirefox + u"/cookies.sqlite"_s, u"SELECT host FROM moz_cookies"_s),
+    QCOMPARE(F::column(home.path(kFirefox + u"/cookies.sqlite"_s), u"SELECT host FROM moz_cookies"_s),
              exceptions ? u".example.com,mail.example.com,bank.example"_s
                         : u".example.com,mail.example.com"_s);
-    QCOMPARE(column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_perms"_s),
+    QCOMPARE(F::column(home.path(kFirefox + u"/permissions.sqlite"_s), u"SELECT origin FROM moz_perms"_s),
              exceptions ? u"https://example.com^userContextId=1,https://bank.example"_s
                         : u"https://example.com^userContextId=1"_s);
-    QCOMPARE(
-        column(home, kFirefox + u"/permissions.sqlite"_s, u"SELECT origin FROM moz_origin_interactions"_s),
-        u"https://mail.example.com"_s);
-    QCOMPARE(column(home, kFirefox + u"/webappsstore.sqlite"_s, u"SELECT scope FROM webappsstore2"_s),
+    QCOMPARE(F::column(home.path(kFirefox + u"/permissions.sqlite"_s),
+                       u"SELECT origin FROM moz_origin_interactions"_s),
+             u"https://mail.example.com"_s);
+    QCOMPARE(F::column(home.path(kFirefox + u"/webappsstore.sqlite"_s), u"SELECT scope FROM webappsstore2"_s),
              u"moc.elpmaxe.:https:443"_s);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com"_s), true);
     QCOMPARE(home.exists(kFirefox + u"/storage/default/https+++example.com^userContextId=1"_s), true);
@@ -278,8 +265,9 @@ void TestKeptSites::keptSitesKeepTheirWebsitePreferences()
         R"({"zoom_level":2.0}}}},"profile":{"content_settings":{"exceptions":)"
         R"({"geolocation":{"https://example.com:443,*":{"setting":1}}}}}})";
     QCOMPARE(home.read(kChrome + u"/Preferences"_s), kept);
-    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT id FROM prefs"_s), u"1,3"_s);
-    QCOMPARE(column(home, kFirefox + u"/content-prefs.sqlite"_s, u"SELECT name FROM groups"_s),
+    QCOMPARE(F::column(home.path(kFirefox + u"/content-prefs.sqlite"_s), u"SELECT id FROM prefs"_s),
+             u"1,3"_s);
+    QCOMPARE(F::column(home.path(kFirefox + u"/content-prefs.sqlite"_s), u"SELECT name FROM groups"_s),
              u"mail.example.com"_s);
 }
 
