@@ -113,17 +113,15 @@ void TestBrowserCatalogue::userProfilesFromLocalState_data()
         R"({"profile":{"info_cache":{"Default":{"name":"Person 1"},"Profile 2":{"name":"Work","x":1}}}})";
     QTest::newRow("Chrome") << u"Google Chrome"_s << two
                             << QVariantMap{{u"Default"_s, u"Person 1"_s}, {u"Profile 2"_s, u"Work"_s}};
-    QTest::newRow("Chromium") << u"Chromium"_s << two
-                              << QVariantMap{{u"Default"_s, u"Person 1"_s}, {u"Profile 2"_s, u"Work"_s}};
     QTest::newRow("entry without a name")
         << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":{"Default":{},"P":{"name":"N"}}}})")
         << QVariantMap{{u"P"_s, u"N"_s}};
-    QTest::newRow("no info_cache") << u"Chromium"_s << QByteArray(R"({"profile":{}})") << QVariantMap();
-    QTest::newRow("broken JSON") << u"Chromium"_s << QByteArray(R"({"profile":{"info_cache":)")
-                                 << QVariantMap();
-    QTest::newRow("not UTF-8") << u"Chromium"_s << QByteArray("\xff\xfe{}") << QVariantMap();
-    QTest::newRow("a list at the top") << u"Chromium"_s << QByteArray("[1,2]") << QVariantMap();
-    QTest::newRow("missing file") << u"Chromium"_s << QByteArray() << QVariantMap();
+    for (const auto& [name, bytes] : {std::pair{"no info_cache", R"({"profile":{}})"},
+                                      {"broken JSON", R"({"profile":{"info_cache":)"},
+                                      {"not UTF-8", "\xff\xfe{}"},
+                                      {"a list at the top", "[1,2]"},
+                                      {"no file", ""}})
+        QTest::newRow(name) << u"Chromium"_s << QByteArray(bytes) << QVariantMap();
 }
 
 void TestBrowserCatalogue::userProfilesFromLocalState()

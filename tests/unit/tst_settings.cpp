@@ -20,7 +20,6 @@ private slots:
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
     void aMissingDefaultsResourceRegistersNothing();
     void theMirrorHoldsWhatIsSelectedNow();
-    void aCategoryChoiceReachesTheMirror();
     void protectionCannotBeOnWithoutABrowser();
 };
 
@@ -35,10 +34,6 @@ void TestSettings::initializeRegistersTheShippedDefaultsAndTheRealHome()
     // Written to the store, not only registered.
     QVERIFY(t.backend->read()->contains(SettingsKeys::userFolder));
     QVERIFY(t.defaults.boolForKey(SettingsKeys::showInMenu));
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::displayNotifications));
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::cleanCurrentLayouts));
-    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
-    QVERIFY(t.defaults.arrayForKey(SettingsKeys::enabledBrowsers).isEmpty());
     // The first launch is recognised by the absence of "firstRun": the shipped defaults never set it.
     QVERIFY(!t.defaults.objectForKey(SettingsKeys::firstRun));
     // Every other browser of the table starts with its family's choices.
@@ -84,28 +79,15 @@ void TestSettings::theMirrorHoldsWhatIsSelectedNow()
     t.backend->changeExternally(
         QVariantMap{{SettingsKeys::settings, QVariantMap{{u"Opera:history"_s, true}}}});
     QCOMPARE(app.settingsController().content().keys(), QStringList{u"Opera:history"_s});
+    // A choice in the popover: the stored dictionary keeps its false entries, the mirror only true ones.
+    app.setCategorySelected(u"Firefox"_s, u"history"_s, true);
+    app.setCategorySelected(u"Opera"_s, u"history"_s, false);
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Firefox:history"_s});
+    QCOMPARE(t.backend->read()->value(SettingsKeys::settings).toMap(),
+             (QVariantMap{{u"Firefox:history"_s, true}, {u"Opera:history"_s, false}}));
     app.stopObservingSettings();
     t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
     QCOMPARE(app.settingsController().content().size(), 1);
-}
-
-void TestSettings::aCategoryChoiceReachesTheMirror()
-{
-    TestDefaults t;
-    AppDelegate::initialize(t.defaults);
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    app.startObservingSettings();
-    app.setCategorySelected(u"Firefox"_s, u"history"_s, true);
-    app.setCategorySelected(u"Firefox"_s, u"cache"_s, false);
-    const QVariantMap content = app.settingsController().content();
-    QVERIFY(SettingsController::isSelected(content, u"Firefox"_s, u"history"_s));
-    QVERIFY(!SettingsController::isSelected(content, u"Firefox"_s, u"cache"_s));
-    QVERIFY(!content.contains(u"Firefox:cache"_s));
-    // The stored dictionary keeps the false entry and the shipped choices of other browsers.
-    const QVariantMap stored = t.backend->read()->value(SettingsKeys::settings).toMap();
-    QCOMPARE(stored.value(u"Firefox:cache"_s), QVariant(false));
-    QCOMPARE(stored.value(u"Safari:cache"_s), QVariant(true));
 }
 
 void TestSettings::protectionCannotBeOnWithoutABrowser()
