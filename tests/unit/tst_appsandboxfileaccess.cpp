@@ -20,7 +20,6 @@ private slots:
     void init();
     void theNearestRecordedGrantAboveAPathWins();
     void aCancelledPanelRunsNothing();
-    void thePanelStartsAtTheNearestExistingFolder();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
     void thePanelRunsOnTheMainThreadForAWorker();
@@ -91,16 +90,6 @@ void TestAppSandboxFileAccess::aCancelledPanelRunsNothing()
     // Asked again at the next request.
     QVERIFY(!access().accessFilePath(home(), true, [&] { ran = true; }));
     QCOMPARE(m_panel.requests.size(), 2);
-}
-
-void TestAppSandboxFileAccess::thePanelStartsAtTheNearestExistingFolder()
-{
-    QVERIFY(QDir(home()).mkpath(u"Library"_s));
-    request(home() + u"/Library/Caches/Firefox/Profiles"_s);
-    request(home() + u"/Library"_s);
-    QCOMPARE(m_panel.requests.size(), 2);
-    QCOMPARE(m_panel.requests[0].directory, home() + u"/Library"_s);
-    QCOMPARE(m_panel.requests[1].directory, home() + u"/Library"_s);
 }
 
 void TestAppSandboxFileAccess::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()

@@ -5,8 +5,6 @@
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,10 +14,7 @@ using namespace Qt::StringLiterals;
 namespace F = BrowserFixtures;
 
 namespace {
-const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
-const QByteArray kPreferences =
-    R"({"profile":{"name":"x"},"net":{"http_server_properties":{"servers":[{"https://a.org":{}}]},"network_prediction_options":2},"dns_prefetching":{"host":["a.org"]},"bookmark_bar":{"show":true}})";
 } // namespace
 
 class TestCacheCleaner : public QObject
@@ -27,8 +22,6 @@ class TestCacheCleaner : public QObject
     Q_OBJECT
 private slots:
     void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
-    void preferencesLoseOnlyTheNetworkPredictions_data();
-    void preferencesLoseOnlyTheNetworkPredictions();
 };
 
 // profiles.ini may list a profile by its full path (IsRelative=0): one in the home folder is cleaned like
@@ -69,29 +62,6 @@ void TestCacheCleaner::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
     for (const char* kept : {"/cookies.sqlite", "/cache2/entries/e", "/storage/default/https+++a.org"})
         QVERIFY2(QFileInfo::exists(outside + QLatin1String(kept)), kept);
     QCOMPARE(home.t.log.lines().filter(u"left the Firefox profile %1 alone"_s.arg(outside)).size(), 1);
-}
-
-void TestCacheCleaner::preferencesLoseOnlyTheNetworkPredictions_data()
-{
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QByteArray>("after");
-    QTest::newRow("keys kept in order")
-        << kPreferences
-        << QByteArray(
-               R"({"profile":{"name":"x"},"net":{"network_prediction_options":2},"bookmark_bar":{"show":true}})");
-    QTest::newRow("not JSON") << QByteArray("{broken") << QByteArray("{}");
-}
-
-void TestCacheCleaner::preferencesLoseOnlyTheNetworkPredictions()
-{
-    QFETCH(QByteArray, before);
-    QFETCH(QByteArray, after);
-    TestHome home;
-    home.file(kOpera + u"/Preferences"_s, before);
-    home.sandbox.removeExtraChromeCacheData(u"~/"_s + kOpera + u"/Preferences"_s);
-    QCOMPARE(home.read(kOpera + u"/Preferences"_s), after);
-    home.sandbox.removeExtraChromeCacheData(u"~/"_s + kOpera + u"/Missing"_s);
-    QVERIFY(!home.exists(kOpera + u"/Missing"_s));
 }
 
 QTEST_GUILESS_MAIN(TestCacheCleaner)

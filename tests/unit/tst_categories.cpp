@@ -98,7 +98,6 @@ class TestCategories : public QObject
 private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
-    void historyForgetsWhatVisitsTaughtPreferences();
     void databasesKeepWhatTheCategorySpares_data();
     void databasesKeepWhatTheCategorySpares();
     void safariKeepsWhatIsPinned_data();
@@ -287,20 +286,6 @@ void TestCategories::eachCategoryRemovesItsFiles()
     F::expectGoneAndKept(home, gone, kept);
 }
 
-void TestCategories::historyForgetsWhatVisitsTaughtPreferences()
-{
-    TestHome home;
-    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
-    F::localState(home, kChrome, {u"Default"_s});
-    home.file(kChrome + u"/Default/Preferences"_s,
-              R"({"zerosuggest":{"cachedresults":"r","other":1},"profile":{"content_settings":{"exceptions":)"
-              R"({"site_engagement":{"a.org":{}},"cookies":{"a.org":{"setting":2}}}}}})");
-    clean(home, u"Google Chrome"_s, {u"history"_s});
-    QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s),
-             QByteArray(R"({"zerosuggest":{"other":1},"profile":{"content_settings":{"exceptions":)"
-                        R"({"cookies":{"a.org":{"setting":2}}}}}})"));
-}
-
 void TestCategories::databasesKeepWhatTheCategorySpares_data()
 {
     QTest::addColumn<QString>("browser");
@@ -471,12 +456,15 @@ void TestCategories::websitePrefsRewriteKeepsEverythingElse()
     QFETCH(QByteArray, after);
     TestHome home;
     const QString preferences = home.file(kChrome + u"/Default/Preferences"_s, before);
-    QFile::setPermissions(preferences, QFile::ReadOwner | QFile::WriteOwner);
+    const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup;
+    QFile::setPermissions(preferences, permissions);
     F::localState(home, kChrome, {u"Default"_s});
     clean(home, u"Google Chrome"_s, {u"websitePrefs"_s});
     QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s), after);
-    QCOMPARE(QFile::permissions(preferences) & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther),
-             QFile::ReadOwner);
+    // Replaced as a whole, with its permissions, and nothing left beside it.
+    QCOMPARE(QFile::permissions(preferences) & 0x7077, permissions); // owner, group, others
+    QCOMPARE(QDir(home.path(kChrome + u"/Default"_s)).entryList(QDir::Files | QDir::Hidden),
+             QStringList{u"Preferences"_s});
 }
 
 void TestCategories::firefoxSessionKeepsOnlyItsPinnedTabs_data()

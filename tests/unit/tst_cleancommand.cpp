@@ -34,7 +34,6 @@ private slots:
     void aGrantThatCannotBeSavedIsReported();
     void endsOfOptionsOutputAndTheLock();
     void whatWasRefusedIsWarnedAboutAfterTheUsualLine();
-    void aLayoutOptionIsNotStored();
     void listShowsInstalledActivatedAndProfiles();
 };
 
@@ -213,13 +212,6 @@ void TestCleanCommand::endsOfOptionsOutputAndTheLock()
     QCOMPARE(cli.run({u"Firefox"_s, u"cache"_s}), int(CleanCommand::LockBusy));
     QVERIFY2(cli.err.contains(u"waiting for another removal run"_s), qPrintable(cli.err));
     QVERIFY(cli.out.isEmpty());
-}
-
-void TestCleanCommand::aLayoutOptionIsNotStored()
-{
-    Cli cli;
-    QCOMPARE(cli.run({u"--layout=Linux"_s, u"Firefox"_s, u"cache"_s}), int(CleanCommand::Success));
-    QCOMPARE(cli.home.t.backend->read()->value(SettingsKeys::browserLayout), QVariant(u"macOS"_s));
 }
 
 void TestCleanCommand::listShowsInstalledActivatedAndProfiles()

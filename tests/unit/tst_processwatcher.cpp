@@ -24,11 +24,8 @@ private slots:
     void knownExecutables();
     void installedMeansADesktopEntryOrACommand();
     void lockFoldersOfEveryInstall();
-    void iconOfADesktopEntry_data();
-    void iconOfADesktopEntry();
     void seesEveryBrowsersExecutablesRun();
     void helpersAndForksAreNotApplicationsButInstancesAre();
-    void findsABrowserALauncherBecameByExec();
 
 private:
     // A copy of a system program under a browser's executable name.
@@ -161,31 +158,6 @@ void TestProcessWatcher::lockFoldersOfEveryInstall()
     QVERIFY(!folders.contains(home.path() + u"/.config/BraveSoftware/Brave-Browser/Default"_s));
 }
 
-void TestProcessWatcher::iconOfADesktopEntry_data()
-{
-    QTest::addColumn<QByteArray>("entry");
-    QTest::addColumn<QString>("icon");
-    QTest::newRow("the main group's key")
-        << "[Desktop Entry]\nName=Chromium\nIcon=chromium\n"_ba << u"chromium"_s;
-    QTest::newRow("spaces and CRLF") << "[Desktop Entry]\r\nIcon = /opt/c/icon.png \r\n"_ba
-                                     << u"/opt/c/icon.png"_s;
-    QTest::newRow("a localised key comes first")
-        << "[Desktop Entry]\nIcon[de]=de\nIconName=x\nIcon=chromium\n"_ba << u"chromium"_s;
-    QTest::newRow("only an action's icon")
-        << "[Desktop Entry]\nName=C\n[Desktop Action new]\nIcon=new\n"_ba << QString();
-    QTest::newRow("before any group") << "Icon=x\n[Desktop Entry]\nName=C\n"_ba << QString();
-    QTest::newRow("a long line is one line")
-        << "[Desktop Entry]\nComment="_ba + QByteArray(4096, 'a') + "Icon=evil\nIcon=chromium\n"
-        << u"chromium"_s;
-    QTest::newRow("not UTF-8") << "[Desktop Entry]\nIcon=ch\x8d\x90romium\n"_ba << QString();
-}
-
-void TestProcessWatcher::iconOfADesktopEntry()
-{
-    QFETCH(QByteArray, entry);
-    QTEST(DesktopEntry::iconName(entry), "icon");
-}
-
 void TestProcessWatcher::seesEveryBrowsersExecutablesRun()
 {
     // Each executable of every row, run from a folder of the same shape as the package's.
@@ -287,23 +259,6 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
         process->kill();
         process->waitForFinished();
     }
-}
-
-void TestProcessWatcher::findsABrowserALauncherBecameByExec()
-{
-    ProcessWatcher watcher(kApplications, {});
-    const QString firefox = fakeBrowser(u"firefox"_s, u"/bin/sleep"_s);
-    QProcess launcher;
-    launcher.start(u"/bin/sh"_s, {u"-c"_s, u"sleep 0.5; exec "_s + firefox + u" 30"_s});
-    QVERIFY(launcher.waitForStarted());
-    QTest::qWait(100);
-    watcher.scan(); // still the launcher
-    QVERIFY(!pidsOf(watcher.running()).contains(launcher.processId()));
-    QTest::qWait(800);
-    watcher.scan();
-    QVERIFY(pidsOf(watcher.running()).contains(launcher.processId()));
-    launcher.kill();
-    launcher.waitForFinished();
 }
 
 QTEST_GUILESS_MAIN(TestProcessWatcher)

@@ -55,7 +55,6 @@ private slots:
     void aBrowserStartingDuringARunStopsItsChanges();
     void aRunWaitsForTheLockHeldByAnotherProcess_data();
     void aRunWaitsForTheLockHeldByAnotherProcess();
-    void aClickedNotificationIsRemoved();
 };
 
 void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
@@ -316,14 +315,6 @@ void TestRemovalRun::aRunWaitsForTheLockHeldByAnotherProcess()
         QCOMPARE(agent.cleaners.calls(), QStringList{u"removeBrowserCache Opera"_s});
     }
     ::waitpid(child, nullptr, 0);
-}
-
-void TestRemovalRun::aClickedNotificationIsRemoved()
-{
-    ProtectedAgent p;
-    p.agent.app.applicationDidFinishLaunching();
-    emit p.agent.notifications.didActivateNotification(7);
-    QCOMPARE(p.agent.notifications.removed(), QList<quint32>{7});
 }
 
 QTEST_GUILESS_MAIN(TestRemovalRun)

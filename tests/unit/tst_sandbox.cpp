@@ -7,7 +7,6 @@
 #include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
-#include "support/Unprivileged.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -41,8 +40,6 @@ private slots:
     void nothingOutsideTheHomeIsChanged();
     void unsafeNamesAreRefused_data();
     void unsafeNamesAreRefused();
-    void secureDeleteKeepsAFileItCannotOverwrite();
-    void writeIsAtomicAndKeepsPermissions();
     void sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data();
     void sqlThatWouldChangeADatabaseDoesNotRunInAPreview();
     void aFileThatIsNoDatabaseIsNeverWritten_data();
@@ -221,52 +218,6 @@ void TestSandbox::unsafeNamesAreRefused()
     QCOMPARE(home.t.log.lines().size(), 3);
 }
 
-void TestSandbox::secureDeleteKeepsAFileItCannotOverwrite()
-{
-    TestHome home;
-    const QString locked = home.file(u"Default/locked"_s, "secret");
-    const QString plain = home.file(u"Default/plain"_s, "secret");
-    QVERIFY(QFile::setPermissions(plain, QFileDevice::Permissions(0x6666)));
-    QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::ReadOther));
-    for (const QString& folder : {home.path(), home.path(u"Default"_s)})
-        QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
-    home.t.defaults.setBool(true, SettingsKeys::secureDeleteData);
-    QVERIFY(asUnprivilegedUser([&] {
-        home.sandbox.remove(u"~/Default/locked"_s);
-        home.sandbox.remove(u"~/Default/plain"_s);
-        return true;
-    }));
-    QCOMPARE(home.read(u"Default/locked"_s), QByteArray("secret"));
-    QVERIFY(!home.exists(u"Default/plain"_s));
-
-    // Without secure deletion the same file goes.
-    home.t.defaults.setBool(false, SettingsKeys::secureDeleteData);
-    QVERIFY(asUnprivilegedUser([&] {
-        home.sandbox.remove(u"~/Default/locked"_s);
-        return true;
-    }));
-    QVERIFY(!home.exists(u"Default/locked"_s));
-}
-
-void TestSandbox::writeIsAtomicAndKeepsPermissions()
-{
-    TestHome home;
-    const QString prefs = home.file(u"Default/Preferences"_s, "{}");
-    QVERIFY(QFile::setPermissions(prefs,
-                                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
-    const QVariantMap dict{{u"TopSites"_s, QVariantList{u"https://example.org/"_s}}};
-    home.sandbox.write(dict, u"~/Default/Preferences"_s);
-    QCOMPARE(home.sandbox.dictionaryWithContentsOfFile(u"~/Default/Preferences"_s), dict);
-    QCOMPARE(QFile::permissions(prefs), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                            QFileDevice::ReadGroup | QFileDevice::ReadUser |
-                                            QFileDevice::WriteUser);
-    home.sandbox.write(QByteArray("{\"a\":1}"), u"~/Default/Preferences"_s);
-    QCOMPARE(home.read(u"Default/Preferences"_s), QByteArray("{\"a\":1}"));
-    // No temporary file is left beside it.
-    QCOMPARE(QDir(home.path(u"Default"_s)).entryList(QDir::Files | QDir::Hidden),
-             QStringList{u"Preferences"_s});
-}
-
 void TestSandbox::linuxLayoutMapsReferencePaths_data()
 {
     QTest::addColumn<QString>("reference");
@@ -392,8 +343,6 @@ void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten_data()
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("sql");
     QTest::newRow("zero bytes, create") << QByteArray() << u"CREATE TABLE x (a)"_s;
-    QTest::newRow("zero bytes, vacuum") << QByteArray() << u"VACUUM"_s;
-    QTest::newRow("zero bytes, pragma") << QByteArray() << u"PRAGMA user_version=7"_s;
     QTest::newRow("JSON") << QByteArray("{\"a\":1}") << u"VACUUM"_s;
 }
 
