@@ -17,7 +17,6 @@ private slots:
     void safariGetsItsScriptsAndTheScriptsUrlShowsTheirFolder();
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
-    void aFolderChangeUpdatesTheTiles();
     void terminationStopsTheWatchAndTheObservations();
 };
 
@@ -117,25 +116,6 @@ void TestLifecycle::launchedFromLoginWithHideOnLaunchShowsNoWindow()
         agent.app.applicationDidBecomeActive();
         QVERIFY(!agent.app.openedFromLogin());
     }
-}
-
-void TestLifecycle::aFolderChangeUpdatesTheTiles()
-{
-    TestHome home;
-    home.t.defaults.setBool(false, SettingsKeys::firstRun);
-    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s, u"org.chromium.Chromium"_s},
-                              SettingsKeys::enabledBrowsers);
-    TestAgent agent(home.t);
-    agent.workspace.setInstalled({u"org.mozilla.firefox"_s, u"org.chromium.Chromium"_s});
-    agent.app.applicationDidFinishLaunching();
-    QCOMPARE(agent.app.browserTiles(), QStringList({u"Firefox"_s, u"Chromium"_s}));
-    QSignalSpy tiles(&agent.app, &AppDelegate::browserTilesChanged);
-    agent.workspace.setInstalled({u"org.chromium.Chromium"_s});
-    agent.folderWatch.change();
-    QTRY_COMPARE(tiles.size(), 1);
-    QCOMPARE(agent.app.browserTiles(), QStringList{u"Chromium"_s});
-    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
-             QVariantList{u"org.chromium.Chromium"_s});
 }
 
 void TestLifecycle::terminationStopsTheWatchAndTheObservations()
