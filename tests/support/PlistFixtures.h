@@ -10,5 +10,7 @@ namespace PlistFixtures {
 QByteArray binary(const QVariant& value);
 // Writes bytes to a file, making its folders; fails the calling test when it cannot.
 bool writeFile(const QString& path, const QByteArray& bytes);
+// The file's bytes; empty when it cannot be read.
+QByteArray readFile(const QString& path);
 
 } // namespace PlistFixtures

@@ -43,9 +43,7 @@ void clean(TestHome& home, const QString& browser, const QStringList& categories
 
 QVariant plist(const QString& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? PropertyList::parse(file.readAll()).value_or(QVariant())
-                                          : QVariant();
+    return PropertyList::parse(PlistFixtures::readFile(path)).value_or(QVariant());
 }
 
 // Chromium's session files, as the browser writes them: "SNSS", a version, then commands (a 16-bit

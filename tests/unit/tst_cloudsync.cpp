@@ -2,6 +2,7 @@
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/linux/SyncFolderKeyValueStore.h"
+#include "support/PlistFixtures.h"
 #include "support/TestAgent.h"
 
 #include <QSignalSpy>
@@ -15,6 +16,9 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+
+using PlistFixtures::readFile;
+using PlistFixtures::writeFile;
 
 namespace {
 
@@ -34,17 +38,11 @@ struct Machine
 
 QVariantMap storedValues(const QString& folder)
 {
-    QFile file(folder + u"/corvella-settings.plist"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return PropertyList::parse(file.readAll()).value_or(QVariant()).toMap().value(u"values"_s).toMap();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
+    return PropertyList::parse(readFile(folder + u"/corvella-settings.plist"_s))
+        .value_or(QVariant())
+        .toMap()
+        .value(u"values"_s)
+        .toMap();
 }
 
 } // namespace
@@ -220,14 +218,7 @@ void TestCloudSync::filesThatAreNotTheStoreAreLeftAlone()
         writeFile(path, kind == u"deep"_s
                             ? "<?xml version=\"1.0\"?><plist>" + QByteArray("<array>").repeated(60000)
                             : newer);
-    QFile df(dotfile);
-    QVERIFY(df.open(QIODevice::ReadOnly));
-    const QByteArray dotfileBytes = df.readAll();
-    df.close();
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    const QByteArray bytes = f.readAll();
-    f.close();
+    const QByteArray dotfileBytes = readFile(dotfile), bytes = readFile(path);
 
     Machine a(root.path(), folder);
     a.sync.start();
@@ -235,10 +226,8 @@ void TestCloudSync::filesThatAreNotTheStoreAreLeftAlone()
     QTest::qWait(400);
     QVERIFY(!a.t.defaults.boolForKey(SettingsKeys::hideOnLaunch));
     QCOMPARE(QFileInfo(path).isSymLink(), kind == u"link"_s);
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    QCOMPARE(f.readAll(), bytes);
-    QVERIFY(df.open(QIODevice::ReadOnly));
-    QCOMPARE(df.readAll(), dotfileBytes);
+    QCOMPARE(readFile(path), bytes);
+    QCOMPARE(readFile(dotfile), dotfileBytes);
     // The store itself unreadable: nothing is shared until it is mended, and the user is told.
     if (name == SyncFolderKeyValueStore::kFileName)
         QVERIFY(a.t.log.lines().join(u'\n').contains(u"was left as it is and nothing is shared"_s));

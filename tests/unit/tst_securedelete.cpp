@@ -32,11 +32,6 @@ private slots:
     void theOverwriteReachesTheDiskBeforeTheUnlink();
 
 private:
-    QByteArray contents(const QString& path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_file;
     QByteArray m_original;
@@ -53,7 +48,7 @@ void TestSecureDelete::init()
 void TestSecureDelete::wipeKeepsNameAndSizeAndNeverWrites0xFF()
 {
     QVERIFY(SecureDelete::wipe(m_file));
-    const QByteArray after = contents(m_file);
+    const QByteArray after = PlistFixtures::readFile(m_file);
     QCOMPARE(after.size(), m_original.size());
     QVERIFY(!after.contains(char(0xFF)));
     QVERIFY(after != QByteArray(3000, char(0xAA))); // the random pass ran last
@@ -73,7 +68,7 @@ void TestSecureDelete::whatCannotBeOverwrittenStaysAsItWas()
     QVERIFY(QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(0x7777)));
     const QString file = m_file;
     QVERIFY(asUnprivilegedUser([file] { return !SecureDelete::wipe(file); }));
-    QCOMPARE(contents(m_file), m_original);
+    QCOMPARE(PlistFixtures::readFile(m_file), m_original);
 }
 
 void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile_data()
@@ -92,7 +87,7 @@ void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile()
     const qsizetype size = 3 * 1024 * 1024 + 100;
     QVERIFY(PlistFixtures::writeFile(m_file, QByteArray(size, 'x')));
     QVERIFY(SecureDelete::wipe(m_file, phase));
-    const QByteArray after = contents(m_file);
+    const QByteArray after = PlistFixtures::readFile(m_file);
     QCOMPARE(after.size(), size);
     const QByteArray pattern = after.left(1024);
     if (phase < 3)
@@ -113,7 +108,7 @@ void TestSecureDelete::aFileSharedByAnotherHardLinkIsOnlyUnlinked()
     QVERIFY(::link(QFile::encodeName(cookies).constData(), QFile::encodeName(outside).constData()) == 0);
     home.sandbox.remove(u"~/Library/Cookies/Cookies.binarycookies"_s);
     QVERIFY(!QFile::exists(cookies));
-    QCOMPARE(contents(outside), m_original);
+    QCOMPARE(PlistFixtures::readFile(outside), m_original);
     QCOMPARE(home.t.log.lines().filter(u"other hard links"_s).size(), 1);
 }
 

@@ -65,10 +65,8 @@ void TestUserDefaults::keepsValuesAcrossInstances()
         defaults->removeObjectForKey(u"gone"_s);
     }
     QVERIFY(m_file.endsWith(u".config/corvella/com.tovanex.Corvella6.plist"_s));
-    QFile file(m_file);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(file.readAll().contains("<plist version=\"1.0\">"));
-    QCOMPARE(file.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup),
+    QVERIFY(PlistFixtures::readFile(m_file).contains("<plist version=\"1.0\">"));
+    QCOMPARE(QFile::permissions(m_file) & (QFileDevice::ReadOther | QFileDevice::ReadGroup),
              QFileDevice::Permissions());
 
     auto reopened = open(log);
@@ -156,9 +154,7 @@ void TestUserDefaults::keepsAnUnreadableFileBesideAndStartsEmpty()
     const QStringList kept =
         QDir(QFileInfo(m_file).absolutePath()).entryList({u"com.tovanex.Corvella6.plist.unreadable-*"_s});
     QCOMPARE(kept.size(), 1);
-    QFile keptFile(QFileInfo(m_file).absolutePath() + QLatin1Char('/') + kept.first());
-    QVERIFY(keptFile.open(QIODevice::ReadOnly));
-    QCOMPARE(keptFile.readAll(), broken);
+    QCOMPARE(PlistFixtures::readFile(QFileInfo(m_file).absolutePath() + u'/' + kept.first()), broken);
     QVERIFY(log.lines().first().contains(kept.first()));
 
     defaults->setBool(true, u"isRunning"_s);
@@ -279,17 +275,14 @@ void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWe
     MemoryLog log;
     auto defaults = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
     QVERIFY(defaults->setObject(QVariantList{u"org.mozilla.firefox"_s}, u"enabledBrowsers"_s));
-    QFile original(file);
-    QVERIFY(original.open(QIODevice::ReadOnly));
-    const QByteArray before = original.readAll();
+    const QByteArray before = PlistFixtures::readFile(file);
     if (fullDisk)
         disk.fill();
     else
         QVERIFY(disk.makeReadOnly(u".config/corvella"_s));
     QVERIFY(!defaults->setObject(QString(5000, QLatin1Char('x')), u"padding"_s));
     QVERIFY(!defaults->objectForKey(u"padding"_s));
-    QVERIFY(original.seek(0));
-    QCOMPARE(original.readAll(), before);
+    QCOMPARE(PlistFixtures::readFile(file), before);
     QCOMPARE(log.lines().filter(u"could not save its settings"_s).size(), 1);
     // The file still reads: a later start keeps every choice.
     auto reopened = std::make_unique<UserDefaults>(std::make_unique<PlistFileDefaultsBackend>(file), log);
