@@ -5,6 +5,7 @@
 #include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
+#include "sandbox/HelperScripts.h"
 #include "support/BrowserFixtures.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
@@ -14,6 +15,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
@@ -106,6 +108,8 @@ private slots:
     void chromiumSessionKeepsOnlyItsPinnedTabs();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
+    void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
+    void channelIDsOfAMissingOrUnsafeProfileStay();
 };
 
 void TestCategories::eachCategoryRemovesItsFiles_data()
@@ -567,6 +571,62 @@ void TestCategories::firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault()
     QCOMPARE(ids, (QStringList{u"google"_s, u"ddg"_s, u"ext"_s}));
     QCOMPARE(kept[u"metaData"_s][u"defaultEngineId"_s].toString(), defaultKept ? chosen : QString());
     QCOMPARE(kept[u"metaData"_s].toObject().contains(u"defaultEngineIdHash"_s), defaultKept);
+}
+
+// profiles.ini may list a profile by its full path (IsRelative=0): one in the home folder is cleaned like
+// those in the profiles folder, its cache being in its own folder; one outside is reported and left.
+void TestCategories::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
+{
+    TestHome home;
+    QTemporaryDir outsideHome;
+    F::firefoxProfile(home, u"a.default"_s);
+    const QString elsewhere = home.folder(u"elsewhere/abs.profile"_s);
+    const QString outside = outsideHome.path() + u"/out.profile"_s;
+    for (const QString& profile : {elsewhere, outside}) {
+        for (const char* file : {"/cookies.sqlite", "/prefs.js", "/cache2/entries/e", "/startupCache/s",
+                                 "/storage/default/https+++a.org/idb/1.sqlite", "/places.sqlite"})
+            PlistFixtures::writeFile(profile + QLatin1String(file), "x");
+    }
+    home.file(kFirefox + u"/profiles.ini"_s,
+              u"[General]\nStartWithLastProfile=1\n\n"
+              "[Profile0]\nName=default\nIsRelative=1\nPath=a.default\n\n"
+              "[Profile1]\nName=abs\nIsRelative=0\nPath=%1\n\n"
+              "[Profile2]\nName=out\nIsRelative=0\nPath=%2\n"_s.arg(elsewhere, outside)
+                  .toUtf8());
+    // installs.ini names the profile an install uses by default, by its full path when it lies elsewhere.
+    const QString installs = home.folder(u"elsewhere/installs.profile"_s);
+    home.file(kFirefox + u"/installs.ini"_s,
+              u"[4F96D1932A9F858E]\nDefault=%1\nLocked=1\n"_s.arg(installs).toUtf8());
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    QCOMPARE(catalogue.firefoxProfiles(u"Firefox"_s), (QStringList{u"a.default"_s, elsewhere, installs}));
+    clean(home, u"Firefox"_s, {u"cookies"_s, u"cache"_s, u"databases"_s});
+
+    for (const char* gone : {"/cookies.sqlite", "/cache2", "/startupCache", "/storage/default/https+++a.org"})
+        QVERIFY2(!QFileInfo::exists(elsewhere + QLatin1String(gone)), gone);
+    QVERIFY(QFileInfo::exists(elsewhere + u"/places.sqlite"_s));
+    for (const char* kept : {"/cookies.sqlite", "/cache2/entries/e", "/storage/default/https+++a.org"})
+        QVERIFY2(QFileInfo::exists(outside + QLatin1String(kept)), kept);
+    QCOMPARE(home.t.log.lines().filter(u"left the Firefox profile %1 alone"_s.arg(outside)).size(), 1);
+}
+
+// The channel-ID wipe the cookie and cache categories share, asked for a profile without a database or
+// with an unsafe name, creates nothing and changes nothing above the browser's folder.
+void TestCategories::channelIDsOfAMissingOrUnsafeProfileStay()
+{
+    TestHome home;
+    F::localState(home, kChromium, {u"Default"_s});
+    F::chromiumProfile(home, kChromium + u"/Default"_s);
+    F::chromiumProfile(home, u"Library/Application Support"_s); // what ".." would reach
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    HelperScripts scripts(home.sandbox, home.t.log);
+    CookieCleaner cookies({home.sandbox, catalogue, home.t.defaults, home.t.log}, scripts);
+    cookies.deleteChromeChannelIDforProfilePath(u"Missing"_s, u"Chromium"_s);
+    cookies.deleteChromeChannelIDforProfilePath(u".."_s, u"Chromium"_s);
+    QVERIFY(!home.exists(kChromium + u"/Missing"_s));
+    for (const QString& profile : QStringList{kChromium + u"/Default"_s, u"Library/Application Support"_s})
+        QCOMPARE(F::rowCount(home.path(profile + u"/Origin Bound Certs"_s), u"channel_id"_s), 1);
 }
 
 QTEST_GUILESS_MAIN(TestCategories)

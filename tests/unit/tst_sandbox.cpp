@@ -2,6 +2,7 @@
 #include "platform/SettingsKeys.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
+#include "sandbox/HelperScripts.h"
 #include "sandbox/ProblemReport.h"
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sqlite.h"
@@ -51,6 +52,7 @@ private slots:
     void linkedRootsAreTheBrowsersLinksBelowThemAreNot();
     void linuxLayoutMapsReferencePaths_data();
     void linuxLayoutMapsReferencePaths();
+    void helperScriptsAreInstalledOnceAndRunBounded();
 };
 
 void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
@@ -446,6 +448,31 @@ void TestSandbox::linkedRootsAreTheBrowsersLinksBelowThemAreNot()
     QCOMPARE(!QFile::exists(real + target.mid(linked.size())), removed);
     QCOMPARE(home.t.log.lines().filter(u"outside the home folder"_s).isEmpty(), removed);
     QCOMPARE(problems.lines().isEmpty(), removed); // what corvella-clean warns about
+}
+
+void TestSandbox::helperScriptsAreInstalledOnceAndRunBounded()
+{
+    TestHome home;
+    const QString folder = u"Library/Application Scripts/com.tovanex.Corvella6/"_s;
+    HelperScripts scripts(home.sandbox, home.t.log, 500);
+    scripts.installAll();
+    for (const QString& name :
+         {HelperScripts::clearCookies, HelperScripts::clearSafariHistory, HelperScripts::clearSafariCache})
+        QVERIFY2(home.read(folder + name).startsWith("#!/bin/sh"), qPrintable(name));
+    // The user's own version stays, and is what runs, with HOME set to the real home.
+    home.file(folder + HelperScripts::clearCookies, "touch \"$HOME/ran\"\nexit 3\n");
+    QVERIFY(scripts.checkForScriptInFolder(HelperScripts::clearCookies));
+    QVERIFY(scripts.executeScript(HelperScripts::clearCookies));
+    QVERIFY(home.exists(u"ran"_s));
+    home.file(folder + HelperScripts::clearSafariCache, "sleep 30\n");
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!scripts.executeScript(HelperScripts::clearSafariCache));
+    QVERIFY(clock.elapsed() < 5000);
+    QVERIFY(!home.t.log.lines().filter(u"stopped the script"_s).isEmpty());
+    // The shipped scripts are harmless where there is no Safari.
+    QFile::remove(home.path(folder + HelperScripts::clearSafariHistory));
+    QVERIFY(scripts.executeScript(HelperScripts::clearSafariHistory));
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)
