@@ -1,12 +1,25 @@
+#include "core/AppDelegate.h"
+#include "core/StartAtLoginController.h"
+#include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
+#include "platform/linux/XdgAutostartLoginItems.h"
+#include "support/PlistFixtures.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
 
+#include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <pwd.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
+// The agent over fakes of every platform service: its launches, its settings, start at login, its end.
 class TestLifecycle : public QObject
 {
     Q_OBJECT
@@ -18,6 +31,13 @@ private slots:
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void terminationStopsTheWatchAndTheObservations();
+    void initializeRegistersTheShippedDefaultsAndTheRealHome();
+    void aMissingDefaultsResourceRegistersNothing();
+    void theMirrorHoldsWhatIsSelectedNow();
+    void protectionCannotBeOnWithoutABrowser();
+    void theAutostartEntryIsValidForAnyProgramPath_data();
+    void theAutostartEntryIsValidForAnyProgramPath();
+    void theControllerRecordsSuccessNotState();
 };
 
 void TestLifecycle::theFirstLaunchOpensThePopoverAndDoesNotWatch()
@@ -135,6 +155,158 @@ void TestLifecycle::terminationStopsTheWatchAndTheObservations()
     agent.workspace.terminate(u"Firefox"_s, u"org.mozilla.firefox"_s);
     QTest::qWait(100);
     QVERIFY(agent.cleaners.calls().isEmpty());
+}
+
+void TestLifecycle::initializeRegistersTheShippedDefaultsAndTheRealHome()
+{
+    const auto restore = qScopeGuard([home = qgetenv("HOME")] { qputenv("HOME", home); });
+    qputenv("HOME", "/nonexistent/not-the-home");
+    TestDefaults t;
+    AppDelegate::initialize(t.defaults);
+    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder),
+             QString::fromUtf8(getpwuid(getuid())->pw_dir));
+    QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), RealHomeDirectory());
+    // Written to the store, not only registered.
+    QVERIFY(t.backend->read()->contains(SettingsKeys::userFolder));
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::showInMenu));
+    // The first launch is recognised by the absence of "firstRun": the shipped defaults never set it.
+    QVERIFY(!t.defaults.objectForKey(SettingsKeys::firstRun));
+    // Every other browser of the table starts with its family's choices.
+    const QVariantMap settings = t.defaults.dictionaryForKey(SettingsKeys::settings);
+    for (const char* category : {"cache", "downloads", "flash"}) {
+        const QString key = QLatin1String(category);
+        QCOMPARE(settings.value(u"Brave:"_s + key), settings.value(u"Chromium:"_s + key));
+        QCOMPARE(settings.value(u"Floorp:"_s + key), settings.value(u"Firefox:"_s + key));
+    }
+    QVERIFY(settings.value(u"Brave:cache"_s).isValid());
+}
+
+void TestLifecycle::aMissingDefaultsResourceRegistersNothing()
+{
+    QTemporaryDir dir;
+    const QString broken = dir.filePath(u"Defaults.plist"_s);
+    QVERIFY(PlistFixtures::writeFile(broken, "<plist><dict><key>showInMenu</key>"));
+    for (const QString& resource : {broken, dir.filePath(u"missing.plist"_s)}) {
+        TestDefaults t;
+        AppDelegate::initialize(t.defaults, resource);
+        QVERIFY(!t.defaults.boolForKey(SettingsKeys::showInMenu));
+        QVERIFY(t.defaults.dictionaryForKey(SettingsKeys::settings).isEmpty());
+        QVERIFY(t.defaults.stringForKey(SettingsKeys::userFolder));
+    }
+}
+
+// The selection the removal runs read: only entries that are true, replaced as a whole at each change
+// (the popover's, the command-line cleaner's, a synced copy's), until the agent stops observing.
+void TestLifecycle::theMirrorHoldsWhatIsSelectedNow()
+{
+    TestDefaults t;
+    t.defaults.setObject(QVariantMap{{u"Safari:cookies"_s, true},
+                                     {u"Safari:cache"_s, false},
+                                     {u"Firefox:history"_s, 1},
+                                     {u"Firefox:cache"_s, u"true"_s}},
+                         SettingsKeys::settings);
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
+    app.startObservingSettings();
+    QCOMPARE(app.settingsController().content(), (QVariantMap{{u"Safari:cookies"_s, true}}));
+    t.defaults.setObject(QVariantMap{{u"Chromium:cache"_s, true}}, SettingsKeys::settings);
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Chromium:cache"_s});
+    t.backend->changeExternally(
+        QVariantMap{{SettingsKeys::settings, QVariantMap{{u"Opera:history"_s, true}}}});
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Opera:history"_s});
+    // A choice in the popover: the stored dictionary keeps its false entries, the mirror only true ones.
+    app.setCategorySelected(u"Firefox"_s, u"history"_s, true);
+    app.setCategorySelected(u"Opera"_s, u"history"_s, false);
+    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Firefox:history"_s});
+    QCOMPARE(t.backend->read()->value(SettingsKeys::settings).toMap(),
+             (QVariantMap{{u"Firefox:history"_s, true}, {u"Opera:history"_s, false}}));
+    app.stopObservingSettings();
+    t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
+    QCOMPARE(app.settingsController().content().size(), 1);
+}
+
+void TestLifecycle::protectionCannotBeOnWithoutABrowser()
+{
+    TestDefaults t;
+    TestAgent agent(t);
+    AppDelegate& app = agent.app;
+    QSignalSpy enabled(&app, &AppDelegate::mainSwitchEnabledChanged);
+    t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
+    t.defaults.setBool(true, SettingsKeys::isRunning);
+    app.checkEnabledButton();
+    QVERIFY(app.isValid());
+    QVERIFY(t.defaults.boolForKey(SettingsKeys::isRunning));
+
+    t.defaults.setObject(QVariantList{}, SettingsKeys::enabledBrowsers);
+    app.checkEnabledButton();
+    QVERIFY(!app.isValid());
+    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
+    QCOMPARE(enabled.size(), 2);
+    QCOMPARE(enabled.last().first(), QVariant(false));
+}
+
+void TestLifecycle::theAutostartEntryIsValidForAnyProgramPath_data()
+{
+    QTest::addColumn<QString>("program");
+    QTest::newRow("plain") << u"/usr/bin/corvella-login-helper"_s;
+    QTest::newRow("space") << u"/opt/My Apps/corvella-login-helper"_s;
+    QTest::newRow("shell characters") << u"/opt/a\"b`c$d\\e/corvella-login-helper"_s;
+    QTest::newRow("percent") << u"/opt/100%/corvella-login-helper"_s;
+}
+
+// The entry's Exec line, unquoted as the desktop does, names the program again; and the desktop's own
+// validator accepts the entry.
+void TestLifecycle::theAutostartEntryIsValidForAnyProgramPath()
+{
+    QFETCH(QString, program);
+    TestHome home;
+    XdgAutostartLoginItems items(home.path(u".config"_s), home.t.log);
+    const QString id = u"com.tovanex.Corvella6Helper"_s;
+    QVERIFY(items.setEnabled(id, QUrl::fromLocalFile(program), true));
+    QCOMPARE(items.entryPath(id), home.path(u".config/autostart/com.tovanex.Corvella6Helper.desktop"_s));
+
+    const QString exec = QString::fromUtf8(home.read(u".config/autostart/"_s + id + u".desktop"_s))
+                             .section(u"\nExec="_s, 1)
+                             .section(u'\n', 0, 0);
+    QString unquoted, value = exec;
+    value.replace(u"\\\\"_s, u"\\"_s); // the string escape of the file
+    QVERIFY(value.startsWith(u'"') && value.endsWith(u'"'));
+    for (qsizetype i = 1; i < value.size() - 1; ++i) {
+        if (value[i] == u'\\' || (value[i] == u'%' && value[i + 1] == u'%'))
+            ++i;
+        unquoted += value[i];
+    }
+    QCOMPARE(unquoted, program);
+
+    const QString validator = QStandardPaths::findExecutable(u"desktop-file-validate"_s);
+    if (!validator.isEmpty()) {
+        QProcess validate;
+        validate.start(validator, {items.entryPath(id)});
+        QVERIFY(validate.waitForFinished());
+        QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
+    }
+    QVERIFY(items.setEnabled(id, QUrl::fromLocalFile(program), false));
+    QVERIFY(!home.exists(u".config/autostart/"_s + id + u".desktop"_s));
+    QVERIFY(items.setEnabled(id, QUrl::fromLocalFile(program), false)); // nothing left to remove
+}
+
+void TestLifecycle::theControllerRecordsSuccessNotState()
+{
+    RecordingLoginItems items;
+    StartAtLoginController controller(items);
+    QSignalSpy enabled(&controller, &StartAtLoginController::enabledChanged);
+    controller.setStartAtLogin(true); // no helper yet: nothing happens
+    QVERIFY(items.calls.isEmpty() && enabled.isEmpty());
+
+    controller.setBundle(u"com.tovanex.Corvella6Helper"_s, QUrl::fromLocalFile(u"/usr/bin/helper"_s));
+    for (const bool succeeds : {true, false, true}) {
+        items.succeeds = succeeds;
+        controller.setStartAtLogin(false);
+        QCOMPARE(controller.enabled(), succeeds);
+        QVERIFY(!controller.startAtLogin());
+    }
+    QCOMPARE(enabled.size(), 3);
+    QCOMPARE(items.calls.size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestLifecycle)
