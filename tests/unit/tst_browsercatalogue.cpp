@@ -1,8 +1,13 @@
 #include "catalogue/BrowserCatalogue.h"
+#include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
+#include "support/BrowserFixtures.h"
+#include "support/CleanCli.h"
 #include "support/TestHome.h"
 
+#include <QCryptographicHash>
+#include <QDirIterator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -11,6 +16,118 @@
 using namespace Qt::StringLiterals;
 
 using Catalogue = BrowserCatalogue;
+
+namespace F = BrowserFixtures;
+using BrowserTable::Family;
+
+namespace {
+
+// Files beside the browsers' folders that belong to nobody's browser data.
+const QStringList kBystanders{u"Documents/notes.txt"_s,
+                              u".var/app/com.brave.Browser/data/keep"_s,
+                              u".var/app/org.chromium.Chromium/config/keep"_s,
+                              u"snap/brave/common/keep"_s,
+                              u"snap/brave/7/.config/keep"_s,
+                              u".var/app/org.mozilla.firefox/Downloads/keep"_s,
+                              u"snap/firefox/common/Downloads/keep"_s,
+                              u".cache/keep"_s,
+                              u".config/keep"_s};
+
+// Every file below the home folder, relative to it, with a digest of its contents.
+QMap<QString, QByteArray> filesIn(const QString& home)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator it(home, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        QFile file(path);
+        file.open(QIODevice::ReadOnly);
+        files.insert(path.mid(home.size() + 1),
+                     QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1));
+    }
+    return files;
+}
+
+// Two profiles in the family's shape below the roots (relative to the home folder): what the cleaners
+// remove, rewrite and keep in each.
+void familyFixture(const TestHome& home, const BrowserTable::Browser& browser, const QString& data,
+                   const QString& cache)
+{
+    if (browser.family == Family::Firefox) {
+        home.file(data + u"/profiles.ini"_s, "[Profile0]\nName=a\nIsRelative=1\nPath=a.default\n");
+        for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
+            F::firefoxProfile(home, profile, data);
+            for (const char* name :
+                 {"/sessionstore.jsonlz4", "/formhistory.sqlite", "/favicons.sqlite",
+                  "/extensions/kept@example.xpi", "/storage/default/https+++a.example/ls/data.sqlite"})
+                home.file(data + u'/' + profile + QLatin1String(name));
+            home.file(cache + u'/' + profile + u"/cache2/entries/A1"_s);
+        }
+        return;
+    }
+    const QStringList profiles =
+        browser.singleProfile ? QStringList{QString()} : QStringList{u"Default"_s, u"Profile 1"_s};
+    F::localState(home, data, browser.singleProfile ? QStringList{} : profiles);
+    for (const QString& key : profiles) {
+        const QString profile = key.isEmpty() ? data : data + u'/' + key;
+        F::chromiumProfile(home, profile);
+        F::chromiumHistory(home, profile);
+        home.file(profile + u"/Preferences"_s, R"({"net":{"network_prediction_options":1},"homepage":"x"})");
+        for (const char* name :
+             {"/Sessions/Session_1", "/Favicons", "/Top Sites", "/Visited Links",
+              "/Extensions/abc/1.0/manifest.json", "/Local Extension Settings/abc/000003.log",
+              "/Pepper Data/Shockwave Flash/x"})
+            home.file(profile + QLatin1String(name));
+        home.file((key.isEmpty() ? cache : cache + u'/' + key) + u"/Cache/Cache_Data/data_0"_s);
+    }
+}
+
+// What a clean of every category did to the home folder: each file removed or changed, named by its
+// root ("data/...", "cache/..."), or by its own path when it lies outside both.
+QMap<QString, QString> effectOfAClean(const BrowserTable::Browser& browser, const QString& data,
+                                      const QString& cache, const QStringList& revisions = {})
+{
+    Cli cli;
+    cli.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    for (const QString& path : kBystanders)
+        cli.home.file(path);
+    QStringList roots{data, cache};
+    if (revisions.isEmpty()) {
+        familyFixture(cli.home, browser, data, cache);
+    } else {
+        // Every revision of a Snap keeps its copy; "current" links to the newest.
+        for (const QString& revision : revisions)
+            familyFixture(cli.home, browser, QString(data).replace(u"/*/"_s, u'/' + revision + u'/'), cache);
+        QFile::link(revisions.last(), cli.home.path(data.section(u"/*/"_s, 0, 0) + u"/current"_s));
+    }
+    const QMap<QString, QByteArray> before = filesIn(cli.home.path());
+    QStringList arguments{u"--layout"_s, PathLayout::linux_, browser.name};
+    arguments += SettingsKeys::categories;
+    if (cli.run(arguments) != CleanCommand::Success)
+        qWarning() << cli.err;
+    const QMap<QString, QByteArray> after = filesIn(cli.home.path());
+    // "data/..." below the data root ("data@6/..." below a Snap revision's), "cache/..." below the cache.
+    const auto label = [&](const QString& path) -> QString {
+        const QString pattern = QRegularExpression::escape(data).replace(u"\\*"_s, u"([^/]+)"_s);
+        const QRegularExpressionMatch match = QRegularExpression(u"^"_s + pattern + u"/"_s).match(path);
+        if (match.hasMatch())
+            return (revisions.isEmpty() ? u"data/"_s : u"data@"_s + match.captured(1) + u'/') +
+                   path.mid(match.capturedLength());
+        return path.startsWith(cache + u'/') ? u"cache/"_s + path.mid(cache.size() + 1) : path;
+    };
+    QMap<QString, QString> effect;
+    for (auto it = before.cbegin(); it != before.cend(); ++it) {
+        if (after.value(it.key()) != it.value())
+            effect.insert(label(it.key()), after.contains(it.key()) ? u"changed"_s : u"removed"_s);
+    }
+    for (auto it = after.cbegin(); it != after.cend(); ++it) {
+        if (!before.contains(it.key()))
+            effect.insert(label(it.key()), u"added"_s);
+    }
+    return effect;
+}
+
+} // namespace
 
 class TestBrowserCatalogue : public QObject
 {
@@ -24,6 +141,12 @@ private slots:
     void userProfilesFromLocalState();
     void aRunningBrowserIsRecognised_data();
     void aRunningBrowserIsRecognised();
+
+    void everyInstallIsCleanedAsItsFamilyIs_data();
+    void everyInstallIsCleanedAsItsFamilyIs();
+    void everyRowOfTheTableIsHere();
+    void aRunningInstallStopsTheRun_data();
+    void aRunningInstallStopsTheRun();
 
 private:
     void enable(TestHome& home, const QStringList& ids)
@@ -183,6 +306,174 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised()
     if (processRuns)
         workspace.setRunning({{browser, Catalogue::browserIDFor(browser), 42}});
     QCOMPARE(catalogue.browserIsRunning(browser), running);
+}
+
+// Where each browser keeps its data and cache, install by install, as the browsers document it (a "*"
+// is a Snap revision); written out here, not read from the table, so a wrong row in it shows.
+namespace {
+
+const char* const kInstalls[] = {
+    "Firefox | .mozilla/firefox | .cache/mozilla/firefox",
+    "Firefox | .config/mozilla/firefox | .cache/mozilla/firefox",
+    "Firefox | .var/app/org.mozilla.firefox/.mozilla/firefox | "
+    ".var/app/org.mozilla.firefox/cache/mozilla/firefox",
+    "Firefox | .var/app/org.mozilla.firefox/config/mozilla/firefox | "
+    ".var/app/org.mozilla.firefox/cache/mozilla/firefox",
+    "Firefox | snap/firefox/common/.mozilla/firefox | snap/firefox/common/.cache/mozilla/firefox",
+    "Google Chrome | .config/google-chrome | .cache/google-chrome",
+    "Google Chrome | .var/app/com.google.Chrome/config/google-chrome | "
+    ".var/app/com.google.Chrome/cache/google-chrome",
+    "Chromium | .config/chromium | .cache/chromium",
+    "Chromium | .var/app/org.chromium.Chromium/config/chromium | "
+    ".var/app/org.chromium.Chromium/cache/chromium",
+    "Chromium | .var/app/io.github.ungoogled_software.ungoogled_chromium/config/chromium | "
+    ".var/app/io.github.ungoogled_software.ungoogled_chromium/cache/chromium",
+    "Chromium | snap/chromium/common/chromium | snap/chromium/common/.cache/chromium",
+    "Opera | .config/opera | .cache/opera",
+    "Opera | .var/app/com.opera.Opera/config/opera | .var/app/com.opera.Opera/cache/opera",
+    "Opera | snap/opera/*/.config/opera | snap/opera/common/.cache/opera",
+    "Brave | .config/BraveSoftware/Brave-Browser | .cache/BraveSoftware/Brave-Browser",
+    "Brave | .var/app/com.brave.Browser/config/BraveSoftware/Brave-Browser | "
+    ".var/app/com.brave.Browser/cache/BraveSoftware/Brave-Browser",
+    "Brave | snap/brave/*/.config/BraveSoftware/Brave-Browser | "
+    "snap/brave/common/.cache/BraveSoftware/Brave-Browser",
+    "Vivaldi | .config/vivaldi | .cache/vivaldi",
+    "Vivaldi | .var/app/com.vivaldi.Vivaldi/config/vivaldi | .var/app/com.vivaldi.Vivaldi/cache/vivaldi",
+    "Vivaldi | snap/vivaldi/*/.config/vivaldi | snap/vivaldi/common/.cache/vivaldi",
+    "Microsoft Edge | .config/microsoft-edge | .cache/microsoft-edge",
+    "Microsoft Edge | .var/app/com.microsoft.Edge/config/microsoft-edge | "
+    ".var/app/com.microsoft.Edge/cache/microsoft-edge",
+    "Google Chrome Beta | .config/google-chrome-beta | .cache/google-chrome-beta",
+    "Google Chrome Dev | .config/google-chrome-unstable | .cache/google-chrome-unstable",
+    "Microsoft Edge Beta | .config/microsoft-edge-beta | .cache/microsoft-edge-beta",
+    "Microsoft Edge Dev | .config/microsoft-edge-dev | .cache/microsoft-edge-dev",
+    "LibreWolf | .librewolf | .cache/librewolf",
+    "LibreWolf | .config/librewolf/librewolf | .cache/librewolf",
+    "LibreWolf | .var/app/io.gitlab.librewolf-community/.librewolf | "
+    ".var/app/io.gitlab.librewolf-community/cache/librewolf",
+    "Waterfox | .waterfox | .cache/waterfox",
+    "Waterfox | .var/app/net.waterfox.waterfox/.waterfox | .var/app/net.waterfox.waterfox/cache/waterfox",
+    "Floorp | .floorp | .cache/floorp",
+    "Floorp | .var/app/one.ablaze.floorp/.floorp | .var/app/one.ablaze.floorp/cache/floorp",
+};
+
+QStringList install(const char* row)
+{
+    return QString::fromLatin1(row).split(u" | "_s);
+}
+
+} // namespace
+
+void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("data");
+    QTest::addColumn<QString>("cache");
+    for (const char* row : kInstalls)
+        QTest::addRow("%s", row) << install(row).at(0) << install(row).at(1) << install(row).at(2);
+}
+
+void TestBrowserCatalogue::everyRowOfTheTableIsHere()
+{
+    QSet<QString> listed;
+    for (const char* row : kInstalls)
+        listed.insert(install(row).at(0) + u':' + install(row).at(1));
+    QSet<QString> table;
+    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
+        for (const BrowserTable::Install& install : browser.installs) {
+            for (const QString& data : install.dataRoots)
+                table.insert(browser.name + u':' + data);
+        }
+    }
+    QCOMPARE(table, listed);
+}
+
+// Chromium's and Firefox's own folders are the reference: every other row and install, given the same
+// profiles, loses exactly the same files, and nothing else in the home folder changes.
+void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, data);
+    QFETCH(QString, cache);
+    const BrowserTable::Browser* row = BrowserTable::find(browser);
+    const BrowserTable::Browser* reference = BrowserTable::find(row->family == Family::Firefox ? u"Firefox"_s
+                                                                : row->singleProfile           ? u"Opera"_s
+                                                                                     : u"Chromium"_s);
+    const BrowserTable::Install& native = reference->installs.first();
+    static QHash<QString, QMap<QString, QString>> expected;
+    if (!expected.contains(reference->name)) {
+        const QMap<QString, QString> effect =
+            effectOfAClean(*reference, native.dataRoots.first(), native.cacheRoot);
+        // What the family's cleaners are known to remove and to keep.
+        const QString profile = row->family == Family::Firefox ? u"data/a.default/"_s
+                                : row->singleProfile           ? u"data/"_s
+                                                               : u"data/Profile 1/"_s;
+        for (const QString& gone : row->family == Family::Firefox
+                                       ? QStringList{u"cookies.sqlite"_s, u"sessionstore.jsonlz4"_s}
+                                       : QStringList{u"Cookies"_s, u"Sessions/Session_1"_s, u"Favicons"_s})
+            QCOMPARE(effect.value(profile + gone), u"removed"_s);
+        for (const QString& kept : row->family == Family::Firefox
+                                       ? QStringList{u"logins.json"_s, u"extensions/kept@example.xpi"_s}
+                                       : QStringList{u"Bookmarks"_s, u"Extensions/abc/1.0/manifest.json"_s,
+                                                     u"Local Extension Settings/abc/000003.log"_s})
+            QVERIFY2(!effect.contains(profile + kept), qPrintable(kept));
+        QVERIFY(std::any_of(effect.keyBegin(), effect.keyEnd(),
+                            [](const QString& name) { return name.startsWith(u"cache/"_s); }));
+        for (auto it = effect.cbegin(); it != effect.cend(); ++it)
+            QVERIFY2(it.key().startsWith(u"data/"_s) || it.key().startsWith(u"cache/"_s),
+                     qPrintable(it.key()));
+        expected.insert(reference->name, effect);
+    }
+    const QStringList revisions = data.contains(u"/*/"_s) ? QStringList{u"6"_s, u"7"_s} : QStringList{};
+    const QMap<QString, QString> effect = effectOfAClean(*row, data, cache, revisions);
+    QMap<QString, QString> wanted = expected.value(reference->name);
+    if (!revisions.isEmpty()) {
+        // Each revision's copy is cleaned; they share one cache.
+        const QMap<QString, QString> once = wanted;
+        wanted.clear();
+        for (auto it = once.cbegin(); it != once.cend(); ++it) {
+            if (!it.key().startsWith(u"data/"_s)) {
+                wanted.insert(it.key(), it.value());
+                continue;
+            }
+            for (const QString& revision : revisions)
+                wanted.insert(u"data@"_s + revision + it.key().mid(4), it.value());
+        }
+    }
+    QCOMPARE(effect, wanted);
+}
+
+void TestBrowserCatalogue::aRunningInstallStopsTheRun_data()
+{
+    QTest::addColumn<QString>("browser");
+    QTest::addColumn<QString>("root"); // an install's data root, its family's shape made there
+    QTest::addColumn<QString>("lock");
+    QTest::newRow("Chromium's Flatpak")
+        << u"Chromium"_s << u".var/app/org.chromium.Chromium/config/chromium"_s << u"SingletonLock"_s;
+    QTest::newRow("a Snap revision of Brave")
+        << u"Brave"_s << u"snap/brave/12/.config/BraveSoftware/Brave-Browser"_s << u"SingletonLock"_s;
+    QTest::newRow("a LibreWolf profile") << u"LibreWolf"_s << u".librewolf"_s << u"q.default/lock"_s;
+}
+
+void TestBrowserCatalogue::aRunningInstallStopsTheRun()
+{
+    QFETCH(QString, browser);
+    QFETCH(QString, root);
+    QFETCH(QString, lock);
+    TestHome home;
+    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+    F::localState(home, u".config/chromium"_s, {});
+    if (browser == u"LibreWolf"_s)
+        home.file(root + u"/q.default/prefs.js"_s);
+    else
+        F::localState(home, root, {});
+    const QString link = home.path(root + u'/' + lock);
+    QVERIFY(QFile::link(u"host-%1"_s.arg(QCoreApplication::applicationPid()), link));
+    FakeWorkspace workspace;
+    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
+    QVERIFY(catalogue.browserIsRunning(browser));
+    QFile::remove(link);
+    QVERIFY(!catalogue.browserIsRunning(browser));
 }
 
 QTEST_GUILESS_MAIN(TestBrowserCatalogue)
