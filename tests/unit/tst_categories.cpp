@@ -98,12 +98,15 @@ class TestCategories : public QObject
 private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
+    void historyForgetsWhatVisitsTaughtPreferences();
     void databasesKeepWhatTheCategorySpares_data();
     void databasesKeepWhatTheCategorySpares();
     void safariKeepsWhatIsPinned_data();
     void safariKeepsWhatIsPinned();
     void websitePrefsRewriteKeepsEverythingElse_data();
     void websitePrefsRewriteKeepsEverythingElse();
+    void firefoxSessionKeepsOnlyItsPinnedTabs_data();
+    void firefoxSessionKeepsOnlyItsPinnedTabs();
     void chromiumSessionKeepsOnlyItsPinnedTabs_data();
     void chromiumSessionKeepsOnlyItsPinnedTabs();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
@@ -286,6 +289,22 @@ void TestCategories::eachCategoryRemovesItsFiles()
     F::expectGoneAndKept(home, gone, kept);
 }
 
+// History takes what visits taught the profile, not the sites' exceptions the user made (those are
+// website preferences').
+void TestCategories::historyForgetsWhatVisitsTaughtPreferences()
+{
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    F::localState(home, kChrome, {u"Default"_s});
+    home.file(kChrome + u"/Default/Preferences"_s,
+              R"({"zerosuggest":{"cachedresults":"r","other":1},"profile":{"content_settings":{"exceptions":)"
+              R"({"site_engagement":{"a.org":{}},"cookies":{"a.org":{"setting":2}}}}}})");
+    clean(home, u"Google Chrome"_s, {u"history"_s});
+    QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s),
+             QByteArray(R"({"zerosuggest":{"other":1},"profile":{"content_settings":{"exceptions":)"
+                        R"({"cookies":{"a.org":{"setting":2}}}}}})"));
+}
+
 void TestCategories::databasesKeepWhatTheCategorySpares_data()
 {
     QTest::addColumn<QString>("browser");
@@ -465,6 +484,65 @@ void TestCategories::websitePrefsRewriteKeepsEverythingElse()
     QCOMPARE(QFile::permissions(preferences) & 0x7077, permissions); // owner, group, others
     QCOMPARE(QDir(home.path(kChrome + u"/Default"_s)).entryList(QDir::Files | QDir::Hidden),
              QStringList{u"Preferences"_s});
+}
+
+void TestCategories::firefoxSessionKeepsOnlyItsPinnedTabs_data()
+{
+    QTest::addColumn<bool>("pinned");
+    QTest::addColumn<bool>("cookiesChosen");
+    QTest::newRow("a pinned tab, cookies kept") << true << false;
+    QTest::newRow("a pinned tab, cookies chosen") << true << true;
+    QTest::newRow("no pinned tab: the session goes") << false << false;
+}
+
+// Firefox restores pinned tabs from the session at every start: history takes the rest of the session
+// (other tabs, back history, closed tabs and windows, form data), not them, nor the session's cookies
+// unless cookies are chosen too (the end-to-end test chooses every category).
+void TestCategories::firefoxSessionKeepsOnlyItsPinnedTabs()
+{
+    QFETCH(bool, pinned);
+    QFETCH(bool, cookiesChosen);
+    TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    home.t.defaults.setObject(QVariantMap{{u"Firefox:cookies"_s, cookiesChosen}}, SettingsKeys::settings);
+    const auto entry = [](const char* url) { return QJsonObject{{u"url"_s, QLatin1String(url)}}; };
+    const QJsonObject session{
+        {u"version"_s, QJsonArray{u"sessionrestore"_s, 1}},
+        {u"windows"_s,
+         QJsonArray{QJsonObject{
+             {u"tabs"_s,
+              QJsonArray{
+                  QJsonObject{{u"entries"_s, QJsonArray{entry("https://visited.example/"),
+                                                        entry("https://mail.example/inbox")}},
+                              {u"index"_s, 2},
+                              {u"pinned"_s, pinned},
+                              {u"formdata"_s, QJsonObject{{u"id"_s, QJsonObject{{u"q"_s, u"typed"_s}}}}}},
+                  QJsonObject{{u"entries"_s, QJsonArray{entry("https://other.example/")}}, {u"index"_s, 1}}}},
+             {u"_closedTabs"_s, QJsonArray{QJsonObject{{u"url"_s, u"https://closed.example/"_s}}}},
+             {u"width"_s, 1200}}}},
+        {u"_closedWindows"_s,
+         QJsonArray{QJsonObject{{u"tabs"_s, QJsonArray{entry("https://gone.example/")}}}}},
+        {u"cookies"_s, QJsonArray{QJsonObject{{u"host"_s, u"mail.example"_s}, {u"name"_s, u"sid"_s}}}}};
+    const QString file = kFirefox + u"/a.default/sessionstore.jsonlz4"_s;
+    home.file(file, MozLz4::compress(QJsonDocument(session).toJson()));
+    clean(home, u"Firefox"_s, {u"history"_s});
+
+    QCOMPARE(home.exists(file), pinned);
+    if (!pinned)
+        return;
+    const auto json = MozLz4::decompress(home.read(file));
+    QVERIFY(json);
+    for (const char* gone : {"visited.example", "other.example", "closed.example", "gone.example", "typed"})
+        QVERIFY2(!json->contains(gone), gone);
+    const QJsonObject kept = QJsonDocument::fromJson(*json).object();
+    const QJsonObject tab = kept[u"windows"_s][0][u"tabs"_s][0].toObject();
+    QCOMPARE(kept[u"windows"_s].toArray().size(), 1);
+    QCOMPARE(kept[u"windows"_s][0][u"tabs"_s].toArray().size(), 1);
+    QCOMPARE(tab[u"entries"_s].toArray(), QJsonArray{entry("https://mail.example/inbox")});
+    QCOMPARE(tab[u"index"_s].toInt(), 1);
+    QVERIFY(tab[u"pinned"_s].toBool());
+    QCOMPARE(kept[u"windows"_s][0][u"width"_s].toInt(), 1200);
+    QCOMPARE(kept.contains(u"cookies"_s), !cookiesChosen);
 }
 
 void TestCategories::chromiumSessionKeepsOnlyItsPinnedTabs_data()
