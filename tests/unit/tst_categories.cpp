@@ -98,13 +98,12 @@ class TestCategories : public QObject
 private slots:
     void eachCategoryRemovesItsFiles_data();
     void eachCategoryRemovesItsFiles();
-    void historyForgetsWhatVisitsTaughtPreferences();
     void databasesKeepWhatTheCategorySpares_data();
     void databasesKeepWhatTheCategorySpares();
     void safariKeepsWhatIsPinned_data();
     void safariKeepsWhatIsPinned();
-    void websitePrefsRewriteKeepsEverythingElse_data();
-    void websitePrefsRewriteKeepsEverythingElse();
+    void preferencesRewritesKeepEverythingElse_data();
+    void preferencesRewritesKeepEverythingElse();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
     void firefoxSessionKeepsOnlyItsPinnedTabs();
     void chromiumSessionKeepsOnlyItsPinnedTabs_data();
@@ -289,22 +288,6 @@ void TestCategories::eachCategoryRemovesItsFiles()
     F::expectGoneAndKept(home, gone, kept);
 }
 
-// History takes what visits taught the profile, not the sites' exceptions the user made (those are
-// website preferences').
-void TestCategories::historyForgetsWhatVisitsTaughtPreferences()
-{
-    TestHome home;
-    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
-    F::localState(home, kChrome, {u"Default"_s});
-    home.file(kChrome + u"/Default/Preferences"_s,
-              R"({"zerosuggest":{"cachedresults":"r","other":1},"profile":{"content_settings":{"exceptions":)"
-              R"({"site_engagement":{"a.org":{}},"cookies":{"a.org":{"setting":2}}}}}})");
-    clean(home, u"Google Chrome"_s, {u"history"_s});
-    QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s),
-             QByteArray(R"({"zerosuggest":{"other":1},"profile":{"content_settings":{"exceptions":)"
-                        R"({"cookies":{"a.org":{"setting":2}}}}}})"));
-}
-
 void TestCategories::databasesKeepWhatTheCategorySpares_data()
 {
     QTest::addColumn<QString>("browser");
@@ -448,11 +431,15 @@ void TestCategories::safariKeepsWhatIsPinned()
     QTEST(plist(path), "after");
 }
 
-void TestCategories::websitePrefsRewriteKeepsEverythingElse_data()
+// What website preferences, the cache and history each take out of a Chromium profile's "Preferences",
+// and what they leave: the user's own settings, other keys, their order and numbers.
+void TestCategories::preferencesRewritesKeepEverythingElse_data()
 {
+    QTest::addColumn<QString>("category");
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
-    QTest::newRow("order, integers and reals kept")
+    QTest::newRow("website preferences: order, integers and reals kept")
+        << u"websitePrefs"_s
         << QByteArray(
                R"({"partition":{"default_zoom_level":{"x":3.8},"per_host_zoom_levels":{"x":{"a.org":1.5}}},)"
                R"("profile":{"name":"Ich","content_settings":{"exceptions":{"cookies":{"a.org,*":{}}},)"
@@ -462,23 +449,38 @@ void TestCategories::websitePrefsRewriteKeepsEverythingElse_data()
                       R"("content_settings":{"pref_version":1},"exit_type":"Normal"},"id":13345678901234567,)"
                       R"("zoom":-0.5,"bookmark_bar":{"show_on_all_tabs":true}})");
     QTest::newRow("a profile that is no object stays")
-        << QByteArray(R"({"profile":"x","a":[1,"\u00e9"]})")
+        << u"websitePrefs"_s << QByteArray(R"({"profile":"x","a":[1,"\u00e9"]})")
         << QByteArray("{\"profile\":\"x\",\"a\":[1,\"\xc3\xa9\"]}");
-    QTest::newRow("not JSON") << QByteArray("{\"partition\":") << QByteArray("{}");
-    QTest::newRow("not UTF-8: left as it is")
-        << QByteArray("{\"partition\":\"\xff\"}") << QByteArray("{\"partition\":\"\xff\"}");
+    QTest::newRow("not JSON") << u"websitePrefs"_s << QByteArray("{\"partition\":") << QByteArray("{}");
+    QTest::newRow("not UTF-8: left as it is") << u"websitePrefs"_s << QByteArray("{\"partition\":\"\xff\"}")
+                                              << QByteArray("{\"partition\":\"\xff\"}");
+    QTest::newRow("the cache: what was learnt of servers, not the prediction setting")
+        << u"cache"_s
+        << QByteArray(
+               R"({"profile":{"name":"x"},"net":{"http_server_properties":{"servers":[{"https://a.org":{}}]},)"
+               R"("network_prediction_options":2},"dns_prefetching":{"host":["a.org"]},"bookmark_bar":{}})")
+        << QByteArray(R"({"profile":{"name":"x"},"net":{"network_prediction_options":2},"bookmark_bar":{}})");
+    QTest::newRow("history: what visits taught, not the user's site exceptions")
+        << u"history"_s
+        << QByteArray(
+               R"({"zerosuggest":{"cachedresults":"r","other":1},"profile":{"content_settings":)"
+               R"({"exceptions":{"site_engagement":{"a.org":{}},"cookies":{"a.org":{"setting":2}}}}}})")
+        << QByteArray(R"({"zerosuggest":{"other":1},"profile":{"content_settings":{"exceptions":)"
+                      R"({"cookies":{"a.org":{"setting":2}}}}}})");
 }
 
-void TestCategories::websitePrefsRewriteKeepsEverythingElse()
+void TestCategories::preferencesRewritesKeepEverythingElse()
 {
+    QFETCH(QString, category);
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
     TestHome home;
+    home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
     const QString preferences = home.file(kChrome + u"/Default/Preferences"_s, before);
     const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup;
     QFile::setPermissions(preferences, permissions);
     F::localState(home, kChrome, {u"Default"_s});
-    clean(home, u"Google Chrome"_s, {u"websitePrefs"_s});
+    clean(home, u"Google Chrome"_s, {category});
     QCOMPARE(home.read(kChrome + u"/Default/Preferences"_s), after);
     // Replaced as a whole, with its permissions, and nothing left beside it.
     QCOMPARE(QFile::permissions(preferences) & 0x7077, permissions); // owner, group, others
