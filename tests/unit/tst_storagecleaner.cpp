@@ -64,6 +64,7 @@ class TestStorageCleaner : public QObject
 private slots:
     void sitesGoExtensionsStay_data();
     void sitesGoExtensionsStay();
+    void firefoxScopesAndProfiles();
     void chromiumLocalStorageKeepsOnlyExtensionKeys();
     void serviceWorkersOfSitesGoThoseOfExtensionsStay();
     void storageBucketsOfSitesGoThoseOfExtensionsStay_data();
@@ -116,6 +117,55 @@ void TestStorageCleaner::sitesGoExtensionsStay()
     QCOMPARE(h.home.exists(extensionDatabase), browser != u"Safari"_s); // Safari's IndexedDB goes whole
     QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
              QStringList{extension});
+}
+
+// Add-ons' storage (in containers too) and Firefox's internal origins stay in every profile; a scope
+// holding a quote is never sent in a statement.
+void TestStorageCleaner::firefoxScopesAndProfiles()
+{
+    StorageHome h;
+    h.home.t.defaults.setBool(true, SettingsKeys::cleanCurrentLayouts);
+    F::firefoxProfile(h.home, u"a.default"_s);
+    F::firefoxProfile(h.home, u"b.work"_s);
+    F::firefoxStorage(h.home, u"a.default"_s, {u"gro.a.:https:443"_s, u"moz-safe-about+home"_s});
+    F::firefoxStorage(h.home, u"b.work"_s, {u"gro.b.:http:80"_s, u"gro.'x.:http:80"_s});
+    h.home.file(kFirefox + u"/profiles.ini"_s);
+    // Per-origin storage folders: the sites', an add-on's (in a container too) and Firefox's own.
+    const QStringList sites{u"storage/default/https+++a.org/idb/1.sqlite"_s,
+                            u"storage/default/http+++b.org^userContextId=2/ls/data.sqlite"_s,
+                            u"storage/temporary/https+++c.org/cache/caches.sqlite"_s,
+                            u"storage/permanent/https+++d.org/idb/2.sqlite"_s};
+    const QStringList own{
+        u"storage/default/moz-extension+++0b1c/idb/3647222921wleabcEoxlt-eengsairo.sqlite"_s,
+        u"storage/default/moz-extension+++0b1c^userContextId=4294967295/idb/x.sqlite"_s,
+        u"storage/permanent/chrome/idb/2918063365piupsah.sqlite"_s,
+        u"storage/default/moz-safe-about+++home/ls/data.sqlite"_s};
+    for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
+        for (const QString& file : sites + own)
+            h.home.file(kFirefox + u'/' + profile + u'/' + file);
+    }
+    Lines preview;
+    h.clean(u"Firefox"_s, &preview);
+    // The second profile's statement names the first's scopes too; a quoted scope skips it.
+    QVERIFY(preview.lines.contains(
+        u"change webappsstore.sqlite DELETE FROM webappsstore2 WHERE scope IN ('gro.a.:https:443');"_s));
+    QVERIFY(h.home.t.log.lines().filter(u"holds a quote"_s).size() == 1);
+
+    h.clean(u"Firefox"_s);
+    QCOMPARE(originsIn(h.home.path(kFirefox + u"/a.default/webappsstore.sqlite"_s), u"webappsstore2"_s,
+                       u"scope"_s),
+             QStringList{u"moz-safe-about+home"_s});
+    for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
+        for (const QString& site : sites) {
+            const QString gone = site.section(u'/', 0, 2);
+            QVERIFY2(!h.home.exists(kFirefox + u'/' + profile + u'/' + gone), qPrintable(profile + gone));
+        }
+        for (const QString& kept : own)
+            QVERIFY2(h.home.exists(kFirefox + u'/' + profile + u'/' + kept), qPrintable(profile + kept));
+        QVERIFY(!h.home.exists(kFirefox + u'/' + profile + u"/storage.sqlite"_s));
+        QVERIFY(h.home.exists(kFirefox + u'/' + profile + u"/places.sqlite"_s));
+    }
+    QVERIFY(h.home.exists(kFirefox + u"/profiles.ini"_s));
 }
 
 void TestStorageCleaner::chromiumLocalStorageKeepsOnlyExtensionKeys()
