@@ -200,7 +200,9 @@ void TestCleanCommand::aGrantThatCannotBeSavedIsReported()
 void TestCleanCommand::endsOfOptionsOutputAndTheLock()
 {
     Cli cli;
-    QCOMPARE(cli.run({u"--"_s, u"Firefox"_s, u"cache"_s}), int(CleanCommand::Success));
+    QCOMPARE(cli.run({u"--layout=Linux"_s, u"--"_s, u"Firefox"_s, u"cache"_s}), int(CleanCommand::Success));
+    // A layout given for one run is not stored.
+    QCOMPARE(cli.home.t.backend->read()->value(SettingsKeys::browserLayout), QVariant(u"macOS"_s));
     QCOMPARE(cli.run({u"--"_s, u"--list"_s}), int(CleanCommand::BadUsage)); // a browser name now
 
     QFile full(u"/dev/full"_s);
