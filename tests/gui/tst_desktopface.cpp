@@ -59,7 +59,8 @@ struct Face
         agent.workspace.setInstalled(installed);
         face = std::make_unique<DesktopFace>(agent.app, agent.workspace, trayAvailable);
     }
-    // Launched after its first run with these browsers installed and activated, its window open.
+    // Launched after its first run with these browsers installed and activated, its window open (an
+    // ordinary window: the shipped defaults would make it a tool window without a taskbar entry).
     Face(const QStringList& installed, const QStringList& activated, bool trayAvailable = true)
         : Face({{SettingsKeys::firstRun, false},
                 {SettingsKeys::hideDock, false},
