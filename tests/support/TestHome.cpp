@@ -44,8 +44,7 @@ QString TestHome::folder(const QString& relative) const
 
 QByteArray TestHome::read(const QString& relative) const
 {
-    QFile f(path(relative));
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    return PlistFixtures::readFile(path(relative));
 }
 
 bool TestHome::exists(const QString& relative) const

@@ -4,6 +4,7 @@
 #include "platform/fake/FakeWorkspace.h"
 #include "support/BrowserFixtures.h"
 #include "support/CleanCli.h"
+#include "support/PlistFixtures.h"
 #include "support/TestHome.h"
 
 #include <QCryptographicHash>
@@ -40,10 +41,8 @@ QMap<QString, QByteArray> filesIn(const QString& home)
     QDirIterator it(home, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        QFile file(path);
-        file.open(QIODevice::ReadOnly);
         files.insert(path.mid(home.size() + 1),
-                     QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1));
+                     QCryptographicHash::hash(PlistFixtures::readFile(path), QCryptographicHash::Sha1));
     }
     return files;
 }

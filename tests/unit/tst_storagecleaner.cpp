@@ -3,7 +3,6 @@
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/RemovalPreview.h"
-#include "sandbox/Sqlite.h"
 #include "support/BrowserFixtures.h"
 #include "support/TestHome.h"
 
@@ -21,18 +20,6 @@ namespace {
 const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
-
-QStringList originsIn(const QString& database, const QString& table, const QString& column)
-{
-    QStringList values;
-    Sqlite db;
-    if (db.openExisting(database, true)) {
-        for (const QVariantMap& row :
-             db.executeQuery(u"SELECT "_s + column + u" AS v FROM "_s + table).value_or(QList<QVariantMap>()))
-            values.append(row.value(u"v"_s).toString());
-    }
-    return values;
-}
 
 struct Lines final : RemovalPreview
 {
@@ -115,8 +102,8 @@ void TestStorageCleaner::sitesGoExtensionsStay()
                          {databases + u'/' + extension, localStorage + u'/' + extension + u".localstorage"_s,
                           localStorage + u"/leveldb/000003.log"_s});
     QCOMPARE(h.home.exists(extensionDatabase), browser != u"Safari"_s); // Safari's IndexedDB goes whole
-    QCOMPARE(originsIn(h.home.path(databases + u"/Databases.db"_s), u"Databases"_s, u"origin"_s),
-             QStringList{extension});
+    QCOMPARE(F::column(h.home.path(databases + u"/Databases.db"_s), u"SELECT origin FROM Databases"_s),
+             extension);
 }
 
 // Add-ons' storage (in containers too) and Firefox's internal origins stay in every profile; a scope
@@ -152,9 +139,9 @@ void TestStorageCleaner::firefoxScopesAndProfiles()
     QVERIFY(h.home.t.log.lines().filter(u"holds a quote"_s).size() == 1);
 
     h.clean(u"Firefox"_s);
-    QCOMPARE(originsIn(h.home.path(kFirefox + u"/a.default/webappsstore.sqlite"_s), u"webappsstore2"_s,
-                       u"scope"_s),
-             QStringList{u"moz-safe-about+home"_s});
+    QCOMPARE(F::column(h.home.path(kFirefox + u"/a.default/webappsstore.sqlite"_s),
+                       u"SELECT scope FROM webappsstore2"_s),
+             u"moz-safe-about+home"_s);
     for (const QString& profile : {u"a.default"_s, u"b.work"_s}) {
         for (const QString& site : sites) {
             const QString gone = site.section(u'/', 0, 2);
@@ -272,8 +259,7 @@ void TestStorageCleaner::storageBucketsOfSitesGoThoseOfExtensionsStay()
     for (const char* gone : {"/2", "/4", "/9"})
         QVERIFY2(!h.home.exists(buckets + QLatin1String(gone)), gone);
     if (readable)
-        QCOMPARE(originsIn(h.home.path(buckets + u"/QuotaManager"_s), u"buckets"_s, u"id"_s),
-                 (QStringList{u"1"_s, u"5"_s}));
+        QCOMPARE(F::column(h.home.path(buckets + u"/QuotaManager"_s), u"SELECT id FROM buckets"_s), u"1,5"_s);
 }
 
 QTEST_GUILESS_MAIN(TestStorageCleaner)
