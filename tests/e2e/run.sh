@@ -53,18 +53,11 @@ with zipfile.ZipFile(sys.argv[2], "w") as xpi:
     "$work/extension" "$firefox_profile/extensions/kept@corvella.test.xpi"
 categories="cookies databases flash silverlight cache history favicons webpage forms downloads websitePrefs
     searchEngines"
-{
-    echo '<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>'
-    echo '<key>isRunning</key><true/><key>firstRun</key><false/><key>displayNotifications</key><false/>'
-    echo '<key>keptSites</key><array><string>kept-site.localhost</string></array>'
-    echo '<key>enabledBrowsers</key><array><string>org.chromium.Chromium</string>'
-    echo '<string>org.mozilla.firefox</string></array><key>settings</key><dict>'
-    for category in $categories; do
-        echo "<key>Chromium:$category</key><true/><key>Firefox:$category</key><true/>"
-    done
-    echo '</dict></dict></plist>'
-} > "$home/.config/corvella/com.tovanex.Corvella6.plist"
-chown -R "$user" "$home/.config/corvella"
+settings "<key>isRunning</key><true/><key>firstRun</key><false/><key>displayNotifications</key><false/>
+<key>keptSites</key><array><string>kept-site.localhost</string></array><key>enabledBrowsers</key><array>
+<string>org.chromium.Chromium</string><string>org.mozilla.firefox</string></array><key>settings</key><dict>
+$(for category in $categories; do echo "<key>Chromium:$category</key><true/><key>Firefox:$category</key><true/>"; done)
+</dict>"
 as_user "$work/corvella-clean" --allow-home-access --list > /dev/null
 
 browse() { as_user node "$work/browse.js" "$@" 2>&1; }

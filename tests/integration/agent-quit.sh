@@ -13,21 +13,10 @@ cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-notification-ser
 
 # A fresh home: protection on for Firefox, two categories selected.
 rm -rf "$home/.config/corvella" "$home/fake"
-install -d -o "$user" "$home/.config" "$home/.config/corvella" "$home/fake"
-cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
-<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0">
-<dict>
-	<key>isRunning</key><true/>
-	<key>firstRun</key><false/>
-	<key>displayNotifications</key><true/>
-	<key>enabledBrowsers</key><array><string>org.mozilla.firefox</string></array>
-	<key>settings</key><dict><key>Firefox:cookies</key><true/><key>Firefox:cache</key><true/></dict>
-</dict>
-</plist>
-PLIST
-chown -R "$user" "$home/.config/corvella"
+install -d -o "$user" "$home/fake"
+settings '<key>isRunning</key><true/><key>firstRun</key><false/><key>displayNotifications</key><true/>
+<key>enabledBrowsers</key><array><string>org.mozilla.firefox</string></array>
+<key>settings</key><dict><key>Firefox:cookies</key><true/><key>Firefox:cache</key><true/></dict>'
 cp "$home/.config/corvella/com.tovanex.Corvella6.plist" "$work/settings.plist"
 cp /bin/sleep "$home/fake/firefox-esr"
 chown "$user" "$home/fake/firefox-esr"

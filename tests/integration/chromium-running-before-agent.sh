@@ -10,20 +10,9 @@ chromium=/usr/bin/chromium needs=/usr/bin/chromium
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$work/"
 
 rm -rf "$home/.config/corvella" "$home/.config/chromium" "$home/.cache/chromium"
-install -d -o "$user" "$home/.config" "$home/.config/corvella"
-cat > "$home/.config/corvella/com.tovanex.Corvella6.plist" <<PLIST
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0">
-<dict>
-	<key>isRunning</key><true/>
-	<key>firstRun</key><false/>
-	<key>displayNotifications</key><false/>
-	<key>enabledBrowsers</key><array><string>org.chromium.Chromium</string></array>
-	<key>settings</key><dict><key>Chromium:cache</key><true/></dict>
-</dict>
-</plist>
-PLIST
-chown -R "$user" "$home/.config/corvella"
+settings '<key>isRunning</key><true/><key>firstRun</key><false/><key>displayNotifications</key><false/>
+<key>enabledBrowsers</key><array><string>org.chromium.Chromium</string></array>
+<key>settings</key><dict><key>Chromium:cache</key><true/></dict>'
 
 cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash

@@ -12,21 +12,11 @@ needs="/usr/bin/dbus-run-session /usr/bin/desktop-file-validate"
 install -d "$work/bin" "$work/libexec/corvella"
 cp "$bin_dir/corvella" "$work/bin/"
 cp "$bin_dir/../libexec/corvella/corvella-login-helper" "$work/libexec/corvella/"
-chmod 777 "$work" # the user moves the settings file out of it, and writes logs in it
+chmod 777 "$work" # the user writes logs in it
 
-settings() { # LOGINSTART
-    cat > "$work/settings.plist" <<PLIST
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>loginStart</key><$1/><key>firstRun</key><false/><key>isRunning</key><false/>
-</dict></plist>
-PLIST
-    chown "$user" "$work/settings.plist"
-    as_user mv "$work/settings.plist" "$home/.config/corvella/com.tovanex.Corvella6.plist"
-}
+loginStart() { settings "<key>loginStart</key><$1/><key>firstRun</key><false/><key>isRunning</key><false/>"; }
 rm -rf "$home/.config/corvella" "$home/.config/autostart"
-install -d -o "$user" "$home/.config/corvella"
-settings true
+loginStart true
 
 cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash
@@ -58,7 +48,7 @@ kill $agent; wait $agent
 SCENARIO
 chmod 755 "$work/scenario.sh"
 # The settings change comes from outside the agent, as the preferences of another machine would.
-( while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; settings false ) &
+( while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; loginStart false ) &
 switcher=$!
 result=$(as_user timeout 60 dbus-run-session -- "$work/scenario.sh" "$work" 2>/dev/null)
 kill $switcher 2>/dev/null

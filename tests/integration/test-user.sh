@@ -54,3 +54,12 @@ start_xvfb() {
     display=:$(head -n 1 "$work/xvfb.display")
     [ "$display" != : ] || { echo "FAIL: Xvfb did not start"; exit 1; }
 }
+
+# settings 'KEYS AND VALUES': the test user's settings file, holding them, put in place at once (a move
+# by the user, as an editor saves).
+settings() {
+    install -d -o "$user" "$home/.config" "$home/.config/corvella"
+    printf '<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0"><dict>\n%s\n</dict></plist>\n' "$1" |
+        as_user tee "$home/.config/.corvella-settings.new" > /dev/null
+    as_user mv "$home/.config/.corvella-settings.new" "$home/.config/corvella/com.tovanex.Corvella6.plist"
+}

@@ -11,21 +11,13 @@ needs="/usr/bin/Xvfb /usr/bin/dbus-run-session"
 . "$(dirname "$0")/test-user.sh"
 cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-status-notifier-watcher" "$work/"
 
-settings() { # ISRUNNING [BROWSER]
-    cat > "$work/settings.plist" <<PLIST
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>isRunning</key><$1/><key>firstRun</key><false/><key>showInMenu</key><true/>
-<key>enabledBrowsers</key><array>${2:+<string>$2</string>}</array>
-</dict></plist>
-PLIST
-    chown "$user" "$work/settings.plist"
-    as_user mv "$work/settings.plist" "$home/.config/corvella/com.tovanex.Corvella6.plist"
+protection() { # ISRUNNING [BROWSER]
+    settings "<key>isRunning</key><$1/><key>firstRun</key><false/><key>showInMenu</key><true/>
+<key>enabledBrowsers</key><array>${2:+<string>$2</string>}</array>"
 }
-chmod 777 "$work" # the user moves the settings file out of it
+chmod 777 "$work" # the scenario writes its logs in it
 rm -rf "$home/.config/corvella"
-install -d -o "$user" "$home/.config/corvella"
-settings false
+protection false
 as_user "$work/corvella-clean" --allow-home-access --list >/dev/null # granted before: no panel at launch
 
 start_xvfb 1024x768
@@ -49,8 +41,8 @@ kill $agent $watcher; wait $agent $watcher # nothing outlives the bus
 SCENARIO
 chmod 755 "$work/scenario.sh"
 # The settings change comes from outside the agent, as another program's write would.
-( while [ ! -e "$work/switch-on" ]; do sleep 0.1; done; settings true org.mozilla.firefox
-  while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; settings false org.mozilla.firefox ) &
+( while [ ! -e "$work/switch-on" ]; do sleep 0.1; done; protection true org.mozilla.firefox
+  while [ ! -e "$work/switch-off" ]; do sleep 0.1; done; protection false org.mozilla.firefox ) &
 switcher=$!
 as_user_display() { runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin DISPLAY="$display" "$@"; }
 result=$(as_user_display timeout 60 dbus-run-session -- "$work/scenario.sh" "$work" 2>/dev/null)
