@@ -30,7 +30,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -43,8 +42,7 @@ namespace {
 
 const QString kChromiumID = u"org.chromium.Chromium"_s;
 const QString kGeneral = u"GeneralPreferences_en"_s, kKept = u"KeptSitesPreferences_en"_s,
-              kDisplay = u"DisplayPreferences_en"_s, kUpdates = u"UpdatePreferences_en"_s,
-              kAbout = u"AboutPreferences_en"_s;
+              kDisplay = u"DisplayPreferences_en"_s, kUpdates = u"UpdatePreferences_en"_s;
 
 // The agent's face over the controller, in a temporary home: the shipped defaults, the home folder,
 // and what the test stored.
@@ -113,8 +111,6 @@ private slots:
     void tilesFollowTheHoverAndClickRules();
     void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
     void onlyCategoriesThatCanExistHereAreOffered();
-    void popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data();
-    void popoversGoOnAPressElsewhereWithTheWindowAndForADialog();
     void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
@@ -125,16 +121,11 @@ private slots:
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove();
     void theAccessRequestGrantsTheHomeFolder_data();
     void theAccessRequestGrantsTheHomeFolder();
-    void theStoredOrRequestedPaneIsShown_data();
-    void theStoredOrRequestedPaneIsShown();
-    void nextAndPreviousGoRoundSkippingSpaces_data();
-    void nextAndPreviousGoRoundSkippingSpaces();
     void aFolderThatCannotBeUsedKeepsThePaneUp_data();
     void aFolderThatCannotBeUsedKeepsThePaneUp();
     void controlsAndSettingsFollowEachOther_data();
     void controlsAndSettingsFollowEachOther();
     void keptSitesAreTypedRemovedAndPickedFromCookies();
-    void theMenuThePopoverAndTheSyncAlertLeadHere();
 };
 
 // Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
@@ -199,47 +190,6 @@ void TestDesktopFace::tilesFollowTheHoverAndClickRules()
     // next entry.
     QVERIFY(f.tile(activatedAfter ? u"Chromium"_s : u"Chromium-disabled"_s));
     QCOMPARE(f.popover().protectSwitch()->isChecked(), activatedAfter);
-}
-
-void TestDesktopFace::popoversGoOnAPressElsewhereWithTheWindowAndForADialog_data()
-{
-    QTest::addColumn<QString>("event");
-    QTest::addColumn<bool>("closed");
-    for (const char* event :
-         {"closed", "press on the window", "press on the version", "window hidden", "dialog"})
-        QTest::newRow(event) << QString::fromLatin1(event) << true;
-    QTest::newRow("press on the popover") << u"press on the popover"_s << false;
-}
-
-void TestDesktopFace::popoversGoOnAPressElsewhereWithTheWindowAndForADialog()
-{
-    QFETCH(QString, event);
-    Face f({kChromiumID}, {kChromiumID});
-    QTest::mouseClick(f.tile(u"Chromium"_s), Qt::LeftButton);
-    f.face->generalPopover().togglePopover(f.window().infoButton());
-    QVERIFY(f.popover().settingsViewShown());
-    QVERIFY(f.face->generalPopover().isVisible());
-    QDialog dialog;
-    if (event == u"closed")
-        f.popover().close();
-    else if (event == u"press on the window")
-        QTest::mousePress(&f.window(), Qt::LeftButton, {}, QPoint(5, f.window().height() - 5));
-    else if (event == u"press on the version")
-        QTest::mousePress(f.window().findChild<QLabel*>(), Qt::LeftButton);
-    else if (event == u"window hidden")
-        f.window().hide();
-    else if (event == u"dialog")
-        dialog.open(); // as the access request opens, over the window
-    else
-        QTest::mousePress(&f.popover(), Qt::LeftButton, {}, QPoint(5, 5));
-    QFETCH(bool, closed);
-    QCOMPARE(!f.popover().isVisible(), closed);
-    if (closed) { // settings mode ends with it
-        QVERIFY(event == u"closed"_s || !f.face->generalPopover().isVisible());
-        QVERIFY(!f.agent.app.editingBrowserSettings());
-        QVERIFY(f.agent.app.currentBrowser().isEmpty());
-        QCOMPARE(f.popover().height(), 132);
-    }
 }
 
 void TestDesktopFace::thePopoverAndTheTraySayWhenABrowserWasLastCleaned()
@@ -512,67 +462,6 @@ void TestDesktopFace::theAccessRequestGrantsTheHomeFolder()
                     .has_value());
 }
 
-// The pane stored, else the first real one; a request shows a known pane only.
-void TestDesktopFace::theStoredOrRequestedPaneIsShown_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<QVariantMap>("request"); // empty: none
-    QTest::addColumn<QString>("shown");
-    QTest::newRow("none stored") << QVariant() << QVariantMap() << kGeneral;
-    QTest::newRow("Display stored") << QVariant(kDisplay) << QVariantMap() << kDisplay;
-    QTest::newRow("a pane no longer there")
-        << QVariant(u"AdvancedPreferences_en"_s) << QVariantMap() << kGeneral;
-    QTest::newRow("About asked for") << QVariant() << QVariantMap{{u"tab"_s, kAbout}} << kAbout;
-    QTest::newRow("an unknown pane asked for")
-        << QVariant() << QVariantMap{{u"tab"_s, u"Privacy"_s}} << kGeneral;
-    QTest::newRow("a request without a tab") << QVariant() << QVariantMap{{u"pane"_s, kAbout}} << kGeneral;
-}
-
-void TestDesktopFace::theStoredOrRequestedPaneIsShown()
-{
-    QFETCH(QVariant, stored);
-    QFETCH(QVariantMap, request);
-    QFETCH(QString, shown);
-    Face f(stored.isValid() ? QVariantMap{{PreferencesWindowController::kSelectedIdentifierKey, stored}}
-                            : QVariantMap());
-    QCOMPARE(f.prefs().toolbarItemIdentifiers(),
-             QStringList({u"NSToolbarFlexibleSpaceItem"_s, kGeneral, kKept, kDisplay, kUpdates, kAbout,
-                          u"NSToolbarFlexibleSpaceItem"_s}));
-    QSignalSpy changed(&f.prefs(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
-    if (!request.isEmpty())
-        emit f.face->changePrefsTab(request);
-    QCOMPARE(f.shown(), shown);
-    QCOMPARE(changed.size(), request.isEmpty() || shown == kGeneral ? 0 : 1);
-    QCOMPARE(f.prefs().windowTitle(), f.prefs().selectedViewController()->toolbarItemLabel());
-    QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), shown);
-}
-
-void TestDesktopFace::nextAndPreviousGoRoundSkippingSpaces_data()
-{
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<int>("key"); // with Ctrl (and Shift for going back)
-    QTest::addColumn<QString>("to");
-    QTest::newRow("next from About") << kAbout << int(Qt::Key_Tab) << kGeneral;
-    QTest::newRow("previous from General") << kGeneral << int(Qt::Key_Backtab) << kAbout;
-    QTest::newRow("next from Display") << kDisplay << int(Qt::Key_PageDown) << kUpdates;
-    QTest::newRow("previous from Updates") << kUpdates << int(Qt::Key_PageUp) << kDisplay;
-}
-
-void TestDesktopFace::nextAndPreviousGoRoundSkippingSpaces()
-{
-    QFETCH(QString, from);
-    QFETCH(int, key);
-    QFETCH(QString, to);
-    Face f({{PreferencesWindowController::kSelectedIdentifierKey, from}});
-    QSignalSpy changed(&f.prefs(), &PreferencesWindowController::panewiseWindowControllerDidChangeView);
-    const auto modifiers =
-        key == Qt::Key_Backtab ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;
-    QTest::keyClick(&f.prefs(), Qt::Key(key), modifiers);
-    QCOMPARE(f.shown(), to);
-    QCOMPARE(changed.size(), 1);
-    QCOMPARE(f.home.t.defaults.stringForKey(PreferencesWindowController::kSelectedIdentifierKey), to);
-}
-
 void TestDesktopFace::aFolderThatCannotBeUsedKeepsThePaneUp_data()
 {
     QTest::addColumn<QString>("typed");
@@ -646,39 +535,6 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther()
     f.home.t.backend->failWrites = true; // a full disk: the box shows what is stored
     QTest::keyClick(box, Qt::Key_Space);
     QCOMPARE(box->isChecked(), before);
-}
-
-void TestDesktopFace::theMenuThePopoverAndTheSyncAlertLeadHere()
-{
-    Face f({{SettingsKeys::iCloudSync, true}, {SettingsKeys::firstRun, false}});
-    f.face->statusItem().menu()->actions().at(2)->trigger();
-    QCOMPARE(f.face->statusItem().menu()->actions().at(2)->text(), u"Preferences…"_s);
-    QTRY_VERIFY(f.face->preferencesWindowController().isVisible());
-    f.face->preferencesWindowController().close();
-    f.face->generalPopover().togglePopover(nullptr);
-    QTest::keyClick(f.face->generalPopover().preferencesButton(), Qt::Key_Space);
-    QTRY_VERIFY(f.face->preferencesWindowController().isVisible());
-    QVERIFY(!f.face->generalPopover().isVisible());
-
-    // The browser popover says how many sites are kept and leads to them.
-    f.face->preferencesWindowController().close();
-    f.home.t.defaults.setObject(QVariantList{u"mail.example"_s}, SettingsKeys::keptSites);
-    f.face->browserPopover().showBrowserPopover(QVariantMap{{u"browser"_s, u"Firefox"_s}}, nullptr);
-    QCOMPARE(f.face->browserPopover().keptSitesButton()->text(), u"Kept sites: 1…"_s);
-    f.face->browserPopover().keptSitesButton()->click();
-    QTRY_VERIFY(f.face->preferencesWindowController().isVisible());
-    QCOMPARE(f.shown(), kKept);
-
-    // Sync on with no synced folder: switched off, and the alert says what to do.
-    f.agent.cloudStore.status = CloudKeyValueStore::AccountStatus::NoAccount;
-    f.agent.app.applicationWillFinishLaunching();
-    f.agent.app.applicationDidFinishLaunching();
-    QTRY_VERIFY(f.face->syncAlert());
-    QVERIFY(!f.home.t.defaults.boolForKey(SettingsKeys::iCloudSync));
-    f.face->syncAlert()->checkBox()->setChecked(true);
-    f.face->syncAlert()->button(QMessageBox::Ok)->click();
-    QTRY_VERIFY(!f.face->syncAlert());
-    QVERIFY(f.home.t.defaults.boolForKey(SettingsKeys::hideiCloudAlert));
 }
 
 // From the keyboard, as a user does: a name typed and entered, a URL refused with a message, a site

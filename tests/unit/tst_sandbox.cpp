@@ -40,15 +40,12 @@ private slots:
     void init();
     void aPreviewReportsAndChangesNothing();
     void refusedAccessGivesEmptyResultsAndALogLine();
-    void theHomeGrantIsAskedForOnceOnTheMainThread();
     void remove_data();
     void remove();
     void removingADatabaseTakesItsCompanions();
     void nothingOutsideTheHomeIsChanged();
     void unsafeNamesAreRefused_data();
     void unsafeNamesAreRefused();
-    void sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data();
-    void sqlThatWouldChangeADatabaseDoesNotRunInAPreview();
     void aFileThatIsNoDatabaseIsNeverWritten_data();
     void aFileThatIsNoDatabaseIsNeverWritten();
     void specialFilesReadAsNothing_data();
@@ -56,11 +53,8 @@ private slots:
     void onlyTheChosenFolderIsRecorded();
     void linkedRootsAreTheBrowsersLinksBelowThemAreNot_data();
     void linkedRootsAreTheBrowsersLinksBelowThemAreNot();
-    void linuxLayoutMapsReferencePaths_data();
-    void linuxLayoutMapsReferencePaths();
     void helperScriptsAreInstalledOnceAndRunBounded();
     void theNearestRecordedGrantAboveAPathWins();
-    void aCancelledPanelRunsNothing();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
     void thePanelRunsOnTheMainThreadForAWorker();
@@ -125,19 +119,6 @@ void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
     s.fileExists(u"~/Library/Preferences/Macromedia/Flash Player/settings.sol"_s);
     QCOMPARE(home.t.log.lines().last(), u"Corvella Sandbox has denied access to "_s +
                                             home.path(u".macromedia/Flash_Player/settings.sol"_s));
-}
-
-void TestSandbox::theHomeGrantIsAskedForOnceOnTheMainThread()
-{
-    TestHome home(false);
-    home.panel.answer(home.path());
-    home.file(u"a"_s);
-    QVERIFY(home.sandbox.fileExists(u"~/a"_s));
-    QVERIFY(home.sandbox.fileExists(u"~/a"_s));
-    QVERIFY(home.sandbox.enableAccess());
-    QCOMPARE(home.panel.requests.size(), 1);
-    QCOMPARE(home.panel.requests.first().directory, home.path());
-    QCOMPARE(home.panel.threads.first(), QThread::currentThread());
 }
 
 void TestSandbox::remove_data()
@@ -260,47 +241,6 @@ void TestSandbox::unsafeNamesAreRefused()
     QCOMPARE(home.t.log.lines().size(), 3);
 }
 
-void TestSandbox::linuxLayoutMapsReferencePaths_data()
-{
-    QTest::addColumn<QString>("reference");
-    QTest::addColumn<QString>("native"); // empty: no counterpart
-    // The browser table names each install's own folders; their reference paths map to nothing.
-    QTest::newRow("a browser's reference root") << "Library/Application Support/Chromium/Default/Cookies"
-                                                << "";
-    QTest::newRow("Flash") << "Library/Preferences/Macromedia/Flash Player/#SharedObjects"
-                           << ".macromedia/Flash_Player/#SharedObjects";
-    QTest::newRow("scripts") << "Library/Application Scripts/com.tovanex.Corvella6/clearCookies.sh"
-                             << ".local/share/corvella/scripts/clearCookies.sh";
-    QTest::newRow("whole components only") << "Library/Preferences/Macromedia/Flash Player2/x"
-                                           << "";
-    QTest::newRow("outside Library") << ".config/chromium/Local State"
-                                     << ".config/chromium/Local State";
-}
-
-void TestSandbox::linuxLayoutMapsReferencePaths()
-{
-    QFETCH(QString, reference);
-    QFETCH(QString, native);
-    TestHome home;
-    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    const auto mapped = PathLayout::nativePath(PathLayout::linux_, home.path(), home.path(reference));
-    QCOMPARE(mapped.value_or(QString()), native.isEmpty() ? QString() : home.path(native));
-    QCOMPARE(PathLayout::nativePath(PathLayout::macOS, home.path(), home.path(reference)),
-             home.path(reference));
-
-    // The file layer acts on the native path, and on nothing when there is none.
-    home.file(reference);
-    if (!native.isEmpty())
-        home.file(native);
-    home.sandbox.remove(u"~/"_s + reference);
-    if (native.isEmpty()) {
-        QVERIFY(home.exists(reference));
-    } else {
-        QVERIFY(!home.exists(native));
-        QCOMPARE(home.exists(reference), reference != native); // the macOS-style copy is not this system's
-    }
-}
-
 namespace {
 struct ListedPreview final : RemovalPreview
 {
@@ -340,44 +280,6 @@ void TestSandbox::aPreviewReportsAndChangesNothing()
     QCOMPARE(home.read(u"Cookies/a"_s), QByteArray("12345"));
     QVERIFY(home.exists(u"Cache/x/y"_s) && home.exists(u"Cache/z"_s));
     QCOMPARE(Sqlite(db).executeQuery(u"SELECT v FROM t"_s)->size(), 1);
-}
-
-void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview_data()
-{
-    QTest::addColumn<QString>("sql");
-    QTest::addColumn<bool>("listed");
-    QTest::newRow("select") << u"SELECT v FROM t"_s << false;
-    QTest::newRow("reading pragma") << u"PRAGMA user_version"_s << false;
-    QTest::newRow("setting pragma") << u"PRAGMA user_version=7"_s << true;
-    QTest::newRow("journal mode") << u"PRAGMA journal_mode=WAL"_s << true;
-    QTest::newRow("delete") << u"DELETE FROM t"_s << true;
-    QTest::newRow("update") << u"UPDATE t SET v = 2 WHERE v = 1"_s << true;
-    // What would change nothing is not listed: a preview says what would go.
-    QTest::newRow("delete from an empty table") << u"DELETE FROM empty WHERE v = 1"_s << false;
-    QTest::newRow("quoted empty table") << u"UPDATE \"empty\" SET v = 2"_s << false;
-    QTest::newRow("no such table") << u"DELETE FROM gone"_s << false;
-    QTest::newRow("vacuum") << u"VACUUM"_s << false;
-}
-
-void TestSandbox::sqlThatWouldChangeADatabaseDoesNotRunInAPreview()
-{
-    QFETCH(QString, sql);
-    QFETCH(bool, listed);
-    TestHome home;
-    const QString db = home.path(u"History"_s);
-    {
-        Sqlite sqlite(db);
-        sqlite.executeQuery(u"CREATE TABLE t (v)"_s);
-        sqlite.executeQuery(u"CREATE TABLE empty (v)"_s);
-        sqlite.executeQuery(u"INSERT INTO t VALUES (1)"_s);
-    }
-    const QByteArray before = home.read(u"History"_s);
-    ListedPreview preview;
-    Sandbox sandbox({home.t.defaults, home.bookmarks, home.panel, home.t.log, &preview});
-    sandbox.runSql(sql, u"~/History"_s);
-    QCOMPARE(preview.lines.size(), listed ? 1 : 0);
-    QCOMPARE(home.read(u"History"_s), before);
-    QVERIFY(!home.exists(u"History-wal"_s));
 }
 
 void TestSandbox::aFileThatIsNoDatabaseIsNeverWritten_data()
@@ -540,18 +442,6 @@ void TestSandbox::theNearestRecordedGrantAboveAPathWins()
     persist.setBookmarkData(*recordGrant(u"/"_s), QUrl::fromLocalFile(u"/"_s));
     QCOMPARE(request(home() + u"/a"_s), QUrl::fromLocalFile(u"/"_s));
     QVERIFY(m_panel.requests.isEmpty());
-}
-
-void TestSandbox::aCancelledPanelRunsNothing()
-{
-    m_panel.answer(std::nullopt);
-    bool ran = false;
-    QVERIFY(!access().accessFilePath(home(), true, [&] { ran = true; }));
-    QVERIFY(!ran);
-    QVERIFY(!AppSandboxFileAccessPersist(m_t->defaults).bookmarkDataForURL(QUrl::fromLocalFile(home())));
-    // Asked again at the next request.
-    QVERIFY(!access().accessFilePath(home(), true, [&] { ran = true; }));
-    QCOMPARE(m_panel.requests.size(), 2);
 }
 
 void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
