@@ -144,8 +144,6 @@ private slots:
     void everyInstallIsCleanedAsItsFamilyIs_data();
     void everyInstallIsCleanedAsItsFamilyIs();
     void everyRowOfTheTableIsHere();
-    void aRunningInstallStopsTheRun_data();
-    void aRunningInstallStopsTheRun();
 
 private:
     void enable(TestHome& home, const QStringList& ids)
@@ -282,6 +280,16 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised_data()
         << u"Firefox"_s << firefoxLock << QString(u"127.0.1.1:+"_s + self) << false << true;
     QTest::newRow("Firefox stale lock")
         << u"Firefox"_s << firefoxLock << u"127.0.1.1:+999999999"_s << false << false;
+    // Every install's locks count, on this system's layout (its folders hold their family's files).
+    const QString live = u"host-"_s + self;
+    QTest::newRow("Chromium's Flatpak")
+        << u"Chromium"_s << u".var/app/org.chromium.Chromium/config/chromium/SingletonLock"_s << live << false
+        << true;
+    QTest::newRow("a Snap revision of Brave")
+        << u"Brave"_s << u"snap/brave/12/.config/BraveSoftware/Brave-Browser/SingletonLock"_s << live << false
+        << true;
+    QTest::newRow("a LibreWolf profile")
+        << u"LibreWolf"_s << u".librewolf/q.default/lock"_s << live << false << true;
 }
 
 void TestBrowserCatalogue::aRunningBrowserIsRecognised()
@@ -295,6 +303,14 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised()
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
     home.file(u"Library/Application Support/Firefox/Profiles/a.default/prefs.js"_s);
+    if (!lockFile.startsWith(u"Library/"_s) && !lockFile.isEmpty()) {
+        home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+        const QString root = QFileInfo(lockFile).path();
+        if (browser == u"LibreWolf"_s)
+            home.file(root + u"/prefs.js"_s);
+        else
+            F::localState(home, root, {});
+    }
     if (!lockFile.isEmpty()) {
         home.folder(QFileInfo(lockFile).path());
         if (lockTarget.isEmpty())
@@ -440,39 +456,6 @@ void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs()
         }
     }
     QCOMPARE(effect, wanted);
-}
-
-void TestBrowserCatalogue::aRunningInstallStopsTheRun_data()
-{
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QString>("root"); // an install's data root, its family's shape made there
-    QTest::addColumn<QString>("lock");
-    QTest::newRow("Chromium's Flatpak")
-        << u"Chromium"_s << u".var/app/org.chromium.Chromium/config/chromium"_s << u"SingletonLock"_s;
-    QTest::newRow("a Snap revision of Brave")
-        << u"Brave"_s << u"snap/brave/12/.config/BraveSoftware/Brave-Browser"_s << u"SingletonLock"_s;
-    QTest::newRow("a LibreWolf profile") << u"LibreWolf"_s << u".librewolf"_s << u"q.default/lock"_s;
-}
-
-void TestBrowserCatalogue::aRunningInstallStopsTheRun()
-{
-    QFETCH(QString, browser);
-    QFETCH(QString, root);
-    QFETCH(QString, lock);
-    TestHome home;
-    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    F::localState(home, u".config/chromium"_s, {});
-    if (browser == u"LibreWolf"_s)
-        home.file(root + u"/q.default/prefs.js"_s);
-    else
-        F::localState(home, root, {});
-    const QString link = home.path(root + u'/' + lock);
-    QVERIFY(QFile::link(u"host-%1"_s.arg(QCoreApplication::applicationPid()), link));
-    FakeWorkspace workspace;
-    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    QVERIFY(catalogue.browserIsRunning(browser));
-    QFile::remove(link);
-    QVERIFY(!catalogue.browserIsRunning(browser));
 }
 
 QTEST_GUILESS_MAIN(TestBrowserCatalogue)
