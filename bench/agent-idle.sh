@@ -15,8 +15,8 @@ home=$(getent passwd "$user" | cut -d: -f6)
 work=$(mktemp -d /tmp/corvella-bench.XXXXXX); chmod 755 "$work"
 display=:$((190 + RANDOM % 50))
 trap 'kill $(jobs -p) 2>/dev/null; rm -rf "$work"' EXIT
-cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/bench-idle-baseline" "$bin_dir/fake-status-notifier-watcher" \
-    "$work/"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/bench-idle-baseline" \
+    "$(dirname "$0")/../tests/integration/status-notifier-watcher.py" "$work/"
 # The helper starts the agent at its installed place relative to itself.
 install -d "$work/libexec/corvella" && ln -s . "$work/bin"
 cp "$bin_dir/../libexec/corvella/corvella-login-helper" "$work/libexec/corvella/"
@@ -65,8 +65,8 @@ sleep 1
 # The session bus lives as long as this script: the tray host on it, then the agent and the baseline.
 { read -r bus; read -r bus_pid; } < <(runuser -u "$user" -- env -i HOME="$home" PATH=/usr/bin:/bin \
     dbus-daemon --session --fork --print-address=1 --print-pid=1)
-runuser -u "$user" -- env -i HOME="$home" DBUS_SESSION_BUS_ADDRESS="$bus" "$work/fake-status-notifier-watcher" \
-    >/dev/null 2>&1 &
+runuser -u "$user" -- env -i HOME="$home" DBUS_SESSION_BUS_ADDRESS="$bus" \
+    /usr/bin/python3 "$work/status-notifier-watcher.py" >/dev/null 2>&1 &
 sleep 0.5
 # Started as at login, so the window stays closed ("hideOnLaunch").
 start=libexec/corvella/corvella-login-helper platform=xcb measure "with tray, window closed" "under 50 ms" "under 45 MB" \

@@ -9,7 +9,7 @@ set -u
 bin_dir=$1
 needs="/usr/bin/Xvfb /usr/bin/dbus-run-session"
 . "$(dirname "$0")/test-user.sh"
-cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-status-notifier-watcher" "$work/"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$(dirname "$0")/status-notifier-watcher.py" "$work/"
 
 protection() { # ISRUNNING [BROWSER]
     settings "<key>isRunning</key><$1/><key>firstRun</key><false/><key>showInMenu</key><true/>
@@ -25,9 +25,9 @@ start_xvfb 1024x768
 cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash
 work=$1
-"$work/fake-status-notifier-watcher" > "$work/watcher.log" 2>/dev/null &
+/usr/bin/python3 "$work/status-notifier-watcher.py" > "$work/watcher.log" 2>"$work/watcher.err" &
 watcher=$!
-sleep 0.5
+for _ in $(seq 100); do grep -q ready "$work/watcher.err" && break; sleep 0.1; done
 "$work/corvella" > "$work/agent.log" 2>&1 &
 agent=$!
 # Waits until the watcher has printed a line matching the pattern (at most 15 s).
