@@ -18,7 +18,6 @@
 #include "ui/PreferencesWindowController.h"
 #include "ui/StatusItem.h"
 #include "ui/ToggleSwitch.h"
-#include "ui/WarningController.h"
 
 #include <QAbstractProxyModel>
 #include <QAction>
@@ -115,8 +114,6 @@ private slots:
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
     void theKeyboardAloneActivatesAndConfigures();
-    void safariIsActivatedOnlyWhenItsFilesCanBeRead_data();
-    void safariIsActivatedOnlyWhenItsFilesCanBeRead();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove_data();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove();
     void theAccessRequestGrantsTheHomeFolder_data();
@@ -320,45 +317,6 @@ void TestDesktopFace::theKeyboardAloneActivatesAndConfigures()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     QVERIFY(!f.popover().isVisible());
     QVERIFY(!f.agent.app.editingBrowserSettings());
-}
-
-void TestDesktopFace::safariIsActivatedOnlyWhenItsFilesCanBeRead_data()
-{
-    QTest::addColumn<QString>("system");
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QByteArray>("bookmarks"); // "-": no file
-    QTest::addColumn<bool>("activated");
-    QTest::newRow("no bookmark file") << u"Linux"_s << u"6.1"_s << QByteArray("-") << false;
-    QTest::newRow("empty bookmark file") << u"Linux"_s << u"6.1"_s << QByteArray() << false;
-    QTest::newRow("readable") << u"Linux"_s << u"6.1"_s << QByteArray("bplist00") << true;
-    QTest::newRow("macOS before 10.14 reads nothing")
-        << u"macOS"_s << u"10.13.6"_s << QByteArray("-") << true;
-    QTest::newRow("macOS 10.14") << u"macOS"_s << u"10.14"_s << QByteArray("-") << false;
-}
-
-void TestDesktopFace::safariIsActivatedOnlyWhenItsFilesCanBeRead()
-{
-    QFETCH(QString, system);
-    QFETCH(QString, version);
-    QFETCH(QByteArray, bookmarks);
-    QFETCH(bool, activated);
-    Face f({u"com.apple.Safari"_s}, {});
-    f.agent.systemVersion.systemName = system;
-    f.agent.systemVersion.systemVersion = QVersionNumber::fromString(version);
-    if (bookmarks != "-")
-        f.home.file(u"Library/Safari/Bookmarks.plist"_s, bookmarks);
-    QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
-    QCOMPARE(f.activated().contains(u"com.apple.Safari"_s), activated);
-    QVERIFY(f.tile(activated ? u"Safari"_s : u"Safari-disabled"_s));
-    QCOMPARE(f.face->warningController() != nullptr, !activated);
-    if (activated)
-        return;
-    // The warning stays above other windows; closed, it goes, and the next press shows it again.
-    QVERIFY(f.face->warningController()->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
-    QTest::mouseClick(f.face->warningController()->closeButton(), Qt::LeftButton);
-    QVERIFY(!f.face->warningController());
-    QTest::mousePress(f.tile(u"Safari-disabled"_s), Qt::LeftButton);
-    QVERIFY(f.face->warningController() && f.face->warningController()->isVisible());
 }
 
 void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove_data()

@@ -39,7 +39,6 @@ class TestSandbox : public QObject
 private slots:
     void init();
     void aPreviewReportsAndChangesNothing();
-    void refusedAccessGivesEmptyResultsAndALogLine();
     void remove_data();
     void remove();
     void removingADatabaseTakesItsCompanions();
@@ -90,36 +89,6 @@ private:
     InodeBookmarks m_bookmarks;
     ScriptedOpenPanel m_panel;
 };
-
-void TestSandbox::refusedAccessGivesEmptyResultsAndALogLine()
-{
-    TestHome home(false);
-    home.file(u"Library/Cookies/Cookies.binarycookies"_s);
-    Sandbox& s = home.sandbox;
-    const QString expanded = home.path(u"Library/Cookies/Cookies.binarycookies"_s);
-    const QString file = u"~/Library/Cookies/Cookies.binarycookies"_s;
-
-    QCOMPARE(s.contentsOf(file), QString(QLatin1String("")));
-    QCOMPARE(s.dataWithContentsOfFile(file), QByteArray());
-    QVERIFY(!s.fileExists(file));
-    QVERIFY(s.folderContentsOf(u"~/Library/Cookies"_s).isEmpty());
-    s.remove(file);
-    QVERIFY(home.exists(u"Library/Cookies/Cookies.binarycookies"_s));
-    s.write(u"x"_s, file);
-    QCOMPARE(home.read(u"Library/Cookies/Cookies.binarycookies"_s), QByteArray("data"));
-
-    const QStringList lines = home.t.log.lines();
-    QCOMPARE(lines.size(), 6);
-    QCOMPARE(lines.first(), u"Corvella Sandbox has denied access to "_s + expanded);
-    QCOMPARE(lines.last(), u"Cookie Sandbox has denied access to "_s + expanded);
-    QCOMPARE(home.panel.requests.size(), 6); // asked each time, never remembered
-
-    // On this system's layout the line names the real file, not its reference path.
-    home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-    s.fileExists(u"~/Library/Preferences/Macromedia/Flash Player/settings.sol"_s);
-    QCOMPARE(home.t.log.lines().last(), u"Corvella Sandbox has denied access to "_s +
-                                            home.path(u".macromedia/Flash_Player/settings.sol"_s));
-}
 
 void TestSandbox::remove_data()
 {
