@@ -9,7 +9,7 @@ set -u
 bin_dir=$1
 
 . "$(dirname "$0")/test-user.sh"
-cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$bin_dir/fake-notification-server" "$work/"
+cp "$bin_dir/corvella" "$bin_dir/corvella-clean" "$(dirname "$0")/notification-server.py" "$work/"
 
 # A fresh home: protection on for Firefox, two categories selected.
 rm -rf "$home/.config/corvella" "$home/fake"
@@ -25,10 +25,10 @@ cat > "$work/scenario.sh" <<'SCENARIO'
 #!/bin/bash
 work=$1
 stamp() { while IFS= read -r line; do echo "$(date +%s%3N) $line"; done; }
-"$work/fake-notification-server" > "$work/notifications.log" 2>/dev/null &
+/usr/bin/python3 "$work/notification-server.py" > "$work/notifications.log" 2> "$work/server.err" &
 server=$!
 trap 'kill $server 2>/dev/null' EXIT
-sleep 0.5
+for _ in $(seq 100); do grep -q ready "$work/server.err" && break; sleep 0.1; done
 "$work/corvella-clean" --allow-home-access --list > "$work/list.log" 2>&1
 "$work/corvella" 2>&1 | stamp > "$work/agent.log" &
 sleep 2
