@@ -2,7 +2,6 @@
 #include "cleaners/BrowserCleaners.h"
 #include "cleaners/MozLz4.h"
 #include "core/RemovalRun.h"
-#include "platform/PropertyList.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
 #include "sandbox/HelperScripts.h"
@@ -29,7 +28,6 @@ const QString kChrome = QLatin1String(F::kChromeRoot);
 const QString kChromium = QLatin1String(F::kChromiumRoot);
 const QString kOpera = QLatin1String(F::kOperaRoot);
 const QString kFirefox = QLatin1String(F::kFirefoxProfiles);
-const QString kSafari = u"Library/Safari/"_s;
 
 // The categories run against one home through the removal run's own loop, as a quit would run them.
 void clean(TestHome& home, const QString& browser, const QStringList& categories)
@@ -41,11 +39,6 @@ void clean(TestHome& home, const QString& browser, const QStringList& categories
     for (const QString& category : categories)
         choices.insert(SettingsKeys::settingsKey(browser, category), true);
     RemovalRun::performCategoryLoop(browser, choices, cleaners);
-}
-
-QVariant plist(const QString& path)
-{
-    return PropertyList::parse(PlistFixtures::readFile(path)).value_or(QVariant());
 }
 
 // Chromium's session files, as the browser writes them: "SNSS", a version, then commands (a 16-bit
@@ -100,8 +93,6 @@ private slots:
     void eachCategoryRemovesItsFiles();
     void databasesKeepWhatTheCategorySpares_data();
     void databasesKeepWhatTheCategorySpares();
-    void safariKeepsWhatIsPinned_data();
-    void safariKeepsWhatIsPinned();
     void preferencesRewritesKeepEverythingElse_data();
     void preferencesRewritesKeepEverythingElse();
     void firefoxSessionKeepsOnlyItsPinnedTabs_data();
@@ -375,60 +366,6 @@ void TestCategories::databasesKeepWhatTheCategorySpares()
     else
         result.append(F::column(home.path(database), query));
     QTEST(result.join(u','), "result");
-}
-
-void TestCategories::safariKeepsWhatIsPinned_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QVariantMap>("before"); // empty: no file
-    QTest::addColumn<QVariant>("after");     // invalid: the file is gone
-    const auto site = [](const QString& url, const QVariant& pinned) {
-        QVariantMap entry{{u"TopSiteURLString"_s, url}};
-        if (pinned.isValid())
-            entry.insert(u"TopSiteIsPinned"_s, pinned);
-        return entry;
-    };
-    const QVariantList sites{site(u"a"_s, true),     site(u"b"_s, false), site(u"c"_s, qint64(1)),
-                             site(u"d"_s, u"YES"_s), site(u"e"_s, {}),    site(u"f"_s, true)};
-    QTest::newRow("top sites: only those pinned with true")
-        << u"TopSites.plist"_s
-        << QVariantMap{{u"TopSites"_s, sites}, {u"DisplayedSitesLastModified"_s, qint64(7)}}
-        << QVariant(QVariantMap{{u"TopSites"_s, QVariantList{sites.at(0), sites.at(5)}},
-                                {u"DisplayedSitesLastModified"_s, qint64(7)}});
-    QTest::newRow("no top sites yet: a file with none")
-        << u"TopSites.plist"_s << QVariantMap() << QVariant(QVariantMap{{u"TopSites"_s, QVariantList()}});
-    const QVariantList pinned{QVariantMap{{u"URL"_s, u"https://pinned.example/"_s}}};
-    const auto window = [](const QString& name) {
-        return QVariantMap{{u"Name"_s, name}, {u"TabStates"_s, QVariantList{u"tab"_s}}};
-    };
-    QTest::newRow("last session without pinned tabs: the file goes")
-        << u"LastSession.plist"_s << QVariantMap{{u"SessionWindows"_s, QVariantList{window(u"1"_s)}}}
-        << QVariant();
-    QTest::newRow("pinned tabs: the first window without its tabs")
-        << u"LastSession.plist"_s
-        << QVariantMap{{u"SessionPinnedTabs"_s, pinned},
-                       {u"SessionWindows"_s, QVariantList{window(u"1"_s), window(u"2"_s), window(u"3"_s)}},
-                       {u"SessionVersion"_s, u"1.0"_s}}
-        << QVariant(QVariantMap{{u"SessionPinnedTabs"_s, pinned},
-                                {u"SessionWindows"_s, QVariantList{QVariantMap{{u"Name"_s, u"1"_s}}}},
-                                {u"SessionVersion"_s, u"1.0"_s}});
-    const QVariantMap noWindows{{u"SessionPinnedTabs"_s, QVariantList()},
-                                {u"SessionWindows"_s, QVariantList()}};
-    QTest::newRow("pinned but no windows: as it was")
-        << u"LastSession.plist"_s << noWindows << QVariant(noWindows);
-}
-
-void TestCategories::safariKeepsWhatIsPinned()
-{
-    QFETCH(QString, file);
-    QFETCH(QVariantMap, before);
-    TestHome home;
-    const QString path = home.path(kSafari + file);
-    home.folder(kSafari);
-    if (!before.isEmpty())
-        QVERIFY(PlistFixtures::writeFile(path, PlistFixtures::binary(before)));
-    clean(home, u"Safari"_s, {u"history"_s});
-    QTEST(plist(path), "after");
 }
 
 // What website preferences, the cache and history each take out of a Chromium profile's "Preferences",

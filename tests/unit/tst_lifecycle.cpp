@@ -27,7 +27,6 @@ private slots:
     void theFirstLaunchOpensThePopoverAndDoesNotWatch();
     void laterLaunchesWatchOnceTheHomeIsGranted_data();
     void laterLaunchesWatchOnceTheHomeIsGranted();
-    void safariGetsItsScriptsAndTheScriptsUrlShowsTheirFolder();
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void terminationStopsTheWatchAndTheObservations();
@@ -88,23 +87,6 @@ void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted()
     QCOMPARE(agent.folderWatch.latency, 3000);
     agent.app.watchApplicationsFolder(); // once is enough
     QCOMPARE(agent.folderWatch.starts, 1);
-}
-
-void TestLifecycle::safariGetsItsScriptsAndTheScriptsUrlShowsTheirFolder()
-{
-    TestHome home;
-    home.t.defaults.setBool(false, SettingsKeys::firstRun);
-    TestAgent agent(home.t);
-    agent.app.applicationDidFinishLaunching();
-    const QString folder = u"Library/Application Scripts/com.tovanex.Corvella6"_s;
-    QVERIFY(!home.exists(folder)); // no Safari, no scripts
-    home.t.defaults.setObject(QVariantList{u"com.apple.Safari"_s}, SettingsKeys::enabledBrowsers);
-    QVERIFY(home.exists(folder + u"/clearCookies.sh"_s) && home.exists(folder + u"/clearSafariCache.sh"_s));
-
-    QVERIFY(agent.app.handleURLEvent(u"COM.TOVANEX.CORVELLA.SCRIPTS://OpenScriptsFolder"_s));
-    QCOMPARE(agent.workspace.revealed, QList<QUrl>{QUrl::fromLocalFile(home.path(folder))});
-    QVERIFY(!agent.app.handleURLEvent(u"https://example.org/"_s));
-    QCOMPARE(agent.workspace.revealed.size(), 1);
 }
 
 void TestLifecycle::withoutAnActivatedBrowserTheUserIsAsked()
