@@ -110,7 +110,6 @@ private slots:
     void tilesFollowTheHoverAndClickRules();
     void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
     void onlyCategoriesThatCanExistHereAreOffered();
-    void theMenuAsksForABrowserWhileNoneIsActivated();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
     void withoutTrayItemTheWindowStaysReachable();
     void theKeyboardAloneActivatesAndConfigures();
@@ -216,27 +215,6 @@ void TestDesktopFace::onlyCategoriesThatCanExistHereAreOffered()
     QVERIFY(!offered(u"Chromium"_s, u"flash"_s));
     f.home.folder(u"Library/Preferences/Macromedia/Flash Player"_s);
     QVERIFY(offered(u"Chromium"_s, u"flash"_s) && !offered(u"Chromium"_s, u"silverlight"_s));
-}
-
-void TestDesktopFace::theMenuAsksForABrowserWhileNoneIsActivated()
-{
-    Face f({kChromiumID}, {});
-    StatusItem& item = f.face->statusItem();
-    QCOMPARE(item.runStateItem()->text(), u"Please activate a Browser"_s);
-    f.window().hide();
-    item.runStateItem()->trigger();
-    QVERIFY(f.window().isVisible());
-    QVERIFY(!f.home.t.defaults.boolForKey(SettingsKeys::isRunning));
-    QVERIFY(!f.window().enabledButton()->isEnabled());
-
-    QTest::mousePress(f.tile(u"Chromium-disabled"_s), Qt::LeftButton);
-    QVERIFY(f.window().enabledButton()->isEnabled());
-    QTest::mouseClick(f.window().enabledButton(), Qt::LeftButton);
-    QTRY_COMPARE(item.runStateItem()->text(), u"Disable Corvella"_s);
-    QCOMPARE(f.window().infoText(), u"Corvella is Enabled"_s);
-    item.runStateItem()->trigger();
-    QTRY_COMPARE(item.runStateItem()->text(), u"Enable Corvella"_s);
-    QCOMPARE(f.window().infoText(), u"Corvella is Disabled"_s);
 }
 
 // The request was cancelled, or the grant went: nothing can be protected, and the window and the tray

@@ -1,5 +1,4 @@
 #include "core/AppDelegate.h"
-#include "core/StartAtLoginController.h"
 #include "platform/RealHomeDirectory.h"
 #include "platform/SettingsKeys.h"
 #include "platform/linux/XdgAutostartLoginItems.h"
@@ -29,14 +28,12 @@ private slots:
     void laterLaunchesWatchOnceTheHomeIsGranted();
     void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
-    void terminationStopsTheWatchAndTheObservations();
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
     void aMissingDefaultsResourceRegistersNothing();
     void theMirrorHoldsWhatIsSelectedNow();
     void protectionCannotBeOnWithoutABrowser();
     void theAutostartEntryIsValidForAnyProgramPath_data();
     void theAutostartEntryIsValidForAnyProgramPath();
-    void theControllerRecordsSuccessNotState();
 };
 
 void TestLifecycle::theFirstLaunchOpensThePopoverAndDoesNotWatch()
@@ -118,25 +115,6 @@ void TestLifecycle::launchedFromLoginWithHideOnLaunchShowsNoWindow()
         agent.app.applicationDidBecomeActive();
         QVERIFY(!agent.app.openedFromLogin());
     }
-}
-
-void TestLifecycle::terminationStopsTheWatchAndTheObservations()
-{
-    TestHome home;
-    home.t.defaults.setBool(false, SettingsKeys::firstRun);
-    home.t.defaults.setBool(true, SettingsKeys::isRunning);
-    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
-    TestAgent agent(home.t);
-    agent.app.setRunDelays(10, 20);
-    agent.app.applicationDidFinishLaunching();
-    QVERIFY(agent.folderWatch.isWatching());
-    agent.app.applicationWillTerminate();
-    QVERIFY(!agent.folderWatch.isWatching());
-    home.t.defaults.setObject(QVariantMap{{u"Firefox:cache"_s, true}}, SettingsKeys::settings);
-    QVERIFY(agent.app.settingsController().content().isEmpty());
-    agent.workspace.terminate(u"Firefox"_s, u"org.mozilla.firefox"_s);
-    QTest::qWait(100);
-    QVERIFY(agent.cleaners.calls().isEmpty());
 }
 
 void TestLifecycle::initializeRegistersTheShippedDefaultsAndTheRealHome()
@@ -270,25 +248,6 @@ void TestLifecycle::theAutostartEntryIsValidForAnyProgramPath()
     QVERIFY(items.setEnabled(id, QUrl::fromLocalFile(program), false));
     QVERIFY(!home.exists(u".config/autostart/"_s + id + u".desktop"_s));
     QVERIFY(items.setEnabled(id, QUrl::fromLocalFile(program), false)); // nothing left to remove
-}
-
-void TestLifecycle::theControllerRecordsSuccessNotState()
-{
-    RecordingLoginItems items;
-    StartAtLoginController controller(items);
-    QSignalSpy enabled(&controller, &StartAtLoginController::enabledChanged);
-    controller.setStartAtLogin(true); // no helper yet: nothing happens
-    QVERIFY(items.calls.isEmpty() && enabled.isEmpty());
-
-    controller.setBundle(u"com.tovanex.Corvella6Helper"_s, QUrl::fromLocalFile(u"/usr/bin/helper"_s));
-    for (const bool succeeds : {true, false, true}) {
-        items.succeeds = succeeds;
-        controller.setStartAtLogin(false);
-        QCOMPARE(controller.enabled(), succeeds);
-        QVERIFY(!controller.startAtLogin());
-    }
-    QCOMPARE(enabled.size(), 3);
-    QCOMPARE(items.calls.size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestLifecycle)
