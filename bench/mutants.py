@@ -11,7 +11,7 @@ The sample can also be replayed from an earlier run's table (--replay): each mut
 its file and the text of its line, wherever the line has moved since, so the tests of a later tree
 meet exactly the same mutants.
 
-Usage: bench/mutants.py [--seed N] [--count N] [--only I,J,...] [--list] [--replay TABLE.md]
+Usage: bench/mutants.py [--seed N] [--count N] [--only I,J,...] [--list] [--replay TABLE.md] [--every-killer]
 """
 import argparse
 import os
@@ -106,7 +106,8 @@ def run(command, cwd, timeout):
 
 
 def failing_test(command, cwd, timeout):
-    """None when every test passes, else the name of the test that failed first ("timeout": a hang)."""
+    """None when every test passes, else the name of the test that failed first ("timeout": a hang);
+    with every test run (no --stop-on-failure), every test that failed and the test functions in it."""
     try:
         result = subprocess.run(command, cwd=cwd, capture_output=True, text=True, timeout=timeout)
     except subprocess.TimeoutExpired:
@@ -114,7 +115,10 @@ def failing_test(command, cwd, timeout):
     if result.returncode == 0:
         return None
     failed = re.findall(r"Test +#\d+: (\S+) \.+\**(?:Failed|Exception|Timeout|Not Run)", result.stdout)
-    return failed[0] if failed else "failed"
+    if "--stop-on-failure" in command:
+        return failed[0] if failed else "failed"
+    functions = sorted(set(re.findall(r"FAIL!  : \w+::(\w+)", result.stdout)))
+    return ", ".join(failed) + (f" ({', '.join(functions)})" if functions else "") if failed else "failed"
 
 
 def main():
@@ -124,6 +128,8 @@ def main():
     parser.add_argument("--only", default="", help="the rows to run, by number (default: all)")
     parser.add_argument("--list", action="store_true", help="show the sample, run nothing")
     parser.add_argument("--replay", default="", help="the table of an earlier run: its mutants again")
+    parser.add_argument("--every-killer", action="store_true",
+                        help="run every test for each mutant, and name each failing test function (slower)")
     args = parser.parse_args()
     repo = subprocess.run(["git", "rev-parse", "--show-toplevel"], capture_output=True, text=True,
                           check=True).stdout.strip()
@@ -145,6 +151,8 @@ def main():
         tests = ["ctest", "--test-dir", build, "-R", "^tst_", "-j", str(os.cpu_count()), "--stop-on-failure"]
         if not run(tests, tree, 900):
             sys.exit("the unit tests fail without a mutant")
+        # A test's own time limit (CTest's) stops a hang; its failed functions are in its output.
+        every = tests[:-1] + ["--output-on-failure", "--timeout", "120"]
         killed = survived = broken = 0
         print("| # | mutant | outcome |\n|---|---|---|")
         for number, (path, line, index) in enumerate(mutants, 1):
@@ -163,7 +171,7 @@ def main():
             try:
                 if not run(["cmake", "--build", build, "-j", str(os.cpu_count())], tree, 1800):
                     outcome, broken = "does not build", broken + 1
-                elif (failed := failing_test(tests, tree, 900)) is None:
+                elif (failed := failing_test(every if args.every_killer else tests, tree, 900)) is None:
                     outcome, survived = "SURVIVED", survived + 1
                 else:
                     outcome, killed = f"killed by {failed}", killed + 1
