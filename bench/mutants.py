@@ -105,9 +105,9 @@ def run(command, cwd, timeout):
         return False  # a hang is caught too
 
 
-def failing_test(command, cwd, timeout):
+def failing_test(command, cwd, timeout, every=False):
     """None when every test passes, else the name of the test that failed first ("timeout": a hang);
-    with every test run (no --stop-on-failure), every test that failed and the test functions in it."""
+    with `every` (the command runs every test), each test that failed and the test functions in it."""
     try:
         result = subprocess.run(command, cwd=cwd, capture_output=True, text=True, timeout=timeout)
     except subprocess.TimeoutExpired:
@@ -115,10 +115,12 @@ def failing_test(command, cwd, timeout):
     if result.returncode == 0:
         return None
     failed = re.findall(r"Test +#\d+: (\S+) \.+\**(?:Failed|Exception|Timeout|Not Run)", result.stdout)
-    if "--stop-on-failure" in command:
-        return failed[0] if failed else "failed"
+    if not failed:
+        return "failed"
+    if not every:
+        return failed[0]
     functions = sorted(set(re.findall(r"FAIL!  : \w+::(\w+)", result.stdout)))
-    return ", ".join(failed) + (f" ({', '.join(functions)})" if functions else "") if failed else "failed"
+    return ", ".join(failed) + (f" ({', '.join(functions)})" if functions else "")
 
 
 def main():
@@ -151,8 +153,8 @@ def main():
         tests = ["ctest", "--test-dir", build, "-R", "^tst_", "-j", str(os.cpu_count()), "--stop-on-failure"]
         if not run(tests, tree, 900):
             sys.exit("the unit tests fail without a mutant")
-        # A test's own time limit (CTest's) stops a hang; its failed functions are in its output.
-        every = tests[:-1] + ["--output-on-failure", "--timeout", "120"]
+        if args.every_killer:  # CTest's time limit stops a hang; the failed functions are in the output
+            tests = tests[:-1] + ["--output-on-failure", "--timeout", "120"]
         killed = survived = broken = 0
         print("| # | mutant | outcome |\n|---|---|---|")
         for number, (path, line, index) in enumerate(mutants, 1):
@@ -171,7 +173,7 @@ def main():
             try:
                 if not run(["cmake", "--build", build, "-j", str(os.cpu_count())], tree, 1800):
                     outcome, broken = "does not build", broken + 1
-                elif (failed := failing_test(every if args.every_killer else tests, tree, 900)) is None:
+                elif (failed := failing_test(tests, tree, 900, args.every_killer)) is None:
                     outcome, survived = "SURVIVED", survived + 1
                 else:
                     outcome, killed = f"killed by {failed}", killed + 1

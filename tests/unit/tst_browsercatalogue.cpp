@@ -303,16 +303,16 @@ void TestBrowserCatalogue::aRunningBrowserIsRecognised()
     FakeWorkspace workspace;
     Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
     home.file(u"Library/Application Support/Firefox/Profiles/a.default/prefs.js"_s);
-    if (!lockFile.startsWith(u"Library/"_s) && !lockFile.isEmpty()) {
-        home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
-        const QString root = QFileInfo(lockFile).path();
-        if (browser == u"LibreWolf"_s)
-            home.file(root + u"/prefs.js"_s);
-        else
-            F::localState(home, root, {});
-    }
     if (!lockFile.isEmpty()) {
-        home.folder(QFileInfo(lockFile).path());
+        const QString folder = QFileInfo(lockFile).path();
+        home.folder(folder);
+        if (!lockFile.startsWith(u"Library/"_s)) { // an install on this system's layout, with its files
+            home.t.defaults.setObject(PathLayout::linux_, SettingsKeys::browserLayout);
+            if (browser == u"LibreWolf"_s)
+                home.file(folder + u"/prefs.js"_s);
+            else
+                F::localState(home, folder, {});
+        }
         if (lockTarget.isEmpty())
             home.file(lockFile);
         else
