@@ -80,20 +80,26 @@ async function visit(browser) {
     }
 }
 
-// The default engine as the user chooses it, in the select of Firefox's search settings.
+// The default engine as the user chooses it, in the select of Firefox's search settings. The page fills
+// the select more than once while the search service starts, so a value counts once it holds for a second.
 async function searchEngine(browser, chosen) {
     const page = await browser.newPage();
     page.goto('about:preferences#search').catch(() => {}); // a settings page never reports its load
-    await page.waitForFunction(() => document.getElementById('defaultEngineNormal')?.value, {timeout: 15000});
-    return page.evaluate(async chosen => {
-        const select = document.getElementById('defaultEngineNormal');
-        if (chosen && select.value !== chosen) {
+    const settled = () => page.waitForFunction(() => {
+        const value = document.getElementById('defaultEngineNormal')?.value;
+        const seen = window.corvellaSeen;
+        window.corvellaSeen = {value, since: value && value === seen?.value ? seen.since : Date.now()};
+        return value && Date.now() - window.corvellaSeen.since >= 1000 ? value : null;
+    }, {timeout: 20000, polling: 250}).then(handle => handle.jsonValue());
+    if (chosen && await settled() !== chosen) {
+        await page.evaluate(chosen => {
+            const select = document.getElementById('defaultEngineNormal');
             select.value = chosen;
             select.dispatchEvent(new Event('change', {bubbles: true}));
-            await new Promise(resolve => setTimeout(resolve, 3000)); // Firefox saves the choice a moment later
-        }
-        return select.value;
-    }, chosen || '');
+        }, chosen);
+        await new Promise(resolve => setTimeout(resolve, 3000)); // Firefox saves the choice a moment later
+    }
+    return settled();
 }
 
 (async () => {

@@ -223,8 +223,8 @@ for browser in chromium firefox; do
     echo "the kept site after the clean, $browser: $known"
     check '[ "$known" = cookie/t-alice/alice ]' "the kept site no longer knows the user in $browser: $known"
 done
-chosen=$(browse search firefox "$firefox_profile" | tail -n 1)
-check '[ "$chosen" = ddg ]' "Firefox's chosen default search engine was undone: $chosen"
+searched=$(browse search firefox "$firefox_profile")
+check '[ "$(tail -n 1 <<< "$searched")" = ddg ]' "Firefox's chosen default search engine was undone: $searched"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
 check '[ "$(browse reopen firefox "$firefox_profile" | tail -n 1)" = reopened ]' "Firefox cannot open its cleaned profile"
 if [ $fail != 0 ]; then
