@@ -168,8 +168,12 @@ chmod 755 "$work/scenario.sh"
 as_user dbus-run-session -- "$work/scenario.sh" "$work" "$firefox_profile" 2> /dev/null
 
 # 3. What is left.
+# Every chosen category ran, in the order the notification names them.
+labels="Cookies, LocalStorage and Databases, Flash, Silverlight, Cache, History, Favicons, Webpage previews, Form values,
+    Downloads, Website preferences, Other search engines"
 for browser in Chromium Firefox; do
-    check 'grep -q "Corvella removal run for $browser" "$work/agent.log"' "the agent did not clean $browser after its quit"
+    check 'grep -q "Corvella removal run for $browser: $(echo $labels)$" "$work/agent.log"' \
+        "the agent did not clean $browser after its quit, or not every category"
 done
 chromium_after=$(traces "$chromium_data" "$chromium_cache")
 firefox_after=$(traces "$firefox_data" "$firefox_cache")

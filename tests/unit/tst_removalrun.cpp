@@ -1,7 +1,6 @@
 #include "core/RemovalRun.h"
 #include "core/RunLock.h"
 #include "platform/SettingsKeys.h"
-#include "support/BrowserFixtures.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
 
@@ -15,8 +14,6 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-namespace F = BrowserFixtures;
 
 // The controller on a temporary home, protecting Safari and Firefox.
 struct ProtectedAgent
@@ -43,8 +40,6 @@ class TestRemovalRun : public QObject
 {
     Q_OBJECT
 private slots:
-    void theLoopCallsSelectedCleanersInOrder_data();
-    void theLoopCallsSelectedCleanersInOrder();
     void notificationTexts_data();
     void notificationTexts();
     void whatAQuitSetsOff_data();
@@ -56,42 +51,6 @@ private slots:
     void aRunWaitsForTheLockHeldByAnotherProcess_data();
     void aRunWaitsForTheLockHeldByAnotherProcess();
 };
-
-void TestRemovalRun::theLoopCallsSelectedCleanersInOrder_data()
-{
-    QTest::addColumn<QString>("browser");
-    QTest::addColumn<QVariantMap>("choices");
-    QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<QStringList>("labels");
-    QVariantMap all;
-    for (const QString& category : SettingsKeys::categories)
-        all.insert(SettingsKeys::settingsKey(u"Opera"_s, category), true);
-    QTest::newRow("everything, in run order")
-        << u"Opera"_s << all
-        << F::paths(
-               "removeCookies Opera, removeNonFavLocalStorage Opera, removeFlash Opera, removeSilverlight, "
-               "removeBrowserCache Opera, removeBrowserHistory Opera history, removeBrowserHistory Opera "
-               "favicons, removeBrowserHistory Opera webpage, removeBrowserHistory Opera forms, "
-               "removeBrowserHistory Opera downloads, removeBrowserHistory Opera websitePrefs, "
-               "removeBrowserHistory Opera searchEngines")
-        << F::paths("Cookies, LocalStorage and Databases, Flash, Silverlight, Cache, History, Favicons, "
-                    "Webpage previews, Form values, Downloads, Website preferences, Other search engines");
-    QTest::newRow("other browsers' choices and non-true values are not selections")
-        << u"Firefox"_s
-        << QVariantMap{{u"Safari:cookies"_s, true}, {u"Firefox:cache"_s, 1}, {u"Firefox:forms"_s, u"true"_s}}
-        << QStringList{} << QStringList{};
-}
-
-void TestRemovalRun::theLoopCallsSelectedCleanersInOrder()
-{
-    QFETCH(QString, browser);
-    QFETCH(QVariantMap, choices);
-    QFETCH(QStringList, calls);
-    QFETCH(QStringList, labels);
-    RecordingCleaners cleaners;
-    QCOMPARE(RemovalRun::performCategoryLoop(browser, choices, cleaners), labels);
-    QCOMPARE(cleaners.calls(), calls);
-}
 
 void TestRemovalRun::notificationTexts_data()
 {
