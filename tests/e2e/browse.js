@@ -80,8 +80,9 @@ async function visit(browser) {
     }
 }
 
-// The default engine as the user chooses it, in the select of Firefox's search settings. The page fills
-// the select more than once while the search service starts, so a value counts once it holds for a second.
+// The default engine as the user chooses it, in the select of Firefox's search settings. The page may
+// fill the select again while the search service starts (a run once read it empty just after it held a
+// value), so a value counts once it has held for a second.
 async function searchEngine(browser, chosen) {
     const page = await browser.newPage();
     page.goto('about:preferences#search').catch(() => {}); // a settings page never reports its load
