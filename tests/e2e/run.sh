@@ -121,6 +121,14 @@ for attempt in 1 2 3; do
     [ "$chosen" = ddg ] && break
 done
 check '[ "$chosen" = ddg ]' "Firefox's default search engine could not be chosen: $chosen"
+# The choice as Firefox keeps it: the default engine's id and the hash that makes Firefox trust it.
+search_default() {
+    as_user /usr/bin/python3 -c 'import json, struct, sys, lz4.block
+data = open(sys.argv[1], "rb").read()
+meta = json.loads(lz4.block.decompress(data[12:], uncompressed_size=struct.unpack("<I", data[8:12])[0]))["metaData"]
+print(meta.get("defaultEngineId"), meta.get("defaultEngineIdHash"))' "$1/search.json.mozlz4" 2>&1
+}
+chosen_default=$(search_default "$firefox_profile")
 for profile in "$firefox_profile" "$firefox_absolute"; do
     sql "$profile/content-prefs.sqlite" "CREATE TABLE IF NOT EXISTS groups (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
         CREATE TABLE IF NOT EXISTS settings (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
@@ -227,8 +235,15 @@ for browser in chromium firefox; do
     echo "the kept site after the clean, $browser: $known"
     check '[ "$known" = cookie/t-alice/alice ]' "the kept site no longer knows the user in $browser: $known"
 done
-searched=$(browse search firefox "$firefox_profile")
-check '[ "$(tail -n 1 <<< "$searched")" = ddg ]' "Firefox's chosen default search engine was undone: $searched"
+check '[ "$(search_default "$firefox_profile")" = "$chosen_default" ]' \
+    "Firefox's chosen default search engine was undone: $(search_default "$firefox_profile") (chosen: $chosen_default)"
+# Now and then a headless start's settings page shows the browser's own default although the file names the
+# chosen one (seen with the same file, which Firefox left unchanged): the page gets three starts.
+for attempt in 1 2 3; do
+    searched=$(browse search firefox "$firefox_profile")
+    [ "$(tail -n 1 <<< "$searched")" = ddg ] && break
+done
+check '[ "$(tail -n 1 <<< "$searched")" = ddg ]' "Firefox does not show its chosen default search engine: $searched"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
 check '[ "$(browse reopen firefox "$firefox_profile" | tail -n 1)" = reopened ]' "Firefox cannot open its cleaned profile"
 if [ $fail != 0 ]; then
