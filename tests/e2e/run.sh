@@ -123,10 +123,9 @@ done
 check '[ "$chosen" = ddg ]' "Firefox's default search engine could not be chosen: $chosen"
 # The choice as Firefox keeps it: the default engine's id and the hash that makes Firefox trust it.
 search_default() {
-    as_user /usr/bin/python3 -c 'import json, struct, sys, lz4.block
-data = open(sys.argv[1], "rb").read()
-meta = json.loads(lz4.block.decompress(data[12:], uncompressed_size=struct.unpack("<I", data[8:12])[0]))["metaData"]
-print(meta.get("defaultEngineId"), meta.get("defaultEngineIdHash"))' "$1/search.json.mozlz4" 2>&1
+    /usr/bin/python3 -B -c 'import json, sys; sys.path.insert(0, sys.argv[1]); from traces import mozlz4
+meta = json.loads(mozlz4(open(sys.argv[2], "rb").read()))["metaData"]
+print(meta.get("defaultEngineId"), meta.get("defaultEngineIdHash"))' "$here" "$1/search.json.mozlz4" 2>&1
 }
 chosen_default=$(search_default "$firefox_profile")
 for profile in "$firefox_profile" "$firefox_absolute"; do
@@ -235,8 +234,9 @@ for browser in chromium firefox; do
     echo "the kept site after the clean, $browser: $known"
     check '[ "$known" = cookie/t-alice/alice ]' "the kept site no longer knows the user in $browser: $known"
 done
-check '[ "${chosen_default%% *}" = ddg ] && [ "$(search_default "$firefox_profile")" = "$chosen_default" ]' \
-    "Firefox's chosen default search engine was undone: $(search_default "$firefox_profile") (chosen: $chosen_default)"
+cleaned_default=$(search_default "$firefox_profile")
+check '[ "${chosen_default%% *}" = ddg ] && [ "$cleaned_default" = "$chosen_default" ]' \
+    "Firefox's chosen default search engine was undone: $cleaned_default (chosen: $chosen_default)"
 # Now and then a headless start's settings page shows the browser's own default although the file names the
 # chosen one (seen with the same file, which Firefox left unchanged): the page gets three starts.
 for attempt in 1 2 3; do

@@ -55,10 +55,15 @@ def leveldb_blocks(data):
     return blocks
 
 
+def mozlz4(data):
+    """The contents of a Firefox mozLz4 file: "mozLz40\\0", the size, one LZ4 block."""
+    return lz4.block.decompress(data[12:], uncompressed_size=struct.unpack("<I", data[8:12])[0])
+
+
 def readings(path, data):
     yield data
     if data.startswith(b"mozLz40\0"):
-        yield lz4.block.decompress(data[12:], uncompressed_size=struct.unpack("<I", data[8:12])[0])
+        yield mozlz4(data)
     if path.endswith(".ldb"):
         yield from leveldb_blocks(data)
 
