@@ -435,21 +435,13 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther_data()
     QTest::addColumn<QString>("key");
     QTest::newRow("start at login") << kGeneral << u"Start Corvella when you log in"_s
                                     << SettingsKeys::loginStart;
-    QTest::newRow("notifications") << kGeneral << u"Show a notification after removing data"_s
-                                   << SettingsKeys::displayNotifications;
-    QTest::newRow("secure delete") << kGeneral << u"Overwrite files before removing them"_s
-                                   << SettingsKeys::secureDeleteData;
     QTest::newRow("current layouts") << kGeneral << u"Also remove data where today's browsers keep it"_s
                                      << SettingsKeys::cleanCurrentLayouts;
-    QTest::newRow("sync") << kGeneral << u"Share these settings with your other computers"_s
-                          << SettingsKeys::iCloudSync;
     QTest::newRow("browser exceptions")
         << kKept << u"Also keep each browser's own exceptions"_s << SettingsKeys::keepBrowserExceptions;
     QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
     QTest::newRow("automatic checks")
         << kUpdates << u"Check for updates automatically"_s << SettingsKeys::enableAutomaticChecks;
-    QTest::newRow("automatic install")
-        << kUpdates << u"Install updates automatically"_s << SettingsKeys::automaticallyUpdate;
 }
 
 void TestDesktopFace::controlsAndSettingsFollowEachOther()

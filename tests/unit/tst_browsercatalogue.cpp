@@ -9,7 +9,6 @@
 
 #include <QCryptographicHash>
 #include <QDirIterator>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <unistd.h>
@@ -134,8 +133,6 @@ class TestBrowserCatalogue : public QObject
 private slots:
     void recognisesQuittingBrowsers_data();
     void recognisesQuittingBrowsers();
-    void enabledOnlyForExactKeys();
-    void browsersChangedDropsUninstalledBrowsersForGood();
     void userProfilesFromLocalState_data();
     void userProfilesFromLocalState();
     void aRunningBrowserIsRecognised_data();
@@ -144,12 +141,6 @@ private slots:
     void everyInstallIsCleanedAsItsFamilyIs_data();
     void everyInstallIsCleanedAsItsFamilyIs();
     void everyRowOfTheTableIsHere();
-
-private:
-    void enable(TestHome& home, const QStringList& ids)
-    {
-        home.t.defaults.setObject(QVariant(ids).toList(), SettingsKeys::enabledBrowsers);
-    }
 };
 
 void TestBrowserCatalogue::recognisesQuittingBrowsers_data()
@@ -184,44 +175,6 @@ void TestBrowserCatalogue::recognisesQuittingBrowsers()
     if (!bundleIdentifier.isEmpty())
         userInfo.insert(u"NSApplicationBundleIdentifier"_s, bundleIdentifier);
     QCOMPARE(Catalogue::browserForTerminatedApplication(userInfo).value_or(QString()), browser);
-}
-
-void TestBrowserCatalogue::enabledOnlyForExactKeys()
-{
-    TestHome home;
-    FakeWorkspace workspace;
-    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    enable(home, {Catalogue::safariID, Catalogue::operaID});
-    QVERIFY(catalogue.checkIfBrowserEnabled(u"Safari"_s));
-    QVERIFY(catalogue.checkIfBrowserEnabled(u"Opera"_s));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Safari-disabled"_s));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Firefox"_s));
-    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Operaa"_s));
-    // A channel whose name starts with the stable browser's is a browser of its own.
-    enable(home, {Catalogue::googleChromeID});
-    QVERIFY(!catalogue.checkIfBrowserEnabled(u"Google Chrome Beta"_s));
-    QCOMPARE(Catalogue::browserIDFor(u"Google Chrome Beta-disabled"_s), u"com.google.Chrome.beta"_s);
-}
-
-void TestBrowserCatalogue::browsersChangedDropsUninstalledBrowsersForGood()
-{
-    TestHome home;
-    FakeWorkspace workspace;
-    Catalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    QSignalSpy changed(&catalogue, &Catalogue::browserContentArrayChanged);
-    workspace.setInstalled({Catalogue::safariID, Catalogue::firefoxID});
-    // Activated Firefox first: rewritten in detection order, Chrome (uninstalled) dropped.
-    enable(home, {Catalogue::firefoxID, Catalogue::googleChromeID, Catalogue::safariID});
-    catalogue.browsersChanged();
-    QCOMPARE(changed.size(), 0); // a second later, not at once
-    QTRY_COMPARE(changed.size(), 1);
-    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
-             QVariantList({Catalogue::safariID, Catalogue::firefoxID}));
-    workspace.setInstalled({Catalogue::safariID, Catalogue::firefoxID, Catalogue::googleChromeID});
-    catalogue.browsersChanged();
-    QTRY_COMPARE(changed.size(), 2);
-    QCOMPARE(home.t.defaults.arrayForKey(SettingsKeys::enabledBrowsers),
-             QVariantList({Catalogue::safariID, Catalogue::firefoxID}));
 }
 
 void TestBrowserCatalogue::userProfilesFromLocalState_data()

@@ -123,10 +123,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "safari/History.db, safari/History.db-wal, Library/Caches/Metadata/Safari/History/h, "
         "safari/RecentlyClosedTabs.plist, safari/CloudTabs.db-shm",
         "safari/Bookmarks.plist, safari/Downloads.plist");
-    row("Safari favicons", "Safari", "favicons",
-        "safari/WebpageIcons.db, safari/Touch Icons/t, safari/Favicon Cache/c", "safari/History.db");
-    row("Safari webpage", "Safari", "webpage", "Library/Caches/com.apple.Safari/Webpage Previews/p",
-        "Library/Caches/com.apple.Safari/Cache.db");
     row("Safari forms, each database with its companions", "Safari", "forms",
         "safari/Form Values/f, safari/AutoFillCorrections.db, safari/CloudAutoFillCorrections.db-wal, "
         "safari/AutoFillCorrections.db-shm",
@@ -135,10 +131,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "safari/Downloads.plist, Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
         "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
         "safari/History.db");
-    row("Safari websitePrefs", "Safari", "websitePrefs",
-        "safari/PerSitePreferences.db, safari/RemoteNotifications/r, "
-        "Library/Caches/com.apple.Safari/RemoteNotifications/r, safari/PerSiteZoomPreferences.plist",
-        "safari/History.db");
     row("Safari searchEngines: nothing", "Safari", "searchEngines", "", everything);
     row("Chromium history files, companions kept", "Google Chrome", "history",
         "chrome/Default/Current Session, chrome/Default/Last Tabs, chrome/Default/Visited Links, "
@@ -146,15 +138,8 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "chrome/Profile 1/Shortcuts",
         "chrome/Default/History, chrome/Default/History-journal, chrome/Default/History Index 2026-11/other, "
         "chrome/Default/Bookmarks");
-    row("Chromium favicons", "Google Chrome", "favicons",
-        "chrome/Default/Favicons, chrome/Default/Favicons-journal, chrome/Default/Thumbnails",
-        "chrome/Default/History");
     row("Opera webpage: its root is its profile", "Opera", "webpage", "opera/Top Sites, opera/thumbnails.db",
         "chrome/Default/Top Sites");
-    row("Chromium downloads with the system's records", "Google Chrome", "downloads",
-        "Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
-        "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
-        "chrome/Default/History");
     row("Firefox forms, in folders only", "Firefox", "forms", "firefox/a.default/formhistory.sqlite",
         "Documents/linked/formhistory.sqlite, firefox/a.default/logins.json");
     row("Firefox downloads with the system's records", "Firefox", "downloads",
@@ -183,8 +168,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "chrome/Profile 1/DIPS, chrome/Default/Network/Trust Tokens",
         qPrintable(kept + u"chrome/Profile 9/Cookies, chromium/Default/Cookies, opera/Cookies, "
                           "Library/Cookies/Cookies.binarycookies"_s));
-    row("Chromium cookies", "Chromium", "cookies+",
-        "chromium/Default/Cookies, chromium/Default/Network/Cookies", "chrome/Default/Cookies");
     row("Opera cookies: its root is its only profile", "Opera", "cookies+",
         "opera/Cookies, opera/Network/Cookies", qPrintable(kept + u"chrome/Default/Cookies"_s));
     row("Chromium cookies without today's layouts", "Chromium", "cookies", "chromium/Default/Cookies",
@@ -193,8 +176,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "firefox/a.default/cookies.sqlite, firefox/a.default/permissions.sqlite, "
         "firefox/a.default/bounce-tracking-protection.sqlite",
         qPrintable(kept + u"chrome/Default/Cookies"_s));
-    row("Safari cookies", "Safari", "cookies+", "Library/Cookies/Cookies.binarycookies",
-        "chrome/Default/Cookies");
     // Caches, and the caches every browser shares.
     const QString shared = u"Library/Caches/Adobe/Flash Player/x, Library/Caches/QuickTime/downloads/y, "_s;
     row("Safari cache, its cookie and HSTS lists included", "Safari", "cache+",
@@ -218,12 +199,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
                             "chrome/GrShaderCache/g"_s),
         "Library/Caches/Google/Chrome/Profile 9/Cache/data_0, chrome/Default/Cookies, "
         "chrome/Default/Pepper Data/Shockwave Flash/WritableRoot/w");
-    row("Firefox cache", "Firefox", "cache+",
-        qPrintable(
-            shared +
-            u"Library/Caches/Firefox/Profiles/a.default/cache2/entries/e, "
-            "firefox/a.default/SiteSecurityServiceState.txt, firefox/a.default/AlternateServices.bin"_s),
-        "firefox/a.default/places.sqlite, firefox/a.default/cookies.sqlite");
     row("an unknown browser's cache: the shared caches only", "Netscape", "cache+", qPrintable(shared),
         "Library/Caches/com.apple.Safari/Cache.db");
     // Plug-ins: Flash in the shared folder, or in each Chrome profile; Silverlight's folder.
@@ -243,8 +218,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "chrome/Default/Sessions/Session_1, chrome/Default/History Index 2026-11, "
         "chrome/Default/shared_proto_db/x, chrome/segmentation_platform/s",
         "chrome/Default/History Index, chrome/Default/Bookmarks, chrome/Default/Extensions/e");
-    row("today: Chromium downloads", "Google Chrome", "downloads+", "chrome/Default/DownloadMetadata",
-        "chrome/Default/Sessions/Session_1");
     row("today: Firefox history", "Firefox", "history+",
         "firefox/a.default/sessionstore.jsonlz4, firefox/a.default/SiteSecurityServiceState.bin",
         "firefox/a.default/logins.json, firefox/a.default/key4.db");

@@ -51,7 +51,6 @@ class TestCloudSync : public QObject
 {
     Q_OBJECT
 private slots:
-    void twoHomesSharingOneFolderShareTheirSettings();
     void copiesLeftBySyncToolsAreMergedBack_data();
     void copiesLeftBySyncToolsAreMergedBack();
     void twoWritersAtOnceLoseNothing();
@@ -63,29 +62,6 @@ private slots:
     void theFolderDecidesTheAccount();
     void syncWithoutAnAccountTurnsItselfOffAndSaysSo();
 };
-
-void TestCloudSync::twoHomesSharingOneFolderShareTheirSettings()
-{
-    QTemporaryDir root;
-    const QString folder = root.filePath(u"Sync"_s);
-    QVERIFY(QDir().mkpath(folder));
-    Machine a(root.path(), folder), b(root.path(), folder);
-    a.t.defaults.setBool(false, SettingsKeys::showInMenu); // chosen before sync was on: it joins too
-    a.sync.start();
-    b.sync.start();
-    QCOMPARE(b.t.defaults.boolForKey(SettingsKeys::showInMenu), false);
-
-    // A change reaches the other machine; what stays with a machine (protection on) does not.
-    a.t.defaults.setBool(true, SettingsKeys::isRunning);
-    b.t.defaults.setBool(true, SettingsKeys::hideDock);
-    QTRY_COMPARE(a.t.defaults.boolForKey(SettingsKeys::hideDock), true);
-    QVERIFY(!b.t.defaults.boolForKey(SettingsKeys::isRunning));
-
-    b.sync.stop();
-    a.t.defaults.setBool(false, SettingsKeys::hideDock);
-    QTest::qWait(400);
-    QVERIFY(b.t.defaults.boolForKey(SettingsKeys::hideDock));
-}
 
 void TestCloudSync::copiesLeftBySyncToolsAreMergedBack_data()
 {

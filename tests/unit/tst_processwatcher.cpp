@@ -26,7 +26,6 @@ private slots:
     void lockFoldersOfEveryInstall();
     void iconOfADesktopEntry_data();
     void iconOfADesktopEntry();
-    void seesEveryBrowsersExecutablesRun();
     void helpersAndForksAreNotApplicationsButInstancesAre();
 
 private:
@@ -126,23 +125,6 @@ void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.operasoftware.Opera"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.apple.Safari"_s));
     QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.example.unknown"_s));
-
-    // Every desktop entry of every install makes its own browser installed, and no other.
-    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
-        for (const BrowserTable::Install& install : browser.installs) {
-            for (const QString& name : install.desktopEntries) {
-                QTemporaryDir applications;
-                QFile desktopEntry(applications.filePath(name));
-                QVERIFY(desktopEntry.open(QIODevice::WriteOnly));
-                desktopEntry.close();
-                LinuxWorkspace only({{applications.path()}, {}, {}, kApplications});
-                for (const BrowserTable::Browser& other : BrowserTable::all())
-                    QVERIFY2(only.absolutePathForAppBundleWithIdentifier(other.identifier).has_value() ==
-                                 (&other == &browser),
-                             qPrintable(name + u" installs "_s + other.name));
-            }
-        }
-    }
 }
 
 // A browser's lock files appear in its data root (the Chromium family) or in each profile folder (the
@@ -180,41 +162,6 @@ void TestProcessWatcher::iconOfADesktopEntry()
 {
     QFETCH(QByteArray, entry);
     QTEST(DesktopEntry::iconName(entry), "icon");
-}
-
-void TestProcessWatcher::seesEveryBrowsersExecutablesRun()
-{
-    // Each executable of every row, run from a folder of the same shape as the package's.
-    QList<QProcess*> processes;
-    QHash<qint64, QString> expected;
-    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
-        for (const BrowserTable::Install& install : browser.installs) {
-            for (const QString& executable : install.executables) {
-                const QString path = u"opt/"_s + browser.identifier + u'/' + executable;
-                QDir(m_dir.path()).mkpath(path.section(u'/', 0, -2));
-                auto* process = new QProcess(this);
-                process->start(fakeBrowser(path, u"/bin/sleep"_s), {u"30"_s});
-                QVERIFY(process->waitForStarted());
-                processes.append(process);
-                expected.insert(process->processId(), browser.name);
-            }
-        }
-    }
-    QCOMPARE(QSet<QString>(expected.cbegin(), expected.cend()).size(),
-             BrowserTable::all().size() - 1); // not Safari
-    const auto seen = [&] {
-        QHash<qint64, QString> found;
-        for (const RunningApplication& application : ProcessWatcher::lookNow(kApplications)) {
-            if (expected.contains(application.pid))
-                found.insert(application.pid, application.name);
-        }
-        return found;
-    };
-    QTRY_COMPARE(seen(), expected);
-    for (QProcess* process : std::as_const(processes)) {
-        process->kill();
-        process->waitForFinished();
-    }
 }
 
 void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()

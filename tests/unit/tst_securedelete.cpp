@@ -23,8 +23,6 @@ private slots:
     void init();
     void wipeKeepsNameAndSizeAndNeverWrites0xFF();
     void whatCannotBeOverwrittenStaysAsItWas();
-    void eachPassRepeatsItsKibibyteOverTheWholeFile_data();
-    void eachPassRepeatsItsKibibyteOverTheWholeFile();
     void aFileSharedByAnotherHardLinkIsOnlyUnlinked();
     void wipesFilesItCannotNameByPath_data();
     void wipesFilesItCannotNameByPath();
@@ -69,33 +67,6 @@ void TestSecureDelete::whatCannotBeOverwrittenStaysAsItWas()
     const QString file = m_file;
     QVERIFY(asUnprivilegedUser([file] { return !SecureDelete::wipe(file); }));
     QCOMPARE(PlistFixtures::readFile(m_file), m_original);
-}
-
-void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile_data()
-{
-    QTest::addColumn<int>("phase");
-    QTest::newRow("0x55") << 1;
-    QTest::newRow("0xAA") << 2;
-    QTest::newRow("random") << 3;
-}
-
-// Written in large blocks, the bytes on disk are still the documented 1 KiB pattern, repeated from the
-// first byte to the last, past the block size and into a last part-block.
-void TestSecureDelete::eachPassRepeatsItsKibibyteOverTheWholeFile()
-{
-    QFETCH(int, phase);
-    const qsizetype size = 3 * 1024 * 1024 + 100;
-    QVERIFY(PlistFixtures::writeFile(m_file, QByteArray(size, 'x')));
-    QVERIFY(SecureDelete::wipe(m_file, phase));
-    const QByteArray after = PlistFixtures::readFile(m_file);
-    QCOMPARE(after.size(), size);
-    const QByteArray pattern = after.left(1024);
-    if (phase < 3)
-        QCOMPARE(pattern, QByteArray(1024, char(phase == 1 ? 0x55 : 0xAA)));
-    else
-        QVERIFY(!pattern.contains(char(0xFF)) && pattern.count(pattern.at(0)) < 1024);
-    for (qsizetype at = 0; at < size; at += 1024)
-        QVERIFY2(after.mid(at, 1024) == pattern.left(size - at), qPrintable(QString::number(at)));
 }
 
 void TestSecureDelete::aFileSharedByAnotherHardLinkIsOnlyUnlinked()
