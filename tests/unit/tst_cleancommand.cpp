@@ -29,7 +29,6 @@ private slots:
     void answersAtOnce();
     void runsTheNamedCategoriesOrTheSavedSelection();
     void theGrantFromTheOptionOrTheTerminalIsRemembered();
-    void aRunningBrowserIsNotTouched();
     void aGrantThatCannotBeSavedIsReported_data();
     void aGrantThatCannotBeSavedIsReported();
     void endsOfOptionsOutputAndTheLock();
@@ -154,19 +153,6 @@ void TestCleanCommand::theGrantFromTheOptionOrTheTerminalIsRemembered()
     QVERIFY(allowed.homeGrantRecorded());
     QCOMPARE(allowed.run({u"Opera"_s, u"cache"_s}), int(CleanCommand::Success));
     QCOMPARE(allowed.questions.size(), 1); // asked once
-}
-
-void TestCleanCommand::aRunningBrowserIsNotTouched()
-{
-    Cli cli;
-    cli.workspace.setRunning({{u"Chromium"_s, u"org.chromium.Chromium"_s, 77}});
-    QCOMPARE(cli.run({u"Chromium"_s, u"cookies"_s}), int(CleanCommand::BrowserRunning));
-    QVERIFY(cli.err.contains(u"Chromium is running"_s));
-    QVERIFY(cli.out.isEmpty());
-    QCOMPARE(cli.run({u"Firefox"_s, u"cookies"_s}), int(CleanCommand::Success));
-    // A preview changes nothing, so it may look; it says the browser runs.
-    QCOMPARE(cli.run({u"--preview"_s, u"Chromium"_s, u"cookies"_s}), int(CleanCommand::Success));
-    QVERIFY2(cli.out.contains(u"Chromium is running"_s), qPrintable(cli.out));
 }
 
 void TestCleanCommand::aGrantThatCannotBeSavedIsReported_data()

@@ -74,11 +74,8 @@ void TestCloudSync::copiesLeftBySyncToolsAreMergedBack_data()
          QVariantMap{{SettingsKeys::hideOnLaunch, QDateTime::currentMSecsSinceEpoch() + 60000}}}});
     QTest::newRow("Syncthing") << u"corvella-settings.sync-conflict-20261122-101010-ABCDEFG.plist"_s << newer
                                << true;
-    QTest::newRow("Nextcloud") << u"corvella-settings (conflicted copy 2026-11-22 101010).plist"_s << newer
-                               << true;
     QTest::newRow("half-synced copy")
         << u"corvella-settings.sync-conflict-1.plist"_s << newer.left(40) << false;
-    QTest::newRow("ownCloud") << u"corvella-settings_conflict-20261122-101010.plist"_s << newer << true;
     QTest::newRow("Dropbox") << u"corvella-settings (Ann's conflicted copy 2026-11-22 (1)).plist"_s << newer
                              << true;
 }
@@ -284,16 +281,6 @@ void TestCloudSync::syncWithoutAnAccountTurnsItselfOffAndSaysSo()
     QVERIFY(!t.defaults.objectForKey(SettingsKeys::hideiCloudAlert));
     agent.app.iCloudAlertClosed(true);
     QVERIFY(t.defaults.boolForKey(SettingsKeys::hideiCloudAlert));
-
-    // Once there is somewhere to sync to, turning it on starts it, and a value from elsewhere arrives.
-    agent.cloudStore.status = CloudKeyValueStore::AccountStatus::Available;
-    t.defaults.setBool(true, SettingsKeys::iCloudSync);
-    QTRY_VERIFY(agent.app.cloudSync().isStarted());
-    QCOMPARE(alert.size(), 1);
-    agent.cloudStore.storeFromElsewhere(true, SettingsKeys::hideOnLaunch);
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::hideOnLaunch));
-    t.defaults.setBool(false, SettingsKeys::iCloudSync);
-    QTRY_VERIFY(!agent.app.cloudSync().isStarted());
 }
 
 QTEST_MAIN(TestCloudSync)

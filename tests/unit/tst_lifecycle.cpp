@@ -23,31 +23,15 @@ class TestLifecycle : public QObject
 {
     Q_OBJECT
 private slots:
-    void theFirstLaunchOpensThePopoverAndDoesNotWatch();
     void laterLaunchesWatchOnceTheHomeIsGranted_data();
     void laterLaunchesWatchOnceTheHomeIsGranted();
-    void withoutAnActivatedBrowserTheUserIsAsked();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
-    void aMissingDefaultsResourceRegistersNothing();
     void theMirrorHoldsWhatIsSelectedNow();
     void protectionCannotBeOnWithoutABrowser();
     void theAutostartEntryIsValidForAnyProgramPath_data();
     void theAutostartEntryIsValidForAnyProgramPath();
 };
-
-void TestLifecycle::theFirstLaunchOpensThePopoverAndDoesNotWatch()
-{
-    TestHome home;
-    TestAgent agent(home.t);
-    QSignalSpy popover(&agent.app, &AppDelegate::popoverRequested);
-    agent.app.applicationWillFinishLaunching();
-    agent.app.applicationDidFinishLaunching();
-    QCOMPARE(home.t.defaults.objectForKey(SettingsKeys::firstRun), std::optional<QVariant>(false));
-    QCOMPARE(agent.folderWatch.starts, 0);
-    QCOMPARE(popover.size(), 0);
-    QTRY_COMPARE(popover.size(), 1);
-}
 
 void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted_data()
 {
@@ -84,19 +68,6 @@ void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted()
     QCOMPARE(agent.folderWatch.latency, 3000);
     agent.app.watchApplicationsFolder(); // once is enough
     QCOMPARE(agent.folderWatch.starts, 1);
-}
-
-void TestLifecycle::withoutAnActivatedBrowserTheUserIsAsked()
-{
-    TestHome home;
-    TestAgent agent(home.t);
-    QSignalSpy ask(&agent.app, &AppDelegate::browserPopoverRequested);
-    agent.app.checkEnabledBrowsers();
-    QTRY_COMPARE(ask.size(), 1);
-    home.t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
-    agent.app.checkEnabledBrowsers();
-    QTest::qWait(1200);
-    QCOMPARE(ask.size(), 1);
 }
 
 void TestLifecycle::launchedFromLoginWithHideOnLaunchShowsNoWindow()
@@ -139,20 +110,6 @@ void TestLifecycle::initializeRegistersTheShippedDefaultsAndTheRealHome()
         QCOMPARE(settings.value(u"Floorp:"_s + key), settings.value(u"Firefox:"_s + key));
     }
     QVERIFY(settings.value(u"Brave:cache"_s).isValid());
-}
-
-void TestLifecycle::aMissingDefaultsResourceRegistersNothing()
-{
-    QTemporaryDir dir;
-    const QString broken = dir.filePath(u"Defaults.plist"_s);
-    QVERIFY(PlistFixtures::writeFile(broken, "<plist><dict><key>showInMenu</key>"));
-    for (const QString& resource : {broken, dir.filePath(u"missing.plist"_s)}) {
-        TestDefaults t;
-        AppDelegate::initialize(t.defaults, resource);
-        QVERIFY(!t.defaults.boolForKey(SettingsKeys::showInMenu));
-        QVERIFY(t.defaults.dictionaryForKey(SettingsKeys::settings).isEmpty());
-        QVERIFY(t.defaults.stringForKey(SettingsKeys::userFolder));
-    }
 }
 
 // The selection the removal runs read: only entries that are true, replaced as a whole at each change

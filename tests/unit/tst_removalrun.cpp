@@ -45,7 +45,6 @@ private slots:
     void whatAQuitSetsOff_data();
     void whatAQuitSetsOff();
     void withoutAccessARunRemovesNothingAndSaysSoOnce();
-    void aSelectionChangedBetweenTheRunsReachesTheSecond();
     void runsAreStrictlySerialAndOffTheMainThread();
     void aBrowserStartingDuringARunStopsItsChanges();
     void aRunWaitsForTheLockHeldByAnotherProcess_data();
@@ -135,19 +134,6 @@ void TestRemovalRun::withoutAccessARunRemovesNothingAndSaysSoOnce()
     QCOMPARE(agent.notifications.delivered().size(), 1);
     QVERIFY(agent.notifications.delivered().first().subtitle.contains(u"no access to your home folder"_s));
     QVERIFY(agent.panel.requests.isEmpty()); // never asks from a run
-}
-
-void TestRemovalRun::aSelectionChangedBetweenTheRunsReachesTheSecond()
-{
-    ProtectedAgent p;
-    p.select({{u"Firefox:cookies"_s, true}});
-    p.quit(u"Firefox"_s);
-    QTRY_COMPARE(p.agent.cleaners.calls().size(), 1);
-    p.select({{u"Firefox:cache"_s, true}});
-    QTRY_COMPARE(p.agent.notifications.delivered().size(), 1);
-    QCOMPARE(p.agent.cleaners.calls(),
-             QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
-    QCOMPARE(p.agent.notifications.delivered().first().subtitle, u"Cache removed from Firefox"_s);
 }
 
 void TestRemovalRun::runsAreStrictlySerialAndOffTheMainThread()

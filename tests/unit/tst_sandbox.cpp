@@ -53,7 +53,6 @@ private slots:
     void linkedRootsAreTheBrowsersLinksBelowThemAreNot_data();
     void linkedRootsAreTheBrowsersLinksBelowThemAreNot();
     void helperScriptsAreInstalledOnceAndRunBounded();
-    void theNearestRecordedGrantAboveAPathWins();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
     void thePanelRunsOnTheMainThreadForAWorker();
@@ -395,22 +394,6 @@ void TestSandbox::init()
     QVERIFY(m_home->isValid());
     m_t = std::make_unique<TestDefaults>();
     m_panel = ScriptedOpenPanel();
-}
-
-// The nearest recorded folder above a path grants it; a grant of "/" covers every path, unasked.
-void TestSandbox::theNearestRecordedGrantAboveAPathWins()
-{
-    QVERIFY(QDir(home()).mkpath(u"a/b"_s));
-    AppSandboxFileAccessPersist persist(m_t->defaults);
-    persist.setBookmarkData("home", folderUrl(home()));
-    persist.setBookmarkData("a", folderUrl(home() + u"/a"_s));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + u"/a/b/c"_s)), QByteArray("a"));
-    persist.clearBookmarkDataForURL(folderUrl(home() + u"/a"_s));
-    QCOMPARE(persist.bookmarkDataForURL(QUrl::fromLocalFile(home() + u"/a/b"_s)), QByteArray("home"));
-    persist.clearBookmarkDataForURL(folderUrl(home()));
-    persist.setBookmarkData(*recordGrant(u"/"_s), QUrl::fromLocalFile(u"/"_s));
-    QCOMPARE(request(home() + u"/a"_s), QUrl::fromLocalFile(u"/"_s));
-    QVERIFY(m_panel.requests.isEmpty());
 }
 
 void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()

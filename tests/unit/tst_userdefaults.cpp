@@ -25,7 +25,6 @@ private slots:
     void keepsAnUnreadableFileBesideAndStartsEmpty();
     void keepsItsValuesWhileTheFileIsMidWrite();
     void twoWritersAtOnceLoseNothing();
-    void signalsOnTheMainThreadWhenWrittenFromAWorker();
     void makesItsFolderPrivateButLeavesAnExistingOneAlone();
     void anEditorSavingInPlaceIsNotTakenForABrokenFile();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
@@ -106,20 +105,6 @@ void TestUserDefaults::twoWritersAtOnceLoseNothing()
     for (int i = 0; i < 40; ++i)
         QVERIFY(all.value(u"agent."_s + QString::number(i)) == i &&
                 all.value(u"cli."_s + QString::number(i)) == i);
-}
-
-void TestUserDefaults::signalsOnTheMainThreadWhenWrittenFromAWorker()
-{
-    TestDefaults t;
-    QThread* seenOn = nullptr;
-    connect(
-        &t.defaults, &UserDefaults::valueChanged, this, [&] { seenOn = QThread::currentThread(); },
-        Qt::DirectConnection);
-    std::unique_ptr<QThread> worker(QThread::create([&] { t.defaults.setBool(true, u"isRunning"_s); }));
-    worker->start();
-    QVERIFY(worker->wait(10000));
-    QTRY_VERIFY(seenOn != nullptr);
-    QCOMPARE(seenOn, QThread::currentThread());
 }
 
 void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
