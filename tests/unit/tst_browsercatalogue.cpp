@@ -140,7 +140,6 @@ private slots:
 
     void everyInstallIsCleanedAsItsFamilyIs_data();
     void everyInstallIsCleanedAsItsFamilyIs();
-    void everyRowOfTheTableIsHere();
 };
 
 void TestBrowserCatalogue::recognisesQuittingBrowsers_data()
@@ -339,21 +338,6 @@ void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs_data()
     QTest::addColumn<QString>("cache");
     for (const char* row : kInstalls)
         QTest::addRow("%s", row) << install(row).at(0) << install(row).at(1) << install(row).at(2);
-}
-
-void TestBrowserCatalogue::everyRowOfTheTableIsHere()
-{
-    QSet<QString> listed;
-    for (const char* row : kInstalls)
-        listed.insert(install(row).at(0) + u':' + install(row).at(1));
-    QSet<QString> table;
-    for (const BrowserTable::Browser& browser : BrowserTable::all()) {
-        for (const BrowserTable::Install& install : browser.installs) {
-            for (const QString& data : install.dataRoots)
-                table.insert(browser.name + u':' + data);
-        }
-    }
-    QCOMPARE(table, listed);
 }
 
 // Chromium's and Firefox's own folders are the reference: every other row and install, given the same

@@ -28,7 +28,6 @@ private slots:
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
     void theMirrorHoldsWhatIsSelectedNow();
-    void protectionCannotBeOnWithoutABrowser();
     void theAutostartEntryIsValidForAnyProgramPath_data();
     void theAutostartEntryIsValidForAnyProgramPath();
 };
@@ -140,26 +139,6 @@ void TestLifecycle::theMirrorHoldsWhatIsSelectedNow()
     app.stopObservingSettings();
     t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
     QCOMPARE(app.settingsController().content().size(), 1);
-}
-
-void TestLifecycle::protectionCannotBeOnWithoutABrowser()
-{
-    TestDefaults t;
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    QSignalSpy enabled(&app, &AppDelegate::mainSwitchEnabledChanged);
-    t.defaults.setObject(QVariantList{u"org.mozilla.firefox"_s}, SettingsKeys::enabledBrowsers);
-    t.defaults.setBool(true, SettingsKeys::isRunning);
-    app.checkEnabledButton();
-    QVERIFY(app.isValid());
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::isRunning));
-
-    t.defaults.setObject(QVariantList{}, SettingsKeys::enabledBrowsers);
-    app.checkEnabledButton();
-    QVERIFY(!app.isValid());
-    QVERIFY(!t.defaults.boolForKey(SettingsKeys::isRunning));
-    QCOMPARE(enabled.size(), 2);
-    QCOMPARE(enabled.last().first(), QVariant(false));
 }
 
 void TestLifecycle::theAutostartEntryIsValidForAnyProgramPath_data()

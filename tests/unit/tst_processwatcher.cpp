@@ -146,8 +146,6 @@ void TestProcessWatcher::iconOfADesktopEntry_data()
 {
     QTest::addColumn<QByteArray>("entry");
     QTest::addColumn<QString>("icon");
-    QTest::newRow("the main group's key")
-        << "[Desktop Entry]\nName=Chromium\nIcon=chromium\n"_ba << u"chromium"_s;
     QTest::newRow("a localised key comes first")
         << "[Desktop Entry]\nIcon[de]=de\nIconName=x\nIcon=chromium\n"_ba << u"chromium"_s;
     QTest::newRow("only an action's icon")
