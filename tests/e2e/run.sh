@@ -114,12 +114,20 @@ prefs.setdefault("partition", {})["default_zoom_level"] = {"x": 2.22390108574154
 prefs.setdefault("session", {})["restore_on_startup"] = 1  # "Continue where you left off"
 json.dump(prefs, open(path, "w"))
 PY
+# The default engine Firefox's settings page shows, choosing CHOICE first when one is given. Now and then
+# a headless start's page shows the browser's own default although the file names the chosen one (seen with
+# the same file, which Firefox left unchanged), so the page gets up to three starts to show DuckDuckGo.
+shown_search() {
+    local shown
+    for attempt in 1 2 3; do
+        [ -n "${1:-}" ] && browse search firefox "$firefox_profile" "$1" > /dev/null
+        shown=$(browse search firefox "$firefox_profile")
+        [ "$(tail -n 1 <<< "$shown")" = ddg ] && break
+    done
+    echo "$shown"
+}
 # Firefox saves the choice a moment later; a start after it must read it back before the clean counts.
-for attempt in 1 2 3; do
-    browse search firefox "$firefox_profile" ddg > /dev/null
-    chosen=$(browse search firefox "$firefox_profile" | tail -n 1)
-    [ "$chosen" = ddg ] && break
-done
+chosen=$(shown_search ddg | tail -n 1)
 check '[ "$chosen" = ddg ]' "Firefox's default search engine could not be chosen: $chosen"
 # The choice as Firefox keeps it: the default engine's id and the hash that makes Firefox trust it.
 search_default() {
@@ -237,12 +245,7 @@ done
 cleaned_default=$(search_default "$firefox_profile")
 check '[ "${chosen_default%% *}" = ddg ] && [ "$cleaned_default" = "$chosen_default" ]' \
     "Firefox's chosen default search engine was undone: $cleaned_default (chosen: $chosen_default)"
-# Now and then a headless start's settings page shows the browser's own default although the file names the
-# chosen one (seen with the same file, which Firefox left unchanged): the page gets three starts.
-for attempt in 1 2 3; do
-    searched=$(browse search firefox "$firefox_profile")
-    [ "$(tail -n 1 <<< "$searched")" = ddg ] && break
-done
+searched=$(shown_search)
 check '[ "$(tail -n 1 <<< "$searched")" = ddg ]' "Firefox does not show its chosen default search engine: $searched"
 check '[ "$(browse reopen chromium "$chromium_data" | tail -n 1)" = reopened ]' "Chromium cannot open its cleaned profile"
 check '[ "$(browse reopen firefox "$firefox_profile" | tail -n 1)" = reopened ]' "Firefox cannot open its cleaned profile"
