@@ -1,11 +1,9 @@
 #include "platform/SettingsKeys.h"
-#include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessOpenSavePanelDelegate.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/Sqlite.h"
 #include "support/TestAgent.h"
 #include "support/TestHome.h"
-#include "ui/AccessRequestDialog.h"
 #include "ui/BrowserCollection.h"
 #include "ui/BrowserPopover.h"
 #include "ui/DesktopFace.h"
@@ -20,20 +18,15 @@
 #include "ui/ToggleSwitch.h"
 
 #include <QAbstractProxyModel>
-#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QDir>
 #include <QFileSystemModel>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
-#include <QTimer>
-#include <QToolBar>
 
 using namespace Qt::StringLiterals;
 
@@ -84,7 +77,6 @@ struct Face
         }
         return window;
     }
-    QString shown() { return prefs().selectedViewController()->identifier(); }
     template <typename Control> Control* control(const QString& pane, const QString& name)
     {
         prefs().selectControllerWithIdentifier(pane);
@@ -106,8 +98,6 @@ class TestDesktopFace : public QObject
 {
     Q_OBJECT
 private slots:
-    void tilesFollowTheHoverAndClickRules_data();
-    void tilesFollowTheHoverAndClickRules();
     void thePopoverAndTheTraySayWhenABrowserWasLastCleaned();
     void onlyCategoriesThatCanExistHereAreOffered();
     void withoutAccessTheWindowAndTheTraySaySoAndAskAgain();
@@ -115,78 +105,10 @@ private slots:
     void theKeyboardAloneActivatesAndConfigures();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove_data();
     void thePermissionPanelOnlyTakesTheFolderOrOneAbove();
-    void theAccessRequestGrantsTheHomeFolder_data();
-    void theAccessRequestGrantsTheHomeFolder();
-    void aFolderThatCannotBeUsedKeepsThePaneUp_data();
-    void aFolderThatCannotBeUsedKeepsThePaneUp();
     void controlsAndSettingsFollowEachOther_data();
     void controlsAndSettingsFollowEachOther();
     void keptSitesAreTypedRemovedAndPickedFromCookies();
 };
-
-// Each row: the state of Chromium's tile, what the pointer does, then what the popover shows and
-// what became of the browser.
-void TestDesktopFace::tilesFollowTheHoverAndClickRules_data()
-{
-    QTest::addColumn<bool>("activated");
-    QTest::addColumn<bool>("settingsOpen");
-    QTest::addColumn<QString>("action"); // on the tile, or on the popover's protect switch
-    QTest::addColumn<QString>("info");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<bool>("activatedAfter");
-    QTest::addColumn<bool>("editingAfter");
-    const QString activate = u"Click to activate protection for"_s,
-                  change = u"Click to change settings for"_s;
-    QTest::newRow("not activated, hover")
-        << false << false << u"hover"_s << activate << 132 << false << false;
-    QTest::newRow("not activated, click") << false << false << u"click"_s << activate << 132 << true << true;
-    QTest::newRow("activated, hover") << true << false << u"hover"_s << change << 132 << true << false;
-    QTest::newRow("activated, click") << true << false << u"click"_s << QString() << 435 << true << true;
-    QTest::newRow("settings open, click") << true << true << u"click"_s << change << 132 << false << false;
-    // What the switch did shows at once: the browser's settings, or the invitation to activate.
-    QTest::newRow("the switch turned on")
-        << false << false << u"switch"_s << QString() << 435 << true << true;
-    QTest::newRow("the switch turned off")
-        << true << false << u"switch"_s << activate << 132 << false << false;
-}
-
-void TestDesktopFace::tilesFollowTheHoverAndClickRules()
-{
-    QFETCH(bool, activated);
-    QFETCH(bool, settingsOpen);
-    QFETCH(QString, action);
-    Face f({kChromiumID}, activated ? QStringList{kChromiumID} : QStringList());
-    const QString tileName = activated ? u"Chromium"_s : u"Chromium-disabled"_s;
-    if (settingsOpen) {
-        QTest::mouseClick(f.tile(tileName), Qt::LeftButton);
-        QVERIFY(f.agent.app.editingBrowserSettings());
-    }
-    if (action == u"click"_s) {
-        QTest::mousePress(f.tile(tileName), Qt::LeftButton);
-    } else {
-        QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
-        QApplication::sendEvent(f.tile(tileName), &enter);
-    }
-    QTRY_VERIFY(f.popover().isVisible());
-    QCOMPARE(f.popover().protectSwitch()->accessibleName(), u"Protect Chromium"_s);
-    if (action == u"switch"_s)
-        QTest::mouseClick(f.popover().protectSwitch(), Qt::LeftButton);
-    QFETCH(QString, info);
-    QFETCH(int, height);
-    QCOMPARE(f.popover().browserText(), u"Chromium"_s);
-    QCOMPARE(f.popover().height(), height);
-    QCOMPARE(f.popover().settingsViewShown(), height == 435);
-    if (!info.isEmpty())
-        QCOMPARE(f.popover().infoText(), info);
-    QFETCH(bool, activatedAfter);
-    QFETCH(bool, editingAfter);
-    QCOMPARE(f.activated().contains(kChromiumID), activatedAfter);
-    QCOMPARE(f.agent.app.editingBrowserSettings(), editingAfter);
-    // The row shows the new state at once, and so does the popover's switch; its text follows on the
-    // next entry.
-    QVERIFY(f.tile(activatedAfter ? u"Chromium"_s : u"Chromium-disabled"_s));
-    QCOMPARE(f.popover().protectSwitch()->isChecked(), activatedAfter);
-}
 
 void TestDesktopFace::thePopoverAndTheTraySayWhenABrowserWasLastCleaned()
 {
@@ -335,97 +257,6 @@ void TestDesktopFace::thePermissionPanelOnlyTakesTheFolderOrOneAbove()
     static_cast<QDialog*>(dialog.get())->accept(); // what "Allow" does
     QCOMPARE(dialog->result() == QDialog::Accepted, taken);
     QCOMPARE(dialog->isVisible(), !taken);
-}
-
-void TestDesktopFace::theAccessRequestGrantsTheHomeFolder_data()
-{
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("granted"); // relative to the test's root; empty: nothing granted
-    QTest::newRow("Allow, with Enter") << u"enter"_s << u"home/ann"_s;
-    QTest::newRow("Allow, clicked") << u"click"_s << u"home/ann"_s;
-    QTest::newRow("the folder above, typed") << u"above"_s << u"home"_s;
-    QTest::newRow("Cancel") << u"cancel"_s << QString();
-}
-
-// The request the agent makes (the file layer asking for the home folder through the desktop's panel),
-// answered as a user would: the folder is named, "Allow" is ready, and the grant is recorded.
-void TestDesktopFace::theAccessRequestGrantsTheHomeFolder()
-{
-    QFETCH(QString, answer);
-    QFETCH(QString, granted);
-    TestHome root(false);
-    root.folder(u"home/ann/Documents"_s);
-    root.t.defaults.setObject(root.path(u"home/ann"_s), SettingsKeys::userFolder);
-    FileDialogOpenPanel panel;
-    Sandbox sandbox({root.t.defaults, root.bookmarks, panel, root.t.log});
-
-    QString shown;
-    QTimer::singleShot(0, this, [&] {
-        auto* dialog = qobject_cast<AccessRequestDialog*>(QApplication::activeModalWidget());
-        if (!dialog && QApplication::activeModalWidget())
-            QApplication::activeModalWidget()->close(); // another request: end it, not the test run
-        QVERIFY(dialog);
-        for (const QLabel* label : dialog->findChildren<QLabel*>())
-            shown += label->text();
-        QVERIFY(dialog->allowButton()->isEnabled() && dialog->allowButton()->isDefault());
-        if (answer == u"enter"_s) {
-            QTest::keyClick(dialog, Qt::Key_Return);
-        } else if (answer == u"click"_s) {
-            QTest::mouseClick(dialog->allowButton(), Qt::LeftButton);
-        } else if (answer == u"cancel"_s) {
-            QTest::keyClick(dialog, Qt::Key_Escape);
-        } else {
-            QTimer::singleShot(0, this, [&] {
-                auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-                QVERIFY(files);
-                auto* typed = files->findChild<QLineEdit*>(u"fileNameEdit"_s);
-                QVERIFY(typed);
-                typed->clear();
-                QTest::keyClicks(typed, root.path(u"home"_s));
-                QTest::keyClick(typed, Qt::Key_Return);
-            });
-            QTest::mouseClick(dialog->otherFolderButton(), Qt::LeftButton);
-        }
-    });
-    QCOMPARE(sandbox.enableAccess(), !granted.isEmpty());
-    QVERIFY2(shown.contains(root.path(u"home/ann"_s)), qPrintable(shown)); // the folder, by name
-    AppSandboxFileAccess access =
-        AppSandboxFileAccess::fileAccess({root.t.defaults, root.bookmarks, root.panel});
-    QCOMPARE(access.hasPermissionForFilePath(root.path(u"home/ann/Documents"_s)), !granted.isEmpty());
-    if (!granted.isEmpty())
-        QVERIFY(AppSandboxFileAccessPersist(root.t.defaults)
-                    .bookmarkDataForURL(QUrl::fromLocalFile(root.path(granted) + u'/'))
-                    .has_value());
-}
-
-void TestDesktopFace::aFolderThatCannotBeUsedKeepsThePaneUp_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<bool>("taken");
-    QTest::newRow("no such folder") << u"HOME/Nowhere"_s << false;
-    QTest::newRow("outside the home") << u"/tmp"_s << false;
-    QTest::newRow("a folder in the home") << u"HOME/Sync"_s << true;
-    QTest::newRow("with a tilde") << u"~/Sync"_s << true;
-}
-
-// Changing pane and closing the window both wait for the typed folder to be saved.
-void TestDesktopFace::aFolderThatCannotBeUsedKeepsThePaneUp()
-{
-    QFETCH(QString, typed);
-    QFETCH(bool, taken);
-    Face f;
-    f.home.folder(u"Sync"_s);
-    auto& general = *qobject_cast<GeneralPreferencesViewController*>(f.prefs().selectedViewController());
-    general.syncFolderField()->setText(typed.replace(u"HOME"_s, f.home.path()));
-    f.prefs().toolbar()->actions().at(2)->trigger(); // Kept Sites
-    QCOMPARE(f.shown(), taken ? kKept : kGeneral);
-    QCOMPARE(f.prefs().toolbar()->actions().at(1)->isChecked(), !taken);
-    QCOMPARE(general.syncFolderProblem()->isVisible(), !taken);
-    QCOMPARE(f.home.t.defaults.stringForKey(SettingsKeys::syncFolder).has_value(), taken);
-    if (taken)
-        QCOMPARE(*f.home.t.defaults.stringForKey(SettingsKeys::syncFolder),
-                 QFileInfo(f.home.path(u"Sync"_s)).canonicalFilePath());
-    QCOMPARE(f.prefs().close(), taken);
 }
 
 void TestDesktopFace::controlsAndSettingsFollowEachOther_data()

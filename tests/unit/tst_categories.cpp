@@ -4,7 +4,6 @@
 #include "core/RemovalRun.h"
 #include "platform/SettingsKeys.h"
 #include "platform/fake/FakeWorkspace.h"
-#include "sandbox/HelperScripts.h"
 #include "support/BrowserFixtures.h"
 #include "support/PlistFixtures.h"
 #include "support/TestHome.h"
@@ -102,7 +101,6 @@ private slots:
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault_data();
     void firefoxKeepsItsOwnSearchEnginesAndTheChosenDefault();
     void aFirefoxProfileListedElsewhereIsCleanedAsTheOthers();
-    void channelIDsOfAMissingOrUnsafeProfileStay();
 };
 
 void TestCategories::eachCategoryRemovesItsFiles_data()
@@ -598,25 +596,6 @@ void TestCategories::aFirefoxProfileListedElsewhereIsCleanedAsTheOthers()
     for (const char* kept : {"/cookies.sqlite", "/cache2/entries/e", "/storage/default/https+++a.org"})
         QVERIFY2(QFileInfo::exists(outside + QLatin1String(kept)), kept);
     QCOMPARE(home.t.log.lines().filter(u"left the Firefox profile %1 alone"_s.arg(outside)).size(), 1);
-}
-
-// The channel-ID wipe the cookie and cache categories share, asked for a profile without a database or
-// with an unsafe name, creates nothing and changes nothing above the browser's folder.
-void TestCategories::channelIDsOfAMissingOrUnsafeProfileStay()
-{
-    TestHome home;
-    F::localState(home, kChromium, {u"Default"_s});
-    F::chromiumProfile(home, kChromium + u"/Default"_s);
-    F::chromiumProfile(home, u"Library/Application Support"_s); // what ".." would reach
-    FakeWorkspace workspace;
-    BrowserCatalogue catalogue(workspace, home.t.defaults, home.sandbox);
-    HelperScripts scripts(home.sandbox, home.t.log);
-    CookieCleaner cookies({home.sandbox, catalogue, home.t.defaults, home.t.log}, scripts);
-    cookies.deleteChromeChannelIDforProfilePath(u"Missing"_s, u"Chromium"_s);
-    cookies.deleteChromeChannelIDforProfilePath(u".."_s, u"Chromium"_s);
-    QVERIFY(!home.exists(kChromium + u"/Missing"_s));
-    for (const QString& profile : QStringList{kChromium + u"/Default"_s, u"Library/Application Support"_s})
-        QCOMPARE(F::rowCount(home.path(profile + u"/Origin Bound Certs"_s), u"channel_id"_s), 1);
 }
 
 QTEST_GUILESS_MAIN(TestCategories)

@@ -58,15 +58,9 @@ void TestCleanCommand::answersAtOnce_data()
         "name a browser: Firefox, Google Chrome, Chromium, Opera, Brave");
     row("unknown browser", {u"Netscape"_s}, CleanCommand::BadUsage,
         "unknown browser \"Netscape\"; accepted: Firefox");
-    row("Safari with its layout", {u"--layout"_s, u"macOS"_s, u"Netscape"_s}, CleanCommand::BadUsage,
-        "accepted: Safari, Firefox");
     row("unknown category", {u"Firefox"_s, u"cookies"_s, u"passwords"_s}, CleanCommand::BadUsage,
         "unknown category \"passwords\"; accepted: cookies, databases");
     row("unknown option", {u"--force"_s, u"Firefox"_s}, CleanCommand::BadUsage, "unknown option \"--force\"");
-    row("unknown layout", {u"--layout"_s, u"Windows"_s, u"Firefox"_s}, CleanCommand::BadUsage,
-        "accepted: macOS, Linux");
-    row("list with a browser", {u"--list"_s, u"Firefox"_s}, CleanCommand::BadUsage,
-        "--list takes no browser");
     row("keep without a site", {u"Firefox"_s, u"--keep"_s}, CleanCommand::BadUsage, "--keep needs a site");
     row("no grant and no terminal", {u"Chromium"_s, u"cookies"_s}, CleanCommand::NoHomeAccess,
         "corvella-clean --allow-home-access Chromium");

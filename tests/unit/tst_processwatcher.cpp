@@ -1,5 +1,4 @@
 #include "catalogue/BrowserTable.h"
-#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/ProcessWatcher.h"
@@ -24,8 +23,6 @@ private slots:
     void knownExecutables();
     void installedMeansADesktopEntryOrACommand();
     void lockFoldersOfEveryInstall();
-    void iconOfADesktopEntry_data();
-    void iconOfADesktopEntry();
     void helpersAndForksAreNotApplicationsButInstancesAre();
 
 private:
@@ -140,26 +137,6 @@ void TestProcessWatcher::lockFoldersOfEveryInstall()
           "/snap/brave/current/.config/BraveSoftware/Brave-Browser"})
         QVERIFY2(folders.contains(home.path() + QLatin1String(watched)), watched);
     QVERIFY(!folders.contains(home.path() + u"/.config/BraveSoftware/Brave-Browser/Default"_s));
-}
-
-void TestProcessWatcher::iconOfADesktopEntry_data()
-{
-    QTest::addColumn<QByteArray>("entry");
-    QTest::addColumn<QString>("icon");
-    QTest::newRow("a localised key comes first")
-        << "[Desktop Entry]\nIcon[de]=de\nIconName=x\nIcon=chromium\n"_ba << u"chromium"_s;
-    QTest::newRow("only an action's icon")
-        << "[Desktop Entry]\nName=C\n[Desktop Action new]\nIcon=new\n"_ba << QString();
-    QTest::newRow("a long line is one line")
-        << "[Desktop Entry]\nComment="_ba + QByteArray(4096, 'a') + "Icon=evil\nIcon=chromium\n"
-        << u"chromium"_s;
-    QTest::newRow("not UTF-8") << "[Desktop Entry]\nIcon=ch\x8d\x90romium\n"_ba << QString();
-}
-
-void TestProcessWatcher::iconOfADesktopEntry()
-{
-    QFETCH(QByteArray, entry);
-    QTEST(DesktopEntry::iconName(entry), "icon");
 }
 
 void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()

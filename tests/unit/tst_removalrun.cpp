@@ -5,7 +5,6 @@
 #include "support/TestHome.h"
 
 #include <QElapsedTimer>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <csignal>
@@ -45,7 +44,6 @@ private slots:
     void whatAQuitSetsOff_data();
     void whatAQuitSetsOff();
     void withoutAccessARunRemovesNothingAndSaysSoOnce();
-    void runsAreStrictlySerialAndOffTheMainThread();
     void aBrowserStartingDuringARunStopsItsChanges();
     void aRunWaitsForTheLockHeldByAnotherProcess_data();
     void aRunWaitsForTheLockHeldByAnotherProcess();
@@ -81,19 +79,12 @@ void TestRemovalRun::whatAQuitSetsOff_data()
                                     << 0;
     QTest::newRow("installed but not activated")
         << u"Chromium|org.chromium.Chromium"_s << QString() << QVariant() << true << 0 << 0;
-    QTest::newRow("not a browser") << u"Terminal|org.gnome.Terminal"_s << QString() << QVariant() << true << 0
-                                   << 0;
     QTest::newRow("running again at once") << u"Firefox"_s << u"running"_s << QVariant() << true << 0 << 0;
-    QTest::newRow("notifications off before the quit")
-        << u"Firefox"_s << SettingsKeys::displayNotifications << QVariant(false) << true << 2 << 0;
     // Read at the quit: switching them off in the next seconds does not reach these runs.
     QTest::newRow("notifications off after the quit")
         << u"Firefox"_s << SettingsKeys::displayNotifications << QVariant(false) << false << 2 << 1;
     QTest::newRow("protection off after the quit")
         << u"Firefox"_s << SettingsKeys::isRunning << QVariant(false) << false << 0 << 0;
-    QTest::newRow("browser deactivated after the quit")
-        << u"Firefox"_s << SettingsKeys::enabledBrowsers << QVariant(QVariantList{u"com.apple.Safari"_s})
-        << false << 0 << 0;
 }
 
 void TestRemovalRun::whatAQuitSetsOff()
@@ -134,31 +125,6 @@ void TestRemovalRun::withoutAccessARunRemovesNothingAndSaysSoOnce()
     QCOMPARE(agent.notifications.delivered().size(), 1);
     QVERIFY(agent.notifications.delivered().first().subtitle.contains(u"no access to your home folder"_s));
     QVERIFY(agent.panel.requests.isEmpty()); // never asks from a run
-}
-
-void TestRemovalRun::runsAreStrictlySerialAndOffTheMainThread()
-{
-    ProtectedAgent p;
-    p.select({{u"Safari:cookies"_s, true}, {u"Firefox:cookies"_s, true}, {u"Firefox:cache"_s, true}});
-    QAtomicInt inside;
-    QAtomicInt overlaps;
-    p.agent.cleaners.during = [&](const QString&) {
-        if (inside.fetchAndAddOrdered(1) != 0)
-            overlaps.ref();
-        QThread::msleep(30);
-        inside.fetchAndAddOrdered(-1);
-    };
-    p.agent.app.clearData(u"Firefox"_s, false);
-    p.agent.app.clearData(u"Safari"_s, false);
-    p.agent.app.clearData(u"Firefox"_s, false);
-    QVERIFY(p.agent.app.waitForRuns(5000));
-    QCOMPARE(overlaps.loadRelaxed(), 0);
-    QCOMPARE(
-        p.agent.cleaners.calls(),
-        QStringList({u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s, u"removeCookies Safari"_s,
-                     u"removeCookies Firefox"_s, u"removeBrowserCache Firefox"_s}));
-    for (QThread* thread : p.agent.cleaners.threads())
-        QVERIFY(thread != QThread::currentThread());
 }
 
 void TestRemovalRun::aBrowserStartingDuringARunStopsItsChanges()

@@ -1,20 +1,12 @@
 #include "app/SingleInstance.h"
 
-#include <QDir>
-#include <QElapsedTimer>
 #include <QLocalSocket>
-#include <QLockFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <atomic>
-#include <thread>
-
 #include <pwd.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -25,7 +17,6 @@ class TestSingleInstance : public QObject
 private slots:
     void aFolderOthersCouldUseIsRefused_data();
     void aFolderOthersCouldUseIsRefused();
-    void aPeerThatNeverEndsItsLineCannotHoldTheStart();
     void theAgentDropsAPeerThatSendsNoRequest();
 };
 
@@ -71,44 +62,6 @@ void TestSingleInstance::aFolderOthersCouldUseIsRefused()
                                                                QFileDevice::WriteUser | QFileDevice::ExeUser);
     }
     QCOMPARE(QFileInfo::exists(folder + u"/agent.socket"_s), !refused);
-}
-
-// A process at the agent's socket that answers a byte at a time and never ends its line: the start
-// gives up on it within seconds instead of waiting forever.
-void TestSingleInstance::aPeerThatNeverEndsItsLineCannotHoldTheStart()
-{
-    QTemporaryDir root;
-    const QString folder = root.filePath(u"corvella"_s);
-    QVERIFY(::mkdir(QFile::encodeName(folder).constData(), 0700) == 0);
-    QLockFile held(folder + u"/agent.lock"_s);
-    QVERIFY(held.tryLock(0));
-
-    const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const QByteArray path = QFile::encodeName(folder + u"/agent.socket"_s);
-    QVERIFY(size_t(path.size()) < sizeof address.sun_path);
-    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
-    QVERIFY(::bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
-    QVERIFY(::listen(server, 4) == 0);
-    std::atomic<bool> done = false;
-    std::thread peer([&] {
-        const int client = ::accept(server, nullptr, nullptr);
-        while (!done && client >= 0 && ::write(client, "1", 1) == 1)
-            ::usleep(100 * 1000);
-        if (client >= 0)
-            ::close(client);
-    });
-
-    SingleInstance instance(folder);
-    QElapsedTimer clock;
-    clock.start();
-    QCOMPARE(instance.claim("activate"), SingleInstance::Claim::HandedOver);
-    done = true;
-    peer.join();
-    ::close(server);
-    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(instance.runningPid(), 0);
 }
 
 void TestSingleInstance::theAgentDropsAPeerThatSendsNoRequest()
