@@ -34,7 +34,7 @@ namespace {
 
 const QString kChromiumID = u"org.chromium.Chromium"_s;
 const QString kGeneral = u"GeneralPreferences_en"_s, kKept = u"KeptSitesPreferences_en"_s,
-              kDisplay = u"DisplayPreferences_en"_s, kUpdates = u"UpdatePreferences_en"_s;
+              kDisplay = u"DisplayPreferences_en"_s;
 
 // The agent's face over the controller, in a temporary home: the shipped defaults, the home folder,
 // and what the test stored.
@@ -266,13 +266,9 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther_data()
     QTest::addColumn<QString>("key");
     QTest::newRow("start at login") << kGeneral << u"Start Corvella when you log in"_s
                                     << SettingsKeys::loginStart;
-    QTest::newRow("current layouts") << kGeneral << u"Also remove data where today's browsers keep it"_s
-                                     << SettingsKeys::cleanCurrentLayouts;
     QTest::newRow("browser exceptions")
         << kKept << u"Also keep each browser's own exceptions"_s << SettingsKeys::keepBrowserExceptions;
     QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
-    QTest::newRow("automatic checks")
-        << kUpdates << u"Check for updates automatically"_s << SettingsKeys::enableAutomaticChecks;
 }
 
 void TestDesktopFace::controlsAndSettingsFollowEachOther()

@@ -4,11 +4,10 @@
 
 #include <QMutex>
 #include <QStringList>
-#include <QThread>
 
 #include <functional>
 
-// Cleaners that only note each call ("removeBrowserHistory Safari history") and the thread it ran on.
+// Cleaners that only note each call ("removeBrowserHistory Safari history").
 class RecordingCleaners final : public Cleaners
 {
 public:
@@ -33,11 +32,6 @@ public:
         QMutexLocker lock(&m_mutex);
         return m_calls;
     }
-    QList<QThread*> threads() const
-    {
-        QMutexLocker lock(&m_mutex);
-        return m_threads;
-    }
     // Runs inside every call, outside the lock (to make a cleaner slow, or look at the world).
     std::function<void(const QString& call)> during;
 
@@ -47,7 +41,6 @@ private:
         {
             QMutexLocker lock(&m_mutex);
             m_calls.append(call);
-            m_threads.append(QThread::currentThread());
         }
         if (during)
             during(call);
@@ -55,5 +48,4 @@ private:
 
     mutable QMutex m_mutex;
     QStringList m_calls;
-    QList<QThread*> m_threads;
 };

@@ -129,7 +129,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "safari/Downloads.plist, Library/Preferences/com.apple.LaunchServices.QuarantineEvents, "
         "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
         "safari/History.db");
-    row("Safari searchEngines: nothing", "Safari", "searchEngines", "", everything);
     row("Chromium history files, companions kept", "Google Chrome", "history",
         "chrome/Default/Current Session, chrome/Default/Last Tabs, chrome/Default/Visited Links, "
         "chrome/Default/session.db-journal, chrome/Default/History Index 2026-11/session.dbak, "
@@ -155,7 +154,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "firefox/a.default/search.json.mozlz4, firefox/a.default/content-prefs.sqlite");
     row("Firefox searchEngines", "Firefox", "searchEngines", "firefox/a.default/search.json.mozlz4",
         "firefox/a.default/content-prefs.sqlite");
-    row("Firefox webpage: nothing", "Firefox", "webpage", "", everything);
     row("an unknown browser: nothing", "Netscape", "history", "", everything);
     // Cookies: what sign-ins are made of, and nothing else.
     const QString kept =
@@ -197,16 +195,13 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
                             "chrome/GrShaderCache/g"_s),
         "Library/Caches/Google/Chrome/Profile 9/Cache/data_0, chrome/Default/Cookies, "
         "chrome/Default/Pepper Data/Shockwave Flash/WritableRoot/w");
-    row("an unknown browser's cache: the shared caches only", "Netscape", "cache+", qPrintable(shared),
-        "Library/Caches/com.apple.Safari/Cache.db");
     // Plug-ins: Flash in the shared folder, or in each Chrome profile; Silverlight's folder.
     const char* flash = "Library/Preferences/Macromedia/Flash Player/settings.sol";
     const char* pepper = "chrome/Default/Pepper Data/Shockwave Flash/x.sol, "
                          "chrome/Profile 1/Pepper Data/Shockwave Flash/y.sol";
     const char* silverlight = "Library/Application Support/Microsoft/Silverlight/is/store";
-    for (const char* browser : {"Safari", "Opera", "Firefox"})
-        row(qPrintable(u"Flash, %1"_s.arg(QLatin1String(browser))), browser, "flash", flash,
-            qPrintable(u"%1, %2"_s.arg(QLatin1String(pepper), QLatin1String(silverlight))));
+    row("Flash, Firefox: the shared folder", "Firefox", "flash", flash,
+        qPrintable(u"%1, %2"_s.arg(QLatin1String(pepper), QLatin1String(silverlight))));
     row("Flash, Google Chrome: per profile", "Google Chrome", "flash", pepper,
         qPrintable(u"%1, %2"_s.arg(QLatin1String(flash), QLatin1String(silverlight))));
     row("Silverlight", "Firefox", "silverlight", silverlight,

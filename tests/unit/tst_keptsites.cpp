@@ -64,12 +64,9 @@ void TestKeptSites::entriesAreStoredNormalised_data()
     QTest::newRow("case") << u" Mail.Example.COM "_s << u"mail.example.com"_s;
     QTest::newRow("international") << u"bücher.de"_s << u"xn--bcher-kva.de"_s;
     QTest::newRow("final dot") << u"example.com."_s << u"example.com"_s;
-    QTest::newRow("IPv4") << u"127.0.0.1"_s << u"127.0.0.1"_s;
     QTest::newRow("IPv6") << u"[::1]"_s << u"::1"_s;
-    QTest::newRow("localhost") << u"localhost"_s << u"localhost"_s;
     QTest::newRow("a URL") << u"https://example.com/"_s << QString();
     QTest::newRow("a port") << u"example.com:8080"_s << QString();
-    QTest::newRow("a space") << u"exa mple.com"_s << QString();
     QTest::newRow("a quote") << u"it's.com"_s << QString();
     QTest::newRow("a label's hyphen") << u"-example.com"_s << QString();
     QTest::newRow("empty") << u"  "_s << QString();
@@ -101,10 +98,8 @@ void TestKeptSites::storesNamesMatchTheKeptSites_data()
     row("host", "127.0.0.1", true);
     row("host", "127.0.0.10", false);
     row("host", "localhost", true);
-    row("host", "trail.localhost", false);
     row("host", "[::1]", true);
     row("origin", "https://mail.example.com:8443/", true);
-    row("origin", "http://127.0.0.1:8080/", true);
     row("origin", "https://example.com/^0https://example.com", true);
     row("origin", "https://example.com/^0https://other.org", false);
     row("origin", "https://other.org/^0https://example.com", false);
@@ -113,15 +108,12 @@ void TestKeptSites::storesNamesMatchTheKeptSites_data()
     row("chromium", "http_127.0.0.1_8080.localstorage", true);
     row("chromium", "http_notexample.com_0", false);
     row("firefox", "https+++example.com^userContextId=2", true);
-    row("firefox", "https+++mail.example.com+8443", true);
     row("firefox", "https+++example.com^partitionKey=%28https%2Cexample.com%29", true);
     row("firefox", "https+++example.com^partitionKey=%28https%2Cother.org%29", false);
     row("firefox", "https+++other.org^partitionKey=%28https%2Cexample.com%29", false);
     row("firefox", "https+++example.com^firstPartyDomain=other.org", false);
     row("firefox origin", "https://example.com^userContextId=1", true);
-    row("firefox origin", "https://other.org", false);
     row("scope", "moc.elpmaxe.:https:443", true);
-    row("scope", "gro.rehto.:https:443", false);
 }
 
 // The kept sites example.com (with subdomains), 127.0.0.1, localhost and ::1 (those hosts alone).

@@ -21,7 +21,6 @@ class TestProcessWatcher : public QObject
 private slots:
     void knownExecutables_data();
     void knownExecutables();
-    void installedMeansADesktopEntryOrACommand();
     void lockFoldersOfEveryInstall();
     void helpersAndForksAreNotApplicationsButInstancesAre();
 
@@ -99,31 +98,6 @@ void TestProcessWatcher::knownExecutables()
     QCOMPARE(known ? known->name : QString(), application);
 }
 
-void TestProcessWatcher::installedMeansADesktopEntryOrACommand()
-{
-    QTemporaryDir root;
-    QDir(root.path()).mkpath(u"applications"_s);
-    QDir(root.path()).mkpath(u"bin"_s);
-    QFile entry(root.filePath(u"applications/firefox-esr.desktop"_s));
-    QVERIFY(entry.open(QIODevice::WriteOnly));
-    entry.close();
-    QFile::copy(u"/bin/true"_s, root.filePath(u"bin/chromium"_s));
-    QFile notExecutable(root.filePath(u"bin/opera"_s));
-    QVERIFY(notExecutable.open(QIODevice::WriteOnly));
-    notExecutable.close();
-    QFile::setPermissions(root.filePath(u"bin/opera"_s), QFile::ReadOwner);
-
-    LinuxWorkspace workspace(
-        {{root.filePath(u"applications"_s)}, {root.filePath(u"bin"_s)}, {}, kApplications});
-    QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.mozilla.firefox"_s),
-             std::optional(entry.fileName()));
-    QCOMPARE(workspace.absolutePathForAppBundleWithIdentifier(u"org.chromium.Chromium"_s),
-             std::optional(root.filePath(u"bin/chromium"_s)));
-    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.operasoftware.Opera"_s));
-    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.apple.Safari"_s));
-    QVERIFY(!workspace.absolutePathForAppBundleWithIdentifier(u"com.example.unknown"_s));
-}
-
 // A browser's lock files appear in its data root (the Chromium family) or in each profile folder (the
 // Firefox family); a Snap's, in the revision "current" points to.
 void TestProcessWatcher::lockFoldersOfEveryInstall()
@@ -147,9 +121,6 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     // A renderer: the browser's executable, but a helper by its arguments.
     QProcess renderer;
     renderer.start(chromium, {u"-c"_s, u"sleep 30; :"_s, u"chromium"_s, u"--type=renderer"_s});
-    // A zygote whose title Chromium rewrote into one string.
-    QProcess zygote;
-    zygote.start(chromium, {u"-c"_s, u"sleep 30; :"_s, u"chromium --type=zygote --no-sandbox"_s});
     // A browser that forked itself (a subshell keeps the parent's command line).
     QProcess forking;
     forking.start(chromium, {u"-c"_s, u"(sleep 30; :); :"_s});
@@ -162,8 +133,8 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     // A browser that launched a second instance of itself with arguments of its own.
     QProcess launching;
     launching.start(chromium, {u"-c"_s, chromium + u" -c 'sleep 30; :' --profile-directory=Other; :"_s});
-    QVERIFY(renderer.waitForStarted() && zygote.waitForStarted() && forking.waitForStarted() &&
-            launching.waitForStarted() && contentForking.waitForStarted());
+    QVERIFY(renderer.waitForStarted() && forking.waitForStarted() && launching.waitForStarted() &&
+            contentForking.waitForStarted());
     QTest::qWait(300);
     watcher.scan();
     const QList<qint64> pids = pidsOf(watcher.running());
@@ -172,7 +143,7 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
     QCOMPARE(descendantsOf(contentForking.processId()).size(), 4); // the helper, the fork, their sleeps
     for (qint64 descendant : descendantsOf(contentForking.processId()))
         QVERIFY2(!pids.contains(descendant), "a fork below a helper was taken for an instance");
-    QVERIFY(!pids.contains(renderer.processId()) && !pids.contains(zygote.processId()));
+    QVERIFY(!pids.contains(renderer.processId()));
     QList<qint64> children;
     for (qint64 pid : pids) {
         if (parentOf(pid) == forking.processId() || parentOf(pid) == launching.processId())
@@ -201,7 +172,7 @@ void TestProcessWatcher::helpersAndForksAreNotApplicationsButInstancesAre()
         for (qint64 descendant : descendantsOf(process->processId()))
             ::kill(pid_t(descendant), SIGKILL);
     }
-    for (QProcess* process : {&zygote, &forking, &launching, &contentForking}) {
+    for (QProcess* process : {&forking, &launching, &contentForking}) {
         process->kill();
         process->waitForFinished();
     }

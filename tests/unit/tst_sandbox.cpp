@@ -18,7 +18,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -55,7 +54,6 @@ private slots:
     void helperScriptsAreInstalledOnceAndRunBounded();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
-    void thePanelRunsOnTheMainThreadForAWorker();
 
 private:
     AppSandboxFileAccess access()
@@ -435,18 +433,6 @@ void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing()
     request(granted + u"/cookies.sqlite"_s, &ran);
     QVERIFY(!ran);
     QCOMPARE(m_panel.requests.size(), 1);
-}
-
-void TestSandbox::thePanelRunsOnTheMainThreadForAWorker()
-{
-    m_panel.answer(home());
-    bool granted = false;
-    std::unique_ptr<QThread> worker(
-        QThread::create([&] { granted = access().accessFilePath(home(), true, [] {}); }));
-    worker->start();
-    QTRY_VERIFY_WITH_TIMEOUT(worker->isFinished(), 10000);
-    QVERIFY(granted);
-    QCOMPARE(m_panel.threads, QList<QThread*>{QThread::currentThread()});
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)

@@ -21,12 +21,10 @@ class TestSecureDelete : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void wipeKeepsNameAndSizeAndNeverWrites0xFF();
     void whatCannotBeOverwrittenStaysAsItWas();
     void aFileSharedByAnotherHardLinkIsOnlyUnlinked();
     void wipesFilesItCannotNameByPath_data();
     void wipesFilesItCannotNameByPath();
-    void aLargeSparseFileIsWipedWithoutFillingItsHoles();
     void theOverwriteReachesTheDiskBeforeTheUnlink();
 
 private:
@@ -41,16 +39,6 @@ void TestSecureDelete::init()
     m_file = m_dir->filePath(u"Cookies"_s);
     m_original = QByteArray(3000, 'x');
     QVERIFY(PlistFixtures::writeFile(m_file, m_original));
-}
-
-void TestSecureDelete::wipeKeepsNameAndSizeAndNeverWrites0xFF()
-{
-    QVERIFY(SecureDelete::wipe(m_file));
-    const QByteArray after = PlistFixtures::readFile(m_file);
-    QCOMPARE(after.size(), m_original.size());
-    QVERIFY(!after.contains(char(0xFF)));
-    QVERIFY(after != QByteArray(3000, char(0xAA))); // the random pass ran last
-    QVERIFY(SecureDelete::wipeContentsofDir(m_file));
 }
 
 // A folder is no file to overwrite; a link is never written through; a file the user may not write
@@ -119,25 +107,6 @@ void TestSecureDelete::wipesFilesItCannotNameByPath()
     ::close(fd);
     QVERIFY(left.count('x') < 100); // random bytes, not what was there
     QVERIFY(!left.contains(char(0xFF)));
-}
-
-void TestSecureDelete::aLargeSparseFileIsWipedWithoutFillingItsHoles()
-{
-    // Data 4 GiB in, past what a 32-bit size reaches; everything before it is a hole.
-    const qint64 offset = qint64(1) << 32;
-    const int fd = ::open(QFile::encodeName(m_file).constData(), O_RDWR | O_TRUNC);
-    QVERIFY(fd >= 0);
-    QCOMPARE(::pwrite(fd, "secret", 6, offset), ssize_t(6));
-    QVERIFY(SecureDelete::wipe(m_file));
-    char left[6] = {};
-    QCOMPARE(::pread(fd, left, 6, offset), ssize_t(6));
-    struct stat st
-    {};
-    ::fstat(fd, &st);
-    ::close(fd);
-    QVERIFY(QByteArray(left, 6) != QByteArray("secret"));
-    QCOMPARE(qint64(st.st_size), offset + 6);
-    QVERIFY2(st.st_blocks * 512 < 1024 * 1024, "the holes were filled");
 }
 
 void TestSecureDelete::theOverwriteReachesTheDiskBeforeTheUnlink()

@@ -1,7 +1,5 @@
 #include "app/SingleInstance.h"
 
-#include <QLocalSocket>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,7 +15,6 @@ class TestSingleInstance : public QObject
 private slots:
     void aFolderOthersCouldUseIsRefused_data();
     void aFolderOthersCouldUseIsRefused();
-    void theAgentDropsAPeerThatSendsNoRequest();
 };
 
 void TestSingleInstance::aFolderOthersCouldUseIsRefused_data()
@@ -62,32 +59,6 @@ void TestSingleInstance::aFolderOthersCouldUseIsRefused()
                                                                QFileDevice::WriteUser | QFileDevice::ExeUser);
     }
     QCOMPARE(QFileInfo::exists(folder + u"/agent.socket"_s), !refused);
-}
-
-void TestSingleInstance::theAgentDropsAPeerThatSendsNoRequest()
-{
-    QTemporaryDir root;
-    SingleInstance agent(root.filePath(u"corvella"_s));
-    QCOMPARE(agent.claim("activate"), SingleInstance::Claim::Agent);
-    QSignalSpy requests(&agent, &SingleInstance::requestReceived);
-
-    QLocalSocket endless;
-    endless.connectToServer(root.filePath(u"corvella/agent.socket"_s));
-    QVERIFY(endless.waitForConnected(1000));
-    endless.write(QByteArray(SingleInstance::kMaxLine + 10, 'x'));
-    QTRY_COMPARE_WITH_TIMEOUT(endless.state(), QLocalSocket::UnconnectedState, 2000);
-
-    QLocalSocket silent; // connects and says nothing
-    silent.connectToServer(root.filePath(u"corvella/agent.socket"_s));
-    QVERIFY(silent.waitForConnected(1000));
-    QTRY_COMPARE_WITH_TIMEOUT(silent.state(), QLocalSocket::UnconnectedState, 6000);
-
-    QLocalSocket good;
-    good.connectToServer(root.filePath(u"corvella/agent.socket"_s));
-    QVERIFY(good.waitForConnected(1000));
-    good.write("corvella://show\n");
-    QTRY_COMPARE(requests.size(), 1);
-    QCOMPARE(requests.at(0).at(0).toByteArray(), "corvella://show"_ba);
 }
 
 QTEST_GUILESS_MAIN(TestSingleInstance)
