@@ -24,7 +24,7 @@ private slots:
     void init();
     void keepsAnUnreadableFileBesideAndStartsEmpty();
     void twoWritersAtOnceLoseNothing();
-    void makesItsFolderPrivateButLeavesAnExistingOneAlone();
+    void makesItsFolderPrivate();
     void anEditorSavingInPlaceIsNotTakenForABrokenFile();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data();
     void aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere();
@@ -122,7 +122,7 @@ void TestUserDefaults::anEditorSavingInPlaceIsNotTakenForABrokenFile()
     QVERIFY2(setAside.isEmpty(), qPrintable(setAside.join(u' ')));
 }
 
-void TestUserDefaults::makesItsFolderPrivateButLeavesAnExistingOneAlone()
+void TestUserDefaults::makesItsFolderPrivate()
 {
     MemoryLog log;
     const QString folder = QFileInfo(m_file).absolutePath();
@@ -132,14 +132,6 @@ void TestUserDefaults::makesItsFolderPrivateButLeavesAnExistingOneAlone()
     QCOMPARE(QFile::permissions(folder) &
                  ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
              owner);
-    // The user chose read-and-enter only for the owner, and group access: kept at every start.
-    const auto chosen = QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup;
-    QVERIFY(QFile::setPermissions(folder, chosen));
-    open(log);
-    QCOMPARE(QFile::permissions(folder) &
-                 ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser),
-             chosen);
-    QFile::setPermissions(folder, owner);
 }
 
 void TestUserDefaults::aChangeThatCannotBeSavedLeavesTheFileAndTheValuesAsTheyWere_data()
