@@ -13,7 +13,7 @@ BUILD_PACKAGES := cmake g++ make pkg-config \
 	qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev qt6-tools-dev qt6-l10n-tools qt6-translations-l10n \
 	libsqlite3-dev libplist-dev nlohmann-json3-dev libleveldb-dev libsnappy-dev liblz4-dev librsvg2-bin
 TEST_PACKAGES := clang-format sqlite3 dbus dbus-x11 xvfb xauth desktop-file-utils appstream \
-	chromium firefox-esr python3 python3-pyatspi python3-dbus python3-lz4 python3-snappy at-spi2-core dpkg-dev lintian man-db bash-completion clang \
+	chromium firefox-esr python3 python3-pyatspi python3-dbus python3-lz4 python3-snappy at-spi2-core dpkg-dev lintian man-db clang \
 	libfuzzer-14-dev strace
 
 .PHONY: all deps test-deps configure build e2e-deps test run bench reliability format clean package install translations fuzz

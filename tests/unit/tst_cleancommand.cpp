@@ -28,7 +28,7 @@ private slots:
     void answersAtOnce_data();
     void answersAtOnce();
     void runsTheNamedCategoriesOrTheSavedSelection();
-    void theGrantFromTheOptionOrTheTerminalIsRemembered();
+    void theTerminalAsksOnceAndTheGrantIsRemembered();
     void aGrantThatCannotBeSavedIsReported_data();
     void aGrantThatCannotBeSavedIsReported();
     void endsOfOptionsOutputAndTheLock();
@@ -126,13 +126,8 @@ void TestCleanCommand::runsTheNamedCategoriesOrTheSavedSelection()
     QCOMPARE(cli.home.t.defaults.arrayForKey(SettingsKeys::keptSites), QVariantList{u"mail.example"_s});
 }
 
-void TestCleanCommand::theGrantFromTheOptionOrTheTerminalIsRemembered()
+void TestCleanCommand::theTerminalAsksOnceAndTheGrantIsRemembered()
 {
-    Cli byOption(false);
-    QCOMPARE(byOption.run({u"--allow-home-access"_s, u"Opera"_s, u"cache"_s}), int(CleanCommand::Success));
-    QVERIFY(byOption.homeGrantRecorded());
-    QVERIFY(byOption.questions.isEmpty());
-
     Cli refused(false);
     refused.answer = false;
     QCOMPARE(refused.run({u"Opera"_s}), int(CleanCommand::NoHomeAccess));

@@ -22,7 +22,6 @@ private slots:
     void laterLaunchesWatchOnceTheHomeIsGranted();
     void launchedFromLoginWithHideOnLaunchShowsNoWindow();
     void initializeRegistersTheShippedDefaultsAndTheRealHome();
-    void theMirrorHoldsWhatIsSelectedNow();
 };
 
 void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted_data()
@@ -102,36 +101,6 @@ void TestLifecycle::initializeRegistersTheShippedDefaultsAndTheRealHome()
         QCOMPARE(settings.value(u"Floorp:"_s + key), settings.value(u"Firefox:"_s + key));
     }
     QVERIFY(settings.value(u"Brave:cache"_s).isValid());
-}
-
-// The selection the removal runs read: only entries that are true, replaced as a whole at each change
-// (the popover's, the command-line cleaner's, a synced copy's), until the agent stops observing.
-void TestLifecycle::theMirrorHoldsWhatIsSelectedNow()
-{
-    TestDefaults t;
-    t.defaults.setObject(QVariantMap{{u"Safari:cookies"_s, true},
-                                     {u"Safari:cache"_s, false},
-                                     {u"Firefox:history"_s, 1},
-                                     {u"Firefox:cache"_s, u"true"_s}},
-                         SettingsKeys::settings);
-    TestAgent agent(t);
-    AppDelegate& app = agent.app;
-    app.startObservingSettings();
-    QCOMPARE(app.settingsController().content(), (QVariantMap{{u"Safari:cookies"_s, true}}));
-    t.defaults.setObject(QVariantMap{{u"Chromium:cache"_s, true}}, SettingsKeys::settings);
-    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Chromium:cache"_s});
-    t.backend->changeExternally(
-        QVariantMap{{SettingsKeys::settings, QVariantMap{{u"Opera:history"_s, true}}}});
-    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Opera:history"_s});
-    // A choice in the popover: the stored dictionary keeps its false entries, the mirror only true ones.
-    app.setCategorySelected(u"Firefox"_s, u"history"_s, true);
-    app.setCategorySelected(u"Opera"_s, u"history"_s, false);
-    QCOMPARE(app.settingsController().content().keys(), QStringList{u"Firefox:history"_s});
-    QCOMPARE(t.backend->read()->value(SettingsKeys::settings).toMap(),
-             (QVariantMap{{u"Firefox:history"_s, true}, {u"Opera:history"_s, false}}));
-    app.stopObservingSettings();
-    t.defaults.setObject(QVariantMap{}, SettingsKeys::settings);
-    QCOMPARE(app.settingsController().content().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestLifecycle)

@@ -78,8 +78,6 @@ void TestRemovalRun::whatAQuitSetsOff_data()
     QTest::addColumn<int>("notifications");
     QTest::newRow("protection off") << u"Firefox"_s << SettingsKeys::isRunning << QVariant(false) << true << 0
                                     << 0;
-    QTest::newRow("installed but not activated")
-        << u"Chromium|org.chromium.Chromium"_s << QString() << QVariant() << true << 0 << 0;
     QTest::newRow("running again at once") << u"Firefox"_s << u"running"_s << QVariant() << true << 0 << 0;
     // Read at the quit: switching them off in the next seconds does not reach these runs.
     QTest::newRow("notifications off after the quit")

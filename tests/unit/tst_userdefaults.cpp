@@ -210,14 +210,10 @@ void TestUserDefaults::keepsWhatOtherToolsWrite_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QVariant>("value");
-    QTest::newRow("a date past 2038") << xmlWith("<date>2200-01-01T00:00:00Z</date>")
-                                      << QVariant(QDateTime(QDate(2200, 1, 1), QTime(0, 0), Qt::UTC));
     // Found by fuzzing: written back to the second, it came back changed.
     QTest::newRow("a date with milliseconds")
         << xmlWith("<date>2026-11-22T12:00:00.250Z</date>")
         << QVariant(QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC));
-    QTest::newRow("2^64 - 1") << xmlWith("<integer>18446744073709551615</integer>")
-                              << QVariant(std::numeric_limits<quint64>::max());
     QString utf16 = QString::fromUtf8(xmlWith("<true/>")).replace(u"UTF-8"_s, u"UTF-16"_s);
     QByteArray utf16Bytes("\xFF\xFE");
     utf16Bytes.append(reinterpret_cast<const char*>(utf16.utf16()), utf16.size() * 2);
