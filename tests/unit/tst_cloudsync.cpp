@@ -115,16 +115,12 @@ void TestCloudSync::onlyTheSharedSettingsCrossOfTheirKind_data()
     QTest::newRow("a switch as text") << SettingsKeys::hideOnLaunch << QVariant(u"YES"_s) << false;
     QTest::newRow("a selection of text")
         << SettingsKeys::settings << QVariant(QVariantMap{{u"Firefox:cookies"_s, u"1"_s}}) << false;
-    QTest::newRow("a selection without a browser")
-        << SettingsKeys::settings << QVariant(QVariantMap{{u"cookies"_s, true}}) << false;
     QTest::newRow("the home folder") << SettingsKeys::userFolder << QVariant(u"/home/u/Sync/fake"_s) << false;
     QTest::newRow("activation") << SettingsKeys::enabledBrowsers
                                 << QVariant(QVariantList{u"org.mozilla.firefox"_s}) << false;
     QTest::newRow("protection") << SettingsKeys::isRunning << QVariant(true) << false;
     QTest::newRow("the sync folder") << SettingsKeys::syncFolder << QVariant(u"/"_s) << false;
-    QTest::newRow("the layout") << SettingsKeys::browserLayout << QVariant(u"macOS"_s) << false;
     QTest::newRow("a grant") << u"bd_file:///"_s << QVariant(QByteArray(R"({"path":"/"})")) << false;
-    QTest::newRow("any other key") << u"noteFromAnotherMachine"_s << QVariant(u"from c"_s) << false;
 }
 
 // Whoever can write the synced folder can change what the user could change in the shared panes, and

@@ -29,7 +29,6 @@ void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted_data()
     QTest::addColumn<QString>("grant");
     QTest::newRow("recorded before the launch") << u"recorded"_s;
     QTest::newRow("refused, then given when tried again") << u"asked again"_s;
-    QTest::newRow("refused, then given by corvella-clean meanwhile") << u"elsewhere"_s;
 }
 
 void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted()
@@ -44,15 +43,8 @@ void TestLifecycle::laterLaunchesWatchOnceTheHomeIsGranted()
     if (grant != u"recorded"_s) {
         QVERIFY(home.t.log.lines().contains(u"Corvella Sandbox has denied access to /Applications"_s));
         QCOMPARE(agent.folderWatch.starts, 0);
-        agent.panel.requests.clear();
-        if (grant == u"asked again"_s) {
-            agent.panel.answer(home.path());
-            agent.app.watchApplicationsFolder();
-        } else { // the grant lands in the shared settings
-            home.panel.answer(home.path());
-            QVERIFY(home.sandbox.enableAccess());
-            QVERIFY(agent.panel.requests.isEmpty());
-        }
+        agent.panel.answer(home.path());
+        agent.app.watchApplicationsFolder();
     }
     QVERIFY(agent.app.watchingApplicationsFolder());
     QCOMPARE(agent.folderWatch.watchedPaths, QStringList{u"/Applications"_s});
