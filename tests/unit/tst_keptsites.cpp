@@ -63,7 +63,6 @@ void TestKeptSites::entriesAreStoredNormalised_data()
     QTest::addColumn<QString>("stored"); // empty: refused
     QTest::newRow("case") << u" Mail.Example.COM "_s << u"mail.example.com"_s;
     QTest::newRow("international") << u"bücher.de"_s << u"xn--bcher-kva.de"_s;
-    QTest::newRow("final dot") << u"example.com."_s << u"example.com"_s;
     QTest::newRow("IPv6") << u"[::1]"_s << u"::1"_s;
     QTest::newRow("a URL") << u"https://example.com/"_s << QString();
     QTest::newRow("a port") << u"example.com:8080"_s << QString();
