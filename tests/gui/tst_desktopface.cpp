@@ -9,7 +9,6 @@
 #include "ui/DesktopFace.h"
 #include "ui/FileDialogOpenPanel.h"
 #include "ui/FlatButton.h"
-#include "ui/GeneralPopover.h"
 #include "ui/KeptSitesPane.h"
 #include "ui/MainWindow.h"
 #include "ui/PreferencesPanes.h"
@@ -33,8 +32,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kChromiumID = u"org.chromium.Chromium"_s;
-const QString kGeneral = u"GeneralPreferences_en"_s, kKept = u"KeptSitesPreferences_en"_s,
-              kDisplay = u"DisplayPreferences_en"_s;
+const QString kGeneral = u"GeneralPreferences_en"_s, kKept = u"KeptSitesPreferences_en"_s;
 
 // The agent's face over the controller, in a temporary home: the shipped defaults, the home folder,
 // and what the test stored.
@@ -258,7 +256,6 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther_data()
                                     << SettingsKeys::loginStart;
     QTest::newRow("browser exceptions")
         << kKept << u"Also keep each browser's own exceptions"_s << SettingsKeys::keepBrowserExceptions;
-    QTest::newRow("tray item") << kDisplay << u"Show Corvella in the tray"_s << SettingsKeys::showInMenu;
 }
 
 void TestDesktopFace::controlsAndSettingsFollowEachOther()

@@ -128,9 +128,7 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2",
         "safari/History.db");
     row("Chromium history files, companions kept", "Google Chrome", "history",
-        "chrome/Default/Current Session, chrome/Default/Last Tabs, chrome/Default/Visited Links, "
-        "chrome/Default/session.db-journal, chrome/Default/History Index 2026-11/session.dbak, "
-        "chrome/Profile 1/Shortcuts",
+        "chrome/Default/Visited Links, chrome/Default/session.db-journal, chrome/Profile 1/Shortcuts",
         "chrome/Default/History, chrome/Default/History-journal, chrome/Default/History Index 2026-11/other, "
         "chrome/Default/Bookmarks");
     row("Opera webpage: its root is its profile", "Opera", "webpage", "opera/Top Sites, opera/thumbnails.db",
@@ -160,8 +158,6 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         "chrome/Profile 1/DIPS, chrome/Default/Network/Trust Tokens",
         qPrintable(kept + u"chrome/Profile 9/Cookies, chromium/Default/Cookies, opera/Cookies, "
                           "Library/Cookies/Cookies.binarycookies"_s));
-    row("Opera cookies: its root is its only profile", "Opera", "cookies+",
-        "opera/Cookies, opera/Network/Cookies", qPrintable(kept + u"chrome/Default/Cookies"_s));
     row("Chromium cookies without today's layouts", "Chromium", "cookies", "chromium/Default/Cookies",
         "chromium/Default/Network/Cookies");
     row("Firefox cookies: permissions go with them", "Firefox", "cookies+",
@@ -200,8 +196,7 @@ void TestCategories::eachCategoryRemovesItsFiles_data()
         qPrintable(u"%1, %2"_s.arg(QLatin1String(pepper), QLatin1String(flash))));
     // Where today's browsers keep the same data.
     row("today: Chromium history", "Google Chrome", "history+",
-        "chrome/Default/Sessions/Session_1, chrome/Default/History Index 2026-11, "
-        "chrome/Default/shared_proto_db/x, chrome/segmentation_platform/s",
+        "chrome/Default/Sessions/Session_1, chrome/Default/shared_proto_db/x, chrome/segmentation_platform/s",
         "chrome/Default/History Index, chrome/Default/Bookmarks, chrome/Default/Extensions/e");
     row("today: Firefox history", "Firefox", "history+",
         "firefox/a.default/sessionstore.jsonlz4, firefox/a.default/SiteSecurityServiceState.bin",

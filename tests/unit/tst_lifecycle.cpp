@@ -82,7 +82,6 @@ void TestLifecycle::initializeRegistersTheShippedDefaultsAndTheRealHome()
     QCOMPARE(t.defaults.stringForKey(SettingsKeys::userFolder), RealHomeDirectory());
     // Written to the store, not only registered.
     QVERIFY(t.backend->read()->contains(SettingsKeys::userFolder));
-    QVERIFY(t.defaults.boolForKey(SettingsKeys::showInMenu));
     // The first launch is recognised by the absence of "firstRun": the shipped defaults never set it.
     QVERIFY(!t.defaults.objectForKey(SettingsKeys::firstRun));
     // Every other browser of the table starts with its family's choices.

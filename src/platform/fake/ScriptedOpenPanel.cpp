@@ -3,7 +3,6 @@
 std::optional<QUrl> ScriptedOpenPanel::runModal(const OpenPanelRequest& request)
 {
     requests.append(request);
-    threads.append(QThread::currentThread());
     if (m_answers.isEmpty())
         return std::nullopt;
     const auto path = m_answers.takeFirst();

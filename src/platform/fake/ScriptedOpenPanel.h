@@ -3,10 +3,9 @@
 #include "platform/OpenPanel.h"
 
 #include <QList>
-#include <QThread>
 
 // Answers each panel with the next scripted answer (cancel once the script runs out) and keeps
-// each request and the thread it ran on.
+// each request.
 class ScriptedOpenPanel final : public OpenPanel
 {
 public:
@@ -14,7 +13,6 @@ public:
     std::optional<QUrl> runModal(const OpenPanelRequest& request) override;
 
     QList<OpenPanelRequest> requests;
-    QList<QThread*> threads;
 
 private:
     QList<std::optional<QString>> m_answers;
