@@ -1,4 +1,5 @@
 #include "catalogue/BrowserTable.h"
+#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/KnownApplications.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/ProcessWatcher.h"
@@ -22,6 +23,7 @@ private slots:
     void knownExecutables_data();
     void knownExecutables();
     void lockFoldersOfEveryInstall();
+    void aDesktopEntryLineOver4KiBIsOneLine();
     void helpersAndForksAreNotApplicationsButInstancesAre();
 
 private:
@@ -111,6 +113,14 @@ void TestProcessWatcher::lockFoldersOfEveryInstall()
           "/snap/brave/current/.config/BraveSoftware/Brave-Browser"})
         QVERIFY2(folders.contains(home.path() + QLatin1String(watched)), watched);
     QVERIFY(!folders.contains(home.path() + u"/.config/BraveSoftware/Brave-Browser/Default"_s));
+}
+
+// A long line was once read as two, its end taken for a key of its own.
+void TestProcessWatcher::aDesktopEntryLineOver4KiBIsOneLine()
+{
+    const QByteArray entry =
+        "[Desktop Entry]\nComment=" + QByteArray(4096, 'a') + "Icon=evil\nIcon=chromium\n";
+    QCOMPARE(DesktopEntry::iconName(entry), u"chromium"_s);
 }
 
 // A helper runs the browser's executable with "--type="; Firefox's content processes are forks of the
