@@ -266,8 +266,10 @@ void TestDesktopFace::controlsAndSettingsFollowEachOther()
     Face f;
     f.prefs().selectControllerWithIdentifier(pane);
     QCheckBox* box = nullptr; // found as a screen reader finds it, by its name
-    for (QCheckBox* candidate : f.prefs().selectedViewController()->findChildren<QCheckBox*>())
-        box = candidate->accessibleName() == control ? candidate : box;
+    for (QCheckBox* candidate : f.prefs().selectedViewController()->findChildren<QCheckBox*>()) {
+        if (candidate->accessibleName() == control)
+            box = candidate;
+    }
     QVERIFY(box);
     const bool before = f.home.t.defaults.boolForKey(key);
     QCOMPARE(box->isChecked(), before);

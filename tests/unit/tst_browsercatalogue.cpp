@@ -180,15 +180,16 @@ void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs()
     QFETCH(QString, cache);
     Cli cli;
     TestHome& home = cli.home;
-    const bool firefox = BrowserTable::find(browser)->family == Family::Firefox;
-    const bool single = BrowserTable::find(browser)->singleProfile;
+    const BrowserTable::Browser& row = *BrowserTable::find(browser);
+    const bool firefox = row.family == Family::Firefox, single = row.singleProfile,
+               snap = data.contains(u'*');
     const QStringList bystanders{u".var/app/org.chromium.Chromium/config/keep"_s,
                                  u"snap/brave/7/.config/keep"_s, u"snap/firefox/common/Downloads/keep"_s,
                                  u".cache/keep"_s};
     for (const QString& path : bystanders)
         home.file(path);
     QStringList profiles;
-    for (const QString& revision : data.contains(u'*') ? QStringList{u"6"_s, u"7"_s} : QStringList{u""_s}) {
+    for (const QString& revision : snap ? QStringList{u"6"_s, u"7"_s} : QStringList{u""_s}) {
         const QString root = QString(data).replace(u'*', revision);
         if (firefox) {
             F::firefoxProfile(home, u"a.default"_s, root);
@@ -199,7 +200,7 @@ void TestBrowserCatalogue::everyInstallIsCleanedAsItsFamilyIs()
             F::chromiumProfile(home, profiles.last());
         }
     }
-    if (data.contains(u'*')) // "current" links to the newest revision
+    if (snap) // "current" links to the newest revision
         QVERIFY(QFile::link(u"7"_s, home.path(data.section(u"/*/"_s, 0, 0) + u"/current"_s)));
     const QString cached =
         cache + (firefox ? u"/a.default/cache2/entries/A1"_s
